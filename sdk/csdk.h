@@ -1,0 +1,111 @@
+/// @file
+/// The camera SDK's interface, as far as the resolution program uses it: two
+/// records and three functions, exported by libsdk.so. Compiles as C and as
+/// C++.
+///
+/// The program refers to both records by name and is linked as a fixed-address
+/// executable (-no-pie), so the loader copies them into the program and binds
+/// the library to the copies. The record sizes are therefore part of the
+/// program's binary: they must match the library's.
+///
+/// A session is: fill the settings, csdk_init(), csdk_next_resolution() until
+/// it returns non-zero, csdk_deinit(). One thread, one session at a time.
+#ifndef CSDK_H
+#define CSDK_H
+
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// State of the SDK, written by the SDK only. 20 bytes on every machine.
+struct csdk_state
+{
+    /// Handle of the session: valid from a successful csdk_init() on. The SDK
+    /// may change it at any call, so read it afresh for each use.
+    int32_t handle;
+
+    unsigned char reserved[16];
+};
+
+/// The bit of csdk_settings_record::flags that switches the second option.
+enum
+{
+    CSDK_FLAGS_OPTION = 0x80
+};
+
+/// Settings that csdk_init() reads. 40 bytes on every machine.
+///
+/// The library defines the initial contents. Change the named fields only: the
+/// reserved bytes, and the other bits of `flags`, belong to the SDK.
+struct csdk_settings_record
+{
+    /// Name of the application, NUL-terminated. Must stay valid for the session.
+    char const* application_name;
+
+    /// Name of the application's vendor, NUL-terminated. Must stay valid for
+    /// the session.
+    char const* vendor_name;
+
+    /// A setting of the SDK; the program sets it to 1.
+    uint32_t mode;
+
+    /// An option: 1 switches it on.
+    uint8_t option;
+
+    /// Option bits: CSDK_FLAGS_OPTION is the program's to switch, the other
+    /// seven are the SDK's.
+    uint8_t flags;
+
+    unsigned char reserved[40 - 2 * sizeof(char const*) - 6];
+};
+
+/// The SDK's state.
+extern struct csdk_state csdk;
+
+/// The settings of the next csdk_init().
+extern struct csdk_settings_record csdk_settings;
+
+/// Starts the SDK with `csdk_settings` and makes `csdk.handle` valid.
+///
+/// @return 0 on success. Any other value is a failure: no session was begun,
+///         and csdk_deinit() must not be called.
+int csdk_init(void);
+
+/// Delivers the next resolution of the camera, in the SDK's own order, which
+/// need not be sorted and may repeat a resolution.
+///
+/// @param handle  the present value of `csdk.handle`
+/// @param width   receives the width in pixels
+/// @param height  receives the height in pixels
+/// @return 0 when a resolution was delivered. Any other value, negative ones
+///         included, ends the enumeration and leaves `width` and `height`
+///         without meaning.
+int csdk_next_resolution(int handle, int* width, int* height);
+
+/// Ends the session that csdk_init() began and releases what it took. The
+/// result tells nothing that a program could act on.
+int csdk_deinit(void);
+
+/* The layout that the SDK was compiled with: a compiler that lays the records
+ * out otherwise must not build the program. */
+static_assert(sizeof(struct csdk_state) == 20, "csdk is 20 bytes");
+static_assert(offsetof(struct csdk_state, handle) == 0, "the handle is the first word of csdk");
+static_assert(sizeof(int) == 4, "resolutions and handles are 32-bit numbers");
+static_assert(sizeof(struct csdk_settings_record) == 40, "csdk_settings is 40 bytes");
+static_assert(sizeof(void*) != 4 ||
+                  (offsetof(struct csdk_settings_record, application_name) == 0 &&
+                   offsetof(struct csdk_settings_record, vendor_name) == 4 &&
+                   offsetof(struct csdk_settings_record, mode) == 8 &&
+                   offsetof(struct csdk_settings_record, option) == 12 &&
+                   offsetof(struct csdk_settings_record, flags) == 13),
+              "the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines");
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
