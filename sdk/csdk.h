@@ -22,8 +22,7 @@ extern "C" {
 #endif
 
 /// State of the SDK, written by the SDK only. 20 bytes on every machine.
-struct csdk_state
-{
+struct csdk_state {
     /// Handle of the session: valid from a successful csdk_init() on. The SDK
     /// may change it at any call, so read it afresh for each use.
     int32_t handle;
@@ -32,17 +31,13 @@ struct csdk_state
 };
 
 /// The bit of csdk_settings_record::flags that switches the second option.
-enum
-{
-    CSDK_FLAGS_OPTION = 0x80
-};
+enum { CSDK_FLAGS_OPTION = 0x80 };
 
 /// Settings that csdk_init() reads. 40 bytes on every machine.
 ///
 /// The library defines the initial contents. Change the named fields only: the
 /// reserved bytes, and the other bits of `flags`, belong to the SDK.
-struct csdk_settings_record
-{
+struct csdk_settings_record {
     /// Name of the application, NUL-terminated. Must stay valid for the session.
     char const* application_name;
 
@@ -96,12 +91,11 @@ static_assert(sizeof(struct csdk_state) == 20, "csdk is 20 bytes");
 static_assert(offsetof(struct csdk_state, handle) == 0, "the handle is the first word of csdk");
 static_assert(sizeof(int) == 4, "resolutions and handles are 32-bit numbers");
 static_assert(sizeof(struct csdk_settings_record) == 40, "csdk_settings is 40 bytes");
-static_assert(sizeof(void*) != 4 ||
-                  (offsetof(struct csdk_settings_record, application_name) == 0 &&
-                   offsetof(struct csdk_settings_record, vendor_name) == 4 &&
-                   offsetof(struct csdk_settings_record, mode) == 8 &&
-                   offsetof(struct csdk_settings_record, option) == 12 &&
-                   offsetof(struct csdk_settings_record, flags) == 13),
+static_assert(sizeof(void*) != 4 || (offsetof(struct csdk_settings_record, application_name) == 0 &&
+                                     offsetof(struct csdk_settings_record, vendor_name) == 4 &&
+                                     offsetof(struct csdk_settings_record, mode) == 8 &&
+                                     offsetof(struct csdk_settings_record, option) == 12 &&
+                                     offsetof(struct csdk_settings_record, flags) == 13),
               "the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines");
 
 #ifdef __cplusplus

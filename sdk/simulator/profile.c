@@ -6,18 +6,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-static bool is_blank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\r';
-}
+static bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
-static bool is_digit(char c)
-{
-    return c >= '0' && c <= '9';
-}
+static bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-bool profile_number(char const** text, char const* end, int* number)
-{
+bool profile_number(char const** text, char const* end, int* number) {
     char const* at = *text;
     bool const negative = at != end && *at == '-';
     int64_t const limit = negative ? -(int64_t)INT_MIN : INT_MAX;
@@ -27,8 +20,7 @@ bool profile_number(char const** text, char const* end, int* number)
         ++at;
     if (at == end || !is_digit(*at))
         return false;
-    for (; at != end && is_digit(*at); ++at)
-    {
+    for (; at != end && is_digit(*at); ++at) {
         magnitude = magnitude * 10 + (*at - '0');
         if (magnitude > limit)
             return false;
@@ -38,29 +30,25 @@ bool profile_number(char const** text, char const* end, int* number)
     return true;
 }
 
-static char const* find_line_end(char const* text, char const* end)
-{
+static char const* find_line_end(char const* text, char const* end) {
     while (text != end && *text != '\n')
         ++text;
     return text;
 }
 
-static char const* skip_blanks(char const* text, char const* end)
-{
+static char const* skip_blanks(char const* text, char const* end) {
     while (text != end && is_blank(*text))
         ++text;
     return text;
 }
 
 /* Whether nothing but blanks and a comment is left. */
-static bool is_finished(char const* text, char const* end)
-{
+static bool is_finished(char const* text, char const* end) {
     text = skip_blanks(text, end);
     return text == end || *text == '#';
 }
 
-static bool read_size(char const* text, char const* end, int* width, int* height)
-{
+static bool read_size(char const* text, char const* end, int* width, int* height) {
     int w = 0;
     int h = 0;
 
@@ -75,10 +63,8 @@ static bool read_size(char const* text, char const* end, int* width, int* height
     return true;
 }
 
-enum profile_item profile_next(struct profile_cursor* cursor, int* width, int* height)
-{
-    while (cursor->next != cursor->end)
-    {
+enum profile_item profile_next(struct profile_cursor* cursor, int* width, int* height) {
+    while (cursor->next != cursor->end) {
         char const* const line = cursor->next;
         char const* const line_end = find_line_end(line, cursor->end);
 
@@ -91,8 +77,7 @@ enum profile_item profile_next(struct profile_cursor* cursor, int* width, int* h
 }
 
 /* Makes room for more text. False, with errno set, when there is none. */
-static bool grow(char** text, size_t* capacity)
-{
+static bool grow(char** text, size_t* capacity) {
     size_t const grown = *capacity ? *capacity * 2 : 4096;
     char* const moved = grown > PROFILE_LIMIT ? NULL : realloc(*text, grown);
 
@@ -105,13 +90,11 @@ static bool grow(char** text, size_t* capacity)
     return true;
 }
 
-static bool read_to_end(FILE* file, char** text, size_t* length)
-{
+static bool read_to_end(FILE* file, char** text, size_t* length) {
     size_t capacity = 0;
 
     *length = 0;
-    while (*length == capacity)
-    {
+    while (*length == capacity) {
         if (!grow(text, &capacity))
             return false;
         *length += fread(*text + *length, 1, capacity - *length, file);
@@ -119,15 +102,13 @@ static bool read_to_end(FILE* file, char** text, size_t* length)
     return !ferror(file);
 }
 
-char* profile_load(char const* path, size_t* length)
-{
+char* profile_load(char const* path, size_t* length) {
     FILE* const file = fopen(path, "r");
     char* text = NULL;
 
     if (!file)
         return NULL;
-    if (!read_to_end(file, &text, length))
-    {
+    if (!read_to_end(file, &text, length)) {
         int const reason = errno;
 
         free(text);

@@ -15,15 +15,11 @@
 #include <stddef.h>
 
 /// A larger file is taken for a mistake, such as a device that never ends.
-enum
-{
-    PROFILE_LIMIT = 64 << 20
-};
+enum { PROFILE_LIMIT = 64 << 20 };
 
 /// A place in a profile text, which must outlive it. Starts as
 /// `{text, text + length, 0}`.
-struct profile_cursor
-{
+struct profile_cursor {
     char const* next;
     char const* end;
 
@@ -31,8 +27,7 @@ struct profile_cursor
     size_t line;
 };
 
-enum profile_item
-{
+enum profile_item {
     PROFILE_SIZE,
     PROFILE_END,
     PROFILE_MALFORMED ///< the line is neither a size, a comment nor blank

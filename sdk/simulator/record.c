@@ -3,8 +3,7 @@
 /* A file is opened for each line and written with the line's end: a record is
  * whole whenever the program stops, and while the program runs there is no
  * descriptor that it could write to by mistake. */
-FILE* record_begin(char const* path, char const* call, int result)
-{
+FILE* record_begin(char const* path, char const* call, int result) {
     FILE* const line = fopen(path, "a");
 
     if (line)
@@ -12,30 +11,23 @@ FILE* record_begin(char const* path, char const* call, int result)
     return line;
 }
 
-void record_number(FILE* line, char const* field, int number)
-{
+void record_number(FILE* line, char const* field, int number) {
     fprintf(line, "\t%s=%d", field, number);
 }
 
-static bool is_plain(unsigned char c)
-{
-    return c >= ' ' && c <= '~' && c != '\\';
-}
+static bool is_plain(unsigned char c) { return c >= ' ' && c <= '~' && c != '\\'; }
 
-void record_text(FILE* line, char const* field, char const* text)
-{
+void record_text(FILE* line, char const* field, char const* text) {
     if (!text)
         return;
     fprintf(line, "\t%s=", field);
-    for (; *text; ++text)
-    {
+    for (; *text; ++text) {
         unsigned char const c = (unsigned char)*text;
         fprintf(line, is_plain(c) ? "%c" : "\\x%02x", c);
     }
 }
 
-void record_bytes(FILE* line, char const* field, void const* bytes, size_t count)
-{
+void record_bytes(FILE* line, char const* field, void const* bytes, size_t count) {
     unsigned char const* const at = bytes;
 
     fprintf(line, "\t%s=", field);
@@ -43,8 +35,7 @@ void record_bytes(FILE* line, char const* field, void const* bytes, size_t count
         fprintf(line, "%02x", at[i]);
 }
 
-bool record_end(FILE* line)
-{
+bool record_end(FILE* line) {
     bool const written = fputc('\n', line) != EOF;
 
     return fclose(line) == 0 && written;

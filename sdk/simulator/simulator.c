@@ -14,15 +14,9 @@
 #include <string.h>
 
 /* What the simulator itself returns for a mistake of its user or caller. */
-enum
-{
-    REFUSED = -1000
-};
+enum { REFUSED = -1000 };
 
-enum
-{
-    FIRST_HANDLE = 1001
-};
+enum { FIRST_HANDLE = 1001 };
 
 static char const builtin_camera[] = "640x480\n"
                                      "320x240\n"
@@ -31,8 +25,7 @@ static char const builtin_camera[] = "640x480\n"
                                      "160x120\n"
                                      "176x144\n";
 
-static struct
-{
+static struct {
     int init_result;
     int end_result;
     int new_handles;
@@ -41,8 +34,7 @@ static struct
     char const* record;
 } options;
 
-static struct
-{
+static struct {
     bool open;
     int handle;
     int generated;
@@ -58,15 +50,14 @@ static struct
 /* ---- options --------------------------------------------------------- */
 
 /* Web servers pass variables that are set but empty: those count as unset. */
-static char const* option_text(char const* name)
-{
+static char const* option_text(char const* name) {
     char const* const value = getenv(name);
 
     return value && *value ? value : NULL;
 }
 
-static bool read_number_option(char const* name, int minimum, int maximum, int preset, int* number)
-{
+static bool read_number_option(char const* name, int minimum, int maximum, int preset,
+                               int* number) {
     char const* const value = option_text(name);
     char const* at = value;
 
@@ -81,8 +72,7 @@ static bool read_number_option(char const* name, int minimum, int maximum, int p
     return false;
 }
 
-static bool read_options(void)
-{
+static bool read_options(void) {
     options.record = option_text("CSDK_SIMULATOR_RECORD");
     options.profile = option_text("CSDK_SIMULATOR_PROFILE");
     if (!read_number_option("CSDK_SIMULATOR_INIT_RESULT", INT_MIN, INT_MAX, 0,
@@ -92,13 +82,11 @@ static bool read_options(void)
         !read_number_option("CSDK_SIMULATOR_NEW_HANDLES", 0, 1, 0, &options.new_handles) ||
         !read_number_option("CSDK_SIMULATOR_COUNT", 0, INT_MAX, -1, &options.count))
         return false;
-    if (options.end_result == 0)
-    {
+    if (options.end_result == 0) {
         fprintf(stderr, "csdk simulator: CSDK_SIMULATOR_END_RESULT=0: would never end\n");
         return false;
     }
-    if (options.profile && options.count >= 0)
-    {
+    if (options.profile && options.count >= 0) {
         fprintf(stderr, "csdk simulator: CSDK_SIMULATOR_PROFILE and CSDK_SIMULATOR_COUNT: "
                         "expected only one of them\n");
         return false;
@@ -109,8 +97,7 @@ static bool read_options(void)
 /* ---- camera ---------------------------------------------------------- */
 
 /* False, with a message, when a line of the camera's profile is malformed. */
-static bool check_camera(struct profile_cursor camera)
-{
+static bool check_camera(struct profile_cursor camera) {
     enum profile_item item;
     int width;
     int height;
@@ -125,15 +112,13 @@ static bool check_camera(struct profile_cursor camera)
     return item == PROFILE_END;
 }
 
-static bool open_camera(void)
-{
+static bool open_camera(void) {
     char const* text = builtin_camera;
     size_t length = sizeof builtin_camera - 1;
 
     if (options.profile)
         text = session.text = profile_load(options.profile, &length);
-    if (!text)
-    {
+    if (!text) {
         fprintf(stderr, "csdk simulator: %s: %s\n", options.profile, strerror(errno));
         return false;
     }
@@ -141,8 +126,7 @@ static bool open_camera(void)
     return !options.profile || check_camera(session.camera);
 }
 
-static bool generate(int* width, int* height)
-{
+static bool generate(int* width, int* height) {
     int const number = session.generated;
 
     if (number == options.count)
@@ -153,25 +137,21 @@ static bool generate(int* width, int* height)
     return true;
 }
 
-static bool next_size(int* width, int* height)
-{
+static bool next_size(int* width, int* height) {
     return options.count >= 0 ? generate(width, height)
                               : profile_next(&session.camera, width, height) == PROFILE_SIZE;
 }
 
 /* ---- session --------------------------------------------------------- */
 
-static void close_session(void)
-{
+static void close_session(void) {
     free(session.text);
     memset(&session, 0, sizeof session);
     csdk.handle = -1;
 }
 
-static int open_session(void)
-{
-    if (session.open)
-    {
+static int open_session(void) {
+    if (session.open) {
         fprintf(stderr, "csdk simulator: csdk_init() called twice\n");
         return REFUSED;
     }
@@ -179,8 +159,7 @@ static int open_session(void)
         return REFUSED;
     if (options.init_result != 0)
         return options.init_result;
-    if (!open_camera())
-    {
+    if (!open_camera()) {
         close_session();
         return REFUSED;
     }
@@ -189,8 +168,7 @@ static int open_session(void)
     return 0;
 }
 
-static int deliver(int handle, int* width, int* height)
-{
+static int deliver(int handle, int* width, int* height) {
     if (!session.open || handle != session.handle)
         return REFUSED;
     if (!next_size(&session.width, &session.height))
@@ -203,26 +181,22 @@ static int deliver(int handle, int* width, int* height)
 
 /* ---- record ---------------------------------------------------------- */
 
-static FILE* begin_line(char const* call, int result)
-{
+static FILE* begin_line(char const* call, int result) {
     return options.record ? record_begin(options.record, call, result) : NULL;
 }
 
 /* Whether the line was written, if one was asked for. */
-static bool end_line(FILE* line)
-{
+static bool end_line(FILE* line) {
     if (!options.record || (line && record_end(line)))
         return true;
     fprintf(stderr, "csdk simulator: %s: %s\n", options.record, strerror(errno));
     return false;
 }
 
-static bool record_records(char const* call, int result)
-{
+static bool record_records(char const* call, int result) {
     FILE* const line = begin_line(call, result);
 
-    if (line)
-    {
+    if (line) {
         record_bytes(line, "csdk", &csdk, sizeof csdk);
         record_bytes(line, "csdk_settings", &csdk_settings, sizeof csdk_settings);
         record_text(line, "application", csdk_settings.application_name);
@@ -233,8 +207,7 @@ static bool record_records(char const* call, int result)
 
 /* ---- the SDK's interface --------------------------------------------- */
 
-int csdk_init(void)
-{
+int csdk_init(void) {
     int const result = open_session();
 
     if (record_records("csdk_init", result))
@@ -243,22 +216,19 @@ int csdk_init(void)
     return REFUSED;
 }
 
-int csdk_next_resolution(int handle, int* width, int* height)
-{
+int csdk_next_resolution(int handle, int* width, int* height) {
     int const expected = session.handle;
     bool const followed = session.delivered;
     bool const kept = followed && *width == session.width && *height == session.height;
     int const result = deliver(handle, width, height);
     FILE* const line = begin_line("csdk_next_resolution", result);
 
-    if (line)
-    {
+    if (line) {
         record_number(line, "handle", handle);
         record_number(line, "expected", expected);
         if (followed)
             record_number(line, "kept", kept);
-        if (result == 0)
-        {
+        if (result == 0) {
             record_number(line, "width", *width);
             record_number(line, "height", *height);
         }
@@ -269,8 +239,7 @@ int csdk_next_resolution(int handle, int* width, int* height)
     return result;
 }
 
-int csdk_deinit(void)
-{
+int csdk_deinit(void) {
     int const result = session.open ? 0 : REFUSED;
 
     close_session();
