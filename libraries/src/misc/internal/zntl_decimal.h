@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace zntl {
+
+/// Appends `value` in decimal: a minus sign for negatives, no plus sign, no padding, whatever the
+/// locale is.
+void appendDecimal(std::string& text, int value);
+
+/// Reads a base-10 integer from the start of `text` as strtol does (leading blanks and a sign are
+/// accepted, parsing stops at the first non-digit, no digits give 0), saturated to 32 bits on every
+/// machine. `end`, when given, is set behind the last digit, or to `text` when there was none.
+int parseDecimal(char const* text, char** end = nullptr);
+
+} // namespace zntl

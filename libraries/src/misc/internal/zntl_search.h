@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace zntl {
+
+/// The first occurrence of `pattern` in `text` at or after `from`, as std::string_view::find, but
+/// in linear time whatever the pattern is.
+inline std::size_t findLinear(std::string_view text, std::string_view pattern,
+                              std::size_t from = 0) {
+    if (from > text.size())
+        return std::string_view::npos;
+    if (pattern.empty())
+        return from;
+    void const* const found =
+        memmem(text.data() + from, text.size() - from, pattern.data(), pattern.size());
+    if (!found)
+        return std::string_view::npos;
+    return static_cast<std::size_t>(static_cast<char const*>(found) - text.data());
+}
+
+} // namespace zntl

@@ -1,0 +1,221 @@
+#include "misc/zntl_Markup.h"
+
+#include "misc/internal/zntl_blank.h"
+#include "misc/internal/zntl_search.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zntl {
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+struct Tag {
+    std::size_t start; // the "<"
+    std::size_t end;   // the ">"
+    bool selfClosing;
+};
+
+/// Walks the opening tags of an element, from a position on, as if the text ended at a limit that
+/// moves ahead from call to call. What is found out about a text that ends earlier and stays true
+/// when more of it is shown is not looked at again, so a whole walk is linear.
+class OpenTagScan {
+public:
+    OpenTagScan(std::string_view text, std::string_view name, std::size_t from)
+        : text_(text), pattern_(opening(name)), position_(from) {}
+
+    bool next(std::size_t limit, Tag& tag);
+
+private:
+    static std::string opening(std::string_view name) {
+        std::string pattern = "<";
+        return pattern += name;
+    }
+
+    std::string_view text_;
+    std::string pattern_;
+    std::size_t position_; // no tag that is still to be found starts before it
+};
+
+bool OpenTagScan::next(std::size_t limit, Tag& tag) {
+    std::string_view const shown = text_.substr(0, limit);
+    while (true) {
+        tag.start = findLinear(shown, pattern_, position_);
+        if (tag.start == npos) {
+            // The pattern may still begin in the last characters and go on behind the limit.
+            std::size_t const tail = pattern_.size() - 1;
+            if (shown.size() > tail && position_ < shown.size() - tail)
+                position_ = shown.size() - tail;
+            return false;
+        }
+        // From here on a tag that is cut off by the limit is looked at again with the next one.
+        position_ = tag.start;
+        tag.end = tag.start + pattern_.size();
+        if (tag.end >= shown.size())
+            return false;
+        char const behindName = shown[tag.end];
+        if (behindName == '>') {
+            tag.selfClosing = false;
+            break;
+        }
+        if (isBlank(behindName)) {
+            tag.end = shown.find('>', tag.end + 1);
+            if (tag.end == npos)
+                return false;
+            tag.selfClosing = shown[tag.end - 1] == '/';
+            break;
+        }
+        if (behindName == '/') {
+            ++tag.end;
+            if (tag.end == shown.size())
+                return false;
+            if (shown[tag.end] == '>') {
+                tag.selfClosing = true;
+                break;
+            }
+        }
+        position_ = tag.end; // a longer name, or a "/" within the tag
+    }
+    position_ = tag.end;
+    return true;
+}
+
+/// Walks the closing tags of an element.
+class CloseTagScan {
+public:
+    CloseTagScan(std::string_view text, std::string_view name, std::size_t from)
+        : text_(text), pattern_(closing(name)), position_(from) {}
+
+    bool next(Tag& tag) {
+        tag.start = findLinear(text_, pattern_, position_);
+        if (tag.start == npos)
+            return false;
+        position_ = tag.start + pattern_.size();
+        tag.end = position_ - 1;
+        tag.selfClosing = false;
+        return true;
+    }
+
+private:
+    static std::string closing(std::string_view name) {
+        std::string pattern = "</";
+        pattern += name;
+        return pattern += '>';
+    }
+
+    std::string_view text_;
+    std::string pattern_;
+    std::size_t position_;
+};
+
+bool findMatchingCloseTag(std::string_view text, std::size_t from, std::string_view name,
+                          Tag& close) {
+    OpenTagScan opens(text, name, from);
+    CloseTagScan closes(text, name, from);
+    std::size_t depth = 1; // the element opened before `from`
+    while (closes.next(close)) {
+        Tag open;
+        while (opens.next(close.start, open))
+            depth += open.selfClosing ? 0 : 1;
+        if (--depth == 0)
+            return true;
+    }
+    return false;
+}
+
+struct Element {
+    Tag open;
+    std::size_t end; // behind the element; npos where it is not closed
+};
+
+/// All elements of a name, in the order of their opening tags. The stack of those that are still
+/// open is what makes any number of unclosed elements linear: searching each one's closing tag
+/// would look at the rest of the text again and again.
+std::vector<Element> matchElements(std::string_view text, std::string_view name) {
+    std::vector<Element> elements;
+    std::vector<std::size_t> unclosed;
+    OpenTagScan opens(text, name, 0);
+    auto const openUntil = [&](std::size_t limit) {
+        Tag open;
+        while (opens.next(limit, open)) {
+            if (!open.selfClosing)
+                unclosed.push_back(elements.size());
+            elements.push_back({open, open.selfClosing ? open.end + 1 : npos});
+        }
+    };
+    CloseTagScan closes(text, name, 0);
+    Tag close;
+    while (closes.next(close)) {
+        openUntil(close.start);
+        if (unclosed.empty())
+            continue;
+        elements[unclosed.back()].end = close.end + 1;
+        unclosed.pop_back();
+    }
+    openUntil(text.size());
+    return elements;
+}
+
+/// The same by searching each closing tag afresh, for a name with a "<" in it: its tags can overlap
+/// one another, and then it matters where a search starts.
+std::vector<Element> matchElementsOneByOne(std::string_view text, std::string_view name) {
+    std::vector<Element> elements;
+    std::size_t position = 0;
+    Tag open;
+    while (OpenTagScan(text, name, position).next(text.size(), open)) {
+        position = open.end + 1;
+        Element element{open, open.selfClosing ? position : npos};
+        Tag close;
+        if (!open.selfClosing && findMatchingCloseTag(text, position, name, close))
+            position = element.end = close.end + 1;
+        elements.push_back(element);
+    }
+    return elements;
+}
+
+} // namespace
+
+bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
+                 unsigned int& end, bool& selfClosing) {
+    Tag tag;
+    if (!OpenTagScan(text, name, from).next(text.size(), tag))
+        return false;
+    start = static_cast<unsigned int>(tag.start);
+    end = static_cast<unsigned int>(tag.end);
+    selfClosing = tag.selfClosing;
+    return true;
+}
+
+bool findCloseTag(String const& text, unsigned int from, String const& name, unsigned int& start,
+                  unsigned int& end) {
+    Tag tag;
+    if (!findMatchingCloseTag(text, from, name, tag))
+        return false;
+    start = static_cast<unsigned int>(tag.start);
+    end = static_cast<unsigned int>(tag.end);
+    return true;
+}
+
+String String::replaceElement(String const& name, String const& replacement) const {
+    std::string_view const text = *this;
+    bool const overlapping = name.find('<') != npos;
+    String result;
+    std::size_t copied = 0;
+    for (Element const& element :
+         overlapping ? matchElementsOneByOne(text, name) : matchElements(text, name)) {
+        bool const inReplaced = element.open.start < copied;
+        if (inReplaced || element.end == npos)
+            continue;
+        result.append(text, copied, element.open.start - copied);
+        result += replacement;
+        copied = element.end;
+    }
+    result.append(text, copied);
+    return result;
+}
+
+} // namespace zntl

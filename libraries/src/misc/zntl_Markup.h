@@ -1,0 +1,27 @@
+#pragma once
+
+#include "misc/zntl_String.h"
+
+namespace zntl {
+
+/// Finds the first opening tag of element `name` at or after position `from`: "<", the name, and
+/// then ">", "/>", or a blank (space, tab, newline, carriage return) and anything up to the next
+/// ">"; a ">" inside an attribute value ends the tag, quoting is not considered.
+///
+/// On success returns true with `start` at the tag's "<", `end` at its ">", and `selfClosing` true
+/// when it ends in "/>". Otherwise returns false, and the three mean nothing. Nothing is thrown for
+/// ill-formed markup, and nothing past the text's end is read.
+bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
+                 unsigned int& end, bool& selfClosing);
+
+/// Finds the closing tag ("</", the name, ">") that matches an element of `name` opened before
+/// `from`, passing over nested elements of the same name. Pass the position behind the opening
+/// tag's ">". The tag is recognised by its text alone, also inside another tag.
+///
+/// On success returns true with `start` at the closing tag's "<" and `end` at its ">". Otherwise
+/// returns false, and the two mean nothing. Takes time proportional to the distance to the closing
+/// tag, however deep the nesting is, and no stack.
+bool findCloseTag(String const& text, unsigned int from, String const& name, unsigned int& start,
+                  unsigned int& end);
+
+} // namespace zntl

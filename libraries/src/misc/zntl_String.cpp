@@ -1,0 +1,185 @@
+#include "misc/zntl_String.h"
+
+#include "misc/internal/zntl_bytes.h"
+#include "misc/internal/zntl_decimal.h"
+#include "system/zn_portability.h"
+#include "xml/znxml_DomIterator.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace zntl {
+
+String::~String() = default;
+
+String& String::operator=(std::string const& text) {
+    assign(text);
+    return *this;
+}
+
+String& String::operator=(std::string&& text) noexcept {
+    assign(std::move(text));
+    return *this;
+}
+
+String& String::operator=(char const* text) {
+    assign(text ? text : "");
+    return *this;
+}
+
+namespace {
+
+/// vsnprintf on a copy of the list that `args` points to, so that the list can be used again.
+int format(char* out, std::size_t size, char const* text, void* args) {
+    std::va_list copy;
+    va_copy(copy, *static_cast<std::va_list*>(args));
+    int const length = std::vsnprintf(out, size, text, copy);
+    va_end(copy);
+    return length;
+}
+
+} // namespace
+
+String String::fromVAList(char const* format, void* args) {
+    if (!format)
+        return {};
+    // Most texts fit here, and then one formatting pass measures and delivers.
+    char brief[256];
+    int const length = zntl::format(brief, sizeof brief, format, args);
+    if (length < 0)
+        return {};
+    auto const size = static_cast<std::size_t>(length) + 1;
+    if (size <= sizeof brief)
+        return {brief};
+    std::unique_ptr<char[]> const buffer(new char[size]);
+    zntl::format(buffer.get(), size, format, args);
+    return {buffer.get()};
+}
+
+String String::fromFormat(char const* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    String text = fromVAList(format, &args);
+    va_end(args);
+    return text;
+}
+
+String String::fromInteger(int value) {
+    String text;
+    appendDecimal(text, value);
+    return text;
+}
+
+String String::fromFloat(float value, int decimals) {
+    return fromFormat("%.*f", decimals, static_cast<double>(value));
+}
+
+String String::fromEnvVarible(char const* name) { return {name ? std::getenv(name) : nullptr}; }
+
+int String::iCompare(String const& other) const { return zn_stricmp(c_str(), other.c_str()); }
+
+bool String::hasPrefix(String const& prefix) const {
+    return compare(0, prefix.size(), prefix) == 0;
+}
+
+unsigned int String::toUnsignedInt() const {
+    return static_cast<unsigned int>(std::max(parseDecimal(c_str()), 0));
+}
+
+unsigned int String::copyString(char* out, unsigned int max) const {
+    std::size_t const copied = copy(out, max);
+    out[copied] = '\0';
+    return static_cast<unsigned int>(copied);
+}
+
+String String::toLower() const {
+    String text(c_str());
+    zn_strlwr(text.data());
+    return text;
+}
+
+String String::toUpper() const {
+    String text(c_str());
+    zn_strupr(text.data());
+    return text;
+}
+
+bool String::isNumeric(bool& isInteger) const {
+    isInteger = true;
+    bool content = false;
+    bool blank = false; // a blank behind content: the number has ended
+    for (char const c : *this) {
+        if (c == '\t' || c == ' ') {
+            blank = content;
+        } else if (c >= '0' && c <= '9') {
+            if (blank)
+                return false;
+            content = true;
+        } else if ((c == '+' || c == '-') && !content) {
+            content = true;
+        } else if (c == '.' && isInteger && !blank) {
+            isInteger = false;
+            content = true;
+        } else {
+            return false;
+        }
+    }
+    return content;
+}
+
+String String::padEnd(unsigned int width, char fill) const {
+    String text(*this);
+    if (text.size() < width)
+        text.append(width - text.size(), fill);
+    return text;
+}
+
+unsigned int String::getTypeId() const { return 501; }
+
+std::string String::getTypeName() const { return "zntl_String"; }
+
+std::string String::toXML() const { return toXML("zntl_String"); }
+
+std::string String::toXML(char const* name) const {
+    if (!name)
+        return {};
+    std::string xml = "<";
+    xml += name;
+    if (empty())
+        return xml += "/>";
+    xml += '>';
+    xml += encodeHtml(*this);
+    xml += "</";
+    xml += name;
+    return xml += '>';
+}
+
+bool String::fromXML(char const* xml) {
+    auto const root = znxml::DomIterator::parse(xml);
+    if (root.atEnd())
+        return false;
+    *this = root.getValue();
+    return true;
+}
+
+unsigned int String::getBinLength() const {
+    return static_cast<unsigned int>(sizeof(std::uint32_t) + size() + 1);
+}
+
+unsigned int String::toBin(unsigned char* out) const {
+    unsigned char* const text = storeNative(out, static_cast<std::uint32_t>(size()));
+    std::memcpy(text, c_str(), size() + 1);
+    return static_cast<unsigned int>(sizeof(std::uint32_t) + size() + 1);
+}
+
+unsigned int String::fromBin(unsigned char const* data, unsigned int /*length*/) {
+    // Neither length is consulted, on purpose: the text ends at its first NUL.
+    assign(reinterpret_cast<char const*>(data + sizeof(std::uint32_t)));
+    return getBinLength();
+}
+
+} // namespace zntl

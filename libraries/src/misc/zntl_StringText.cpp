@@ -1,0 +1,116 @@
+#include "misc/internal/zntl_CharacterSet.h"
+#include "misc/internal/zntl_blank.h"
+#include "misc/internal/zntl_decimal.h"
+#include "misc/internal/zntl_search.h"
+#include "misc/zntl_String.h"
+#include "system/zn_portability.h"
+
+#include <cstring>
+
+namespace zntl {
+
+namespace {
+
+/// The closing quote of the section that opens at `open`, or npos when it is not closed.
+std::size_t findClosingQuote(std::string const& text, std::size_t open) {
+    char const quote = text[open];
+    char const closers[] = {'\\', quote};
+    std::string_view const closersView(closers, sizeof closers);
+    std::size_t at = text.find_first_of(closersView, open + 1);
+    // A backslash skips one character. The character behind that one closes the section or is
+    // passed over, but is never taken as an escape; kept.
+    while (at != std::string::npos && text[at] != quote) {
+        if (text.at(at + 2) == quote)
+            return at + 2;
+        at = text.find_first_of(closersView, at + 3);
+    }
+    return at;
+}
+
+} // namespace
+
+String String::trim() const {
+    std::size_t begin = 0;
+    std::size_t end = size();
+    while (begin < end && isBlank((*this)[begin]))
+        ++begin;
+    while (end > begin && isBlank((*this)[end - 1]))
+        --end;
+    return {data() + begin, end - begin};
+}
+
+String String::sanitize(String const& text, char const* allowed) {
+    CharacterSet const kept(allowed ? allowed : "");
+    String result;
+    result.reserve(text.size());
+    for (char const c : text) {
+        if (kept.contains(c))
+            result.push_back(c);
+    }
+    return result.trim();
+}
+
+bool String::toBool() const {
+    for (char const* const word : {"true", "t", "yes", "y", "on"}) {
+        if (zn_stricmp(c_str(), word) == 0)
+            return true;
+    }
+    return parseDecimal(c_str()) != 0;
+}
+
+String String::extract(String const& begin, String const& end) const {
+    std::size_t const opening = findLinear(*this, begin);
+    if (opening == npos)
+        return {};
+    std::size_t const start = opening + begin.size();
+    std::size_t const closing = findLinear(*this, end, start);
+    if (closing == npos)
+        return {};
+    return substr(start, closing - start);
+}
+
+std::vector<unsigned int> String::findAll(String const& chars, String const& quotes) const {
+    CharacterSet const wanted(chars);
+    CharacterSet const quoting(quotes);
+    std::vector<unsigned int> positions;
+    // Behind the last wanted character the text is not looked at, so that what is wrong with its
+    // quotes there goes unnoticed; kept.
+    std::size_t end = size();
+    while (end > 0 && !wanted.contains((*this)[end - 1]))
+        --end;
+    for (std::size_t i = 0; i < end; ++i) {
+        char const c = (*this)[i];
+        if (quoting.contains(c)) {
+            i = findClosingQuote(*this, i);
+            if (i == npos)
+                break;
+        } else if (wanted.contains(c)) {
+            positions.push_back(static_cast<unsigned int>(i));
+        }
+    }
+    return positions;
+}
+
+std::vector<String> String::tokenize(String const& separators, String const& quotes) const {
+    std::vector<String> pieces;
+    tokenize(*this, separators, pieces, quotes);
+    return pieces;
+}
+
+String String::piece(std::size_t start, std::size_t end) const {
+    char const* const first = data() + start;
+    return {first, strnlen(first, end - start)};
+}
+
+String String::abbreviate(unsigned int length) const {
+    constexpr std::string_view ellipsis = "...";
+    if (length < ellipsis.size())
+        return {};
+    if (length >= size())
+        return *this;
+    String text = substr(0, length - ellipsis.size());
+    text += ellipsis;
+    return text;
+}
+
+} // namespace zntl

@@ -1,0 +1,31 @@
+#include "streams/znsl_EndOfFile.h"
+
+#include "misc/zntl_String.h"
+
+namespace znsl {
+
+EndOfFile::~EndOfFile() = default;
+
+unsigned int EndOfFile::getTypeId() const { return typeId; }
+
+std::string EndOfFile::getTypeName() const { return "znsl_EndOfFile"; }
+
+std::string EndOfFile::toXML() const { return toXML("znsl_EndOfFile"); }
+
+std::string EndOfFile::toXML(char const* name) const {
+    if (!name)
+        return {};
+    return zntl::String::fromFormat("<%s/>", name);
+}
+
+bool EndOfFile::fromXML(char const* /*xml*/) { return true; }
+
+unsigned int EndOfFile::getBinLength() const { return 0; }
+
+unsigned int EndOfFile::toBin(unsigned char* /*out*/) const { return 0; }
+
+unsigned int EndOfFile::fromBin(unsigned char const* /*data*/, unsigned int /*length*/) {
+    return 0;
+}
+
+} // namespace znsl

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "streams/znsl_Serializable.h"
+
+#include <string>
+
+namespace znsl {
+
+/// The marker that a writer puts behind the last object of a sequence. It has no payload, is never
+/// read as an object, and is removed with `skip()`.
+class EndOfFile : public Serializable {
+public:
+    /// Also what a stream without data gives as its next type.
+    static constexpr unsigned int typeId = 1;
+
+    EndOfFile() = default;
+    EndOfFile(EndOfFile const&) = default;
+    EndOfFile& operator=(EndOfFile const&) = default;
+    ~EndOfFile() override;
+
+    /// 1.
+    unsigned int getTypeId() const override;
+    /// "znsl_EndOfFile".
+    std::string getTypeName() const override;
+    /// "<znsl_EndOfFile/>".
+    std::string toXML() const override;
+    /// "<name/>"; the empty text for a null name.
+    std::string toXML(char const* name) const override;
+    /// Accepts anything and reads nothing: true.
+    bool fromXML(char const* xml) override;
+    /// 0.
+    unsigned int getBinLength() const override;
+    /// Writes nothing: 0.
+    unsigned int toBin(unsigned char* out) const override;
+    /// Reads nothing: 0.
+    unsigned int fromBin(unsigned char const* data, unsigned int length) override;
+};
+
+} // namespace znsl

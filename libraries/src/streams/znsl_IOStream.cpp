@@ -1,0 +1,7 @@
+#include "streams/znsl_IOStream.h"
+
+namespace znsl {
+
+IOStream::~IOStream() = default;
+
+} // namespace znsl

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "streams/znsl_Serializable.h"
+
+#include <list>
+#include <map>
+#include <string>
+
+namespace znsl {
+
+/// The serial forms of a class that consists of serializable members: a class lists its members in
+/// one operation and has its binary and XML forms from here.
+///
+///     void Point::fillSerializable(std::list<znsl::Serializable*>& list,
+///                                  std::map<std::string, znsl::Serializable*>& table) const;
+///     unsigned int Point::toBin(unsigned char* out) const { return
+///     znsl::Members(*this).toBin(out); }
+///
+/// The list holds the members of the binary form in the order in which they are written; the table
+/// holds those of the XML form under their element names. A class that names fewer or more members
+/// for XML than for the binary form has no XML form. Made afresh for every serial call; the members
+/// must outlive it.
+class Members {
+public:
+    /// The place in the source that a class without an XML form reports.
+    struct Place {
+        char const* source;
+        int line;
+        char const* className;
+    };
+
+    /// Asks `object` for its members by `fillSerializable(list, table)`.
+    template <class Object>
+    explicit Members(Object const& object) {
+        object.fillSerializable(list_, table_);
+    }
+
+    /// The sum of the members' lengths.
+    unsigned int getBinLength() const;
+
+    /// Writes the members one after another; returns the number of bytes written.
+    unsigned int toBin(unsigned char* out) const;
+
+    /// Reads the members one after another and returns the number of bytes consumed. Each member
+    /// checks its own share; when one throws, those before it keep what they read.
+    unsigned int fromBin(unsigned char const* data, unsigned int length);
+
+    /// One element called `element` with the members' XML in it, in the order of their names; null
+    /// pointers in the table are left out. The empty text for a null `element`. Throws
+    /// zntl::Exception "toXML() - Not implemented", located at `place`, when the class has no XML
+    /// form.
+    std::string toXML(char const* element, Place const& place) const;
+
+    /// Hands the children of the text's root element to the members of their names; children of
+    /// other names are passed over. False when there is no root element or it has no children.
+    /// Throws zntl::Exception "fromXML() - Not implemented", located at `place`, when the class has
+    /// no XML form.
+    bool fromXML(char const* xml, Place const& place);
+
+private:
+    void requireNames(Place const& place, char const* fault) const;
+
+    std::list<Serializable*> list_;
+    std::map<std::string, Serializable*> table_;
+};
+
+} // namespace znsl

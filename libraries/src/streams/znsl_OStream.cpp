@@ -1,0 +1,11 @@
+#include "streams/znsl_OStream.h"
+
+namespace znsl {
+
+OStream::~OStream() = default;
+
+bool OStream::getNextObject(IStream& source, unsigned char*& data, unsigned int& length) {
+    return source.readNextObject(data, length);
+}
+
+} // namespace znsl

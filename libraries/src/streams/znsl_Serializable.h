@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+
+namespace znsl {
+
+/// The contract of every storable value: a type id, a type name, an XML form, an exact binary form
+/// and a file form. A class that implements it can travel through object streams and sets.
+///
+/// The order of the virtual operations is part of the binary interface: subclasses append theirs.
+/// No object locks; one thread at a time uses it.
+class Serializable {
+public:
+    Serializable() = default;
+    Serializable(Serializable const&) = default;
+    Serializable& operator=(Serializable const&) = default;
+    virtual ~Serializable();
+
+    /// A small number unique to the class; typed containers and streams compare it. In use:
+    /// 1 EndOfFile, 6 MemIOStream, 501 String, 504 Integer, 815 Resolution, 10000 plus the
+    /// element's id for a Set. Ids above 65535 can be written but never read back, because records
+    /// and files keep 16 bits.
+    virtual unsigned int getTypeId() const = 0;
+
+    /// The serialized type name, which is also the default XML element name.
+    virtual std::string getTypeName() const = 0;
+
+    /// The XML form under the default element name: `toXML(` type name `)`, by the virtual call.
+    virtual std::string toXML() const = 0;
+
+    /// The XML form as one element called `name`.
+    virtual std::string toXML(char const* name) const = 0;
+
+    /// Takes the value from an XML text. True when one was found and taken; false when the text
+    /// held none, and the object is then unchanged.
+    virtual bool fromXML(char const* xml) = 0;
+
+    /// The exact number of bytes that `toBin` will write.
+    virtual unsigned int getBinLength() const = 0;
+
+    /// Writes the binary form to `out`, which has room for `getBinLength()` bytes, and returns the
+    /// number of bytes written. Multi-byte fields are in the machine's byte order, unaligned.
+    virtual unsigned int toBin(unsigned char* out) const = 0;
+
+    /// Reads the value from the `length` bytes at `data` and returns the number of bytes consumed.
+    virtual unsigned int fromBin(unsigned char const* data, unsigned int length) = 0;
+
+    /// Writes the typed binary file: the type id's low 16 bits, the payload length N (32 bits), and
+    /// the N bytes of `toBin`. The file is created, or cut to zero length first.
+    ///
+    /// True when everything was written, a full disk included in the judgement. False when there is
+    /// no memory, the file cannot be opened, `toBin` throws or reports another number of bytes than
+    /// `getBinLength()` did (the file is then left empty), or a write fails (the file may be partly
+    /// written). Never throws.
+    virtual bool toFile(char const* path) const;
+
+    /// Reads the typed binary file that `toFile` wrote.
+    ///
+    /// False when the file cannot be read, is a directory, belongs to another type, is shorter than
+    /// its length field says, or when `fromBin` throws or consumes another number of bytes. The
+    /// object may then already be changed by `fromBin`; nothing is restored. Bytes behind the
+    /// payload are ignored. Never throws. Safe on any file as far as the class's `fromBin` is safe
+    /// on any bytes.
+    virtual bool fromFile(char const* path);
+};
+
+} // namespace znsl

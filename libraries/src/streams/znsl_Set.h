@@ -1,0 +1,180 @@
+#pragma once
+
+#include "misc/zntl_Exception.h"
+#include "misc/zntl_Integer.h"
+#include "misc/zntl_String.h"
+#include "streams/znsl_MemIOStream.h"
+#include "streams/znsl_Serializable.h"
+#include "xml/znxml_DomIterator.h"
+
+#include <cstdint>
+#include <cstring>
+#include <set>
+#include <string>
+
+namespace znsl {
+
+/// An ordered set of unique values that is itself a storable value.
+///
+/// `T` is a Serializable with a default constructor and an `operator<`, which alone decides on
+/// order and uniqueness: of equal elements the set keeps the one inserted first. All operations of
+/// the standard set are available. The set adds no state.
+///
+/// Binary form: the binary form of a MemIOStream with these objects: an Integer holding the type
+/// id of `T`, an Integer holding the number of elements, and each element in ascending order.
+template <class T>
+class Set : public std::set<T>, public Serializable {
+public:
+    using std::set<T>::set;
+    Set() = default;
+    Set(Set const&) = default;
+    Set(Set&&) = default;
+    Set& operator=(Set const&) = default;
+    Set& operator=(Set&&) = default;
+    ~Set() override = default;
+
+    /// 10000 plus the type id of `T`.
+    unsigned int getTypeId() const override { return 10000 + T().getTypeId(); }
+
+    /// The type name of `T` followed by "Set".
+    std::string getTypeName() const override { return internalTypeName(); }
+
+    /// The same as `getTypeName`.
+    zntl::String internalTypeName() const { return T().getTypeName() + "Set"; }
+
+    /// `toXML(internalTypeName())`, by the virtual call.
+    std::string toXML() const override { return toXML(internalTypeName().c_str()); }
+
+    /// One element called `name`, with the elements' own default XML in it one after another. The
+    /// empty text for a null name. Throws what an element's `toXML` throws.
+    std::string toXML(char const* name) const override {
+        return render(name, [](T const& element) { return element.toXML(); });
+    }
+
+    /// Replaces the content with the elements read from the children of the text's root element,
+    /// whatever that is called; children that are not understood are passed over. False, with the
+    /// set unchanged, when there is no root element or it has no children.
+    bool fromXML(char const* xml) override {
+        auto const root = znxml::DomIterator::parse(xml);
+        if (root.atEnd() || !root.hasChildren())
+            return false;
+        this->clear();
+        T element;
+        for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
+            if (element.fromXML(child.toXML().c_str()))
+                this->insert(element);
+        }
+        return true;
+    }
+
+    /// The number of bytes that `toBin` writes; 0 when the record could not be built. Builds the
+    /// record to find out.
+    unsigned int getBinLength() const override {
+        MemIOStream record;
+        return serialize(record) ? record.getBinLength() : 0;
+    }
+
+    /// Writes the binary form; returns the number of bytes written. Throws zntl::Exception
+    /// "znsl::Serializable::fromBin() - Failed!" when the record could not be built; that the
+    /// message names `fromBin` is deliberate.
+    unsigned int toBin(unsigned char* out) const override {
+        MemIOStream record;
+        if (!serialize(record))
+            fail();
+        return record.toBin(out);
+    }
+
+    /// Replaces the content with the elements of the binary form at `data`; returns the number of
+    /// bytes consumed, or 0, with the set empty, when the record is of another element type.
+    ///
+    /// Throws zntl::Exception "znsl::Serializable::fromBin() - Failed!" when the record cannot be
+    /// read: the set then holds the elements read before the failure, and is empty when the length
+    /// at the start is missing or exceeds `length`. Throws what MemIOStream::setBuffer throws, with
+    /// the set unchanged, when the content is not whole records. Safe on any bytes as far as `T`'s
+    /// `fromBin` is safe on any bytes.
+    unsigned int fromBin(unsigned char const* data, unsigned int length) override {
+        if (!holdsWholeStream(data, length)) {
+            this->clear();
+            fail();
+        }
+        MemIOStream record;
+        unsigned int const consumed = record.fromBin(data, length);
+        this->clear();
+        try {
+            return readElements(record) ? consumed : 0;
+        } catch (...) {
+            fail();
+        }
+    }
+
+    /// One element called `name`, with each element's XML under the name `elementName` in it, and
+    /// a line end behind it, which the form with one name deliberately does not have. The empty
+    /// text for a null `name`.
+    virtual std::string toXML(char const* name, char const* elementName) const {
+        std::string xml =
+            render(name, [=](T const& element) { return element.toXML(elementName); });
+        if (name)
+            xml += '\n';
+        return xml;
+    }
+
+    /// Appends the objects of the binary form to `stream`; false when a write threw.
+    bool serialize(MemIOStream& stream) const {
+        try {
+            stream << zntl::Integer(elementTypeId())
+                   << zntl::Integer(static_cast<int>(this->size()));
+            for (T const& element : *this)
+                stream << element;
+            return true;
+        } catch (...) {
+            return false;
+        }
+    }
+
+private:
+    static int elementTypeId() { return static_cast<int>(T().getTypeId()); }
+
+    /// Whether the stream that the bytes begin with, by its own length prefix, ends within them.
+    static bool holdsWholeStream(unsigned char const* data, unsigned int length) {
+        std::uint32_t content;
+        if (length < sizeof content)
+            return false;
+        std::memcpy(&content, data, sizeof content);
+        return content <= length - sizeof content;
+    }
+
+    bool readElements(MemIOStream& record) {
+        zntl::Integer field;
+        record >> field;
+        if (field.getValue() != elementTypeId())
+            return false;
+        record >> field;
+        T element;
+        for (int remaining = field.getValue(); remaining > 0; --remaining) {
+            record >> element;
+            this->insert(this->end(), element);
+        }
+        return true;
+    }
+
+    template <class ElementXML>
+    std::string render(char const* name, ElementXML elementXML) const {
+        if (!name)
+            return {};
+        std::string xml = "<";
+        xml += name;
+        xml += '>';
+        for (T const& element : *this)
+            xml += elementXML(element);
+        xml += "</";
+        xml += name;
+        xml += '>';
+        return xml;
+    }
+
+    [[noreturn]] static void fail() {
+        throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
+    }
+};
+
+} // namespace znsl

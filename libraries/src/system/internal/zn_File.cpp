@@ -1,0 +1,95 @@
+// Inode numbers and sizes beyond 32 bits must not make files unreadable on 32-bit machines.
+#define _FILE_OFFSET_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
+
+#include "system/internal/zn_File.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace znst {
+
+namespace {
+
+/// Makes a system call again for as long as a signal interrupts it.
+template <class Call>
+auto uninterrupted(Call call) noexcept {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+int openDescriptor(char const* path, int flags) noexcept {
+    if (!path)
+        return -1;
+    return uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
+}
+
+bool isDirectory(int descriptor) noexcept {
+    struct stat status;
+    return ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+} // namespace
+
+File File::open(char const* path) noexcept {
+    int const descriptor = openDescriptor(path, O_RDONLY);
+    if (descriptor < 0 || !isDirectory(descriptor))
+        return File(descriptor);
+    ::close(descriptor);
+    return File(-1);
+}
+
+File File::create(char const* path) noexcept {
+    return File(openDescriptor(path, O_WRONLY | O_CREAT | O_TRUNC));
+}
+
+File::~File() { close(); }
+
+std::optional<std::uint64_t> File::size() noexcept {
+    off_t const end = ::lseek(descriptor_, 0, SEEK_END);
+    if (end < 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(end);
+}
+
+std::ptrdiff_t File::readSome(void* bytes, std::size_t count) noexcept {
+    return uninterrupted([&] { return ::read(descriptor_, bytes, count); });
+}
+
+bool File::read(void* bytes, std::size_t count) noexcept {
+    auto* next = static_cast<unsigned char*>(bytes);
+    while (count > 0) {
+        std::ptrdiff_t const got = readSome(next, count);
+        if (got <= 0)
+            return false;
+        next += got;
+        count -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+bool File::write(void const* bytes, std::size_t count) noexcept {
+    auto const* next = static_cast<unsigned char const*>(bytes);
+    while (count > 0) {
+        std::ptrdiff_t const put = uninterrupted([&] { return ::write(descriptor_, next, count); });
+        if (put <= 0)
+            return false;
+        next += put;
+        count -= static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+bool File::close() noexcept {
+    if (descriptor_ < 0)
+        return true;
+    // Never taken up again: after an interruption the descriptor is gone all the same.
+    bool const closed = ::close(descriptor_) == 0 || errno == EINTR;
+    descriptor_ = -1;
+    return closed;
+}
+
+} // namespace znst

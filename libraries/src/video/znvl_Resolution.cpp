@@ -1,0 +1,159 @@
+#include "video/znvl_Resolution.h"
+
+#include "misc/internal/zntl_decimal.h"
+#include "streams/znsl_Members.h"
+#include "system/zn_portability.h"
+#include "system/znml_constants.h"
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <typeinfo>
+
+namespace znvl {
+
+namespace {
+
+constexpr unsigned int binLength = 8; // two integers
+
+// Both XML operations report the same line; kept.
+constexpr znsl::Members::Place withoutXML{"../../../../../libraries/src/video/znvl_Resolution", 26,
+                                          "znvl::Resolution"};
+
+/// The nearest integer, halves away from zero, saturated; 0 for what is not a number.
+int roundToInt(float x) {
+    constexpr float limit = 2147483648.0F;
+    if (x >= 0)
+        return x >= limit ? INT_MAX : static_cast<int>(x + 0.5F);
+    if (x < 0)
+        return x <= -limit ? INT_MIN : static_cast<int>(x - 0.5F);
+    return 0;
+}
+
+char const* skipSpace(char const* text) {
+    while (std::isspace(static_cast<unsigned char>(*text)))
+        ++text;
+    return text;
+}
+
+/// Scans two numbers as the C library does for "%d x %d", except that numbers beyond 32 bits
+/// saturate on every machine.
+bool scanSize(char const* text, int& width, int& height) {
+    char* end;
+    int const first = zntl::parseDecimal(text, &end);
+    if (end == text)
+        return false;
+    text = skipSpace(end);
+    if (*text != 'x')
+        return false;
+    ++text;
+    int const second = zntl::parseDecimal(text, &end);
+    if (end == text)
+        return false;
+    width = first;
+    height = second;
+    return true;
+}
+
+/// The entry of `values` at the place where `keys` holds `text` in any letter case; null when it
+/// does not.
+char const* lookUp(char const* text, char const* const* keys, char const* const* values) {
+    for (; *keys; ++keys, ++values) {
+        if (zn_stricmp(text, *keys) == 0)
+            return *values;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p", nullptr};
+
+char const* Resolution::ResolutionStrings[] = {"176x144",  "352x288",   "704x576",
+                                               "1280x720", "1920x1080", nullptr};
+
+Resolution::~Resolution() = default;
+
+// Not const, and a 0x0 on either side makes the result 0x0; both are kept.
+Resolution Resolution::getMax(Resolution const& other) {
+    Resolution const none;
+    if (*this == none || other == none)
+        return none;
+    return {std::max(width.getValue(), other.width.getValue()),
+            std::max(height.getValue(), other.height.getValue())};
+}
+
+Resolution Resolution::scale(Resolution const& bounds) const {
+    int const boundsWidth = bounds.width.getValue();
+    int const boundsHeight = bounds.height.getValue();
+    if (boundsWidth <= 0 || boundsHeight <= 0 || *this == bounds)
+        return *this;
+    float const aspect =
+        static_cast<float>(width.getValue()) / static_cast<float>(height.getValue());
+    float const fitHeight = static_cast<float>(boundsWidth) / aspect;
+    if (fitHeight > static_cast<float>(boundsHeight))
+        return {roundToInt(aspect * static_cast<float>(boundsHeight)), boundsHeight};
+    return {boundsWidth, roundToInt(fitHeight)};
+}
+
+bool Resolution::fromString(zntl::String const& text) {
+    int scannedWidth;
+    int scannedHeight;
+    if (scanSize(text.c_str(), scannedWidth, scannedHeight)) {
+        width = scannedWidth;
+        height = scannedHeight;
+        return true;
+    }
+    char const* const size = lookUp(text.c_str(), NameStrings, ResolutionStrings);
+    return size && fromString(size);
+}
+
+zntl::String Resolution::toNameString() const {
+    zntl::String const size =
+        zntl::String::fromFormat("%dx%d", width.getValue(), height.getValue());
+    char const* const sizeName = lookUp(size.c_str(), ResolutionStrings, NameStrings);
+    return sizeName ? sizeName : size;
+}
+
+unsigned int Resolution::getTypeId() const { return 815; }
+
+std::string Resolution::getTypeName() const { return "Resolution"; }
+
+std::string Resolution::toXML() const { return toXML("Resolution"); }
+
+std::string Resolution::toXML(char const* element) const {
+    return znsl::Members(*this).toXML(element, withoutXML);
+}
+
+bool Resolution::fromXML(char const* xml) { return znsl::Members(*this).fromXML(xml, withoutXML); }
+
+// Only a subclass can list other members than these two; for a plain resolution no list is made.
+
+unsigned int Resolution::getBinLength() const {
+    if (typeid(*this) == typeid(Resolution))
+        return binLength;
+    return znsl::Members(*this).getBinLength();
+}
+
+unsigned int Resolution::toBin(unsigned char* out) const {
+    if (typeid(*this) != typeid(Resolution))
+        return znsl::Members(*this).toBin(out);
+    unsigned int const offset = width.toBin(out);
+    return offset + height.toBin(out + offset);
+}
+
+unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length) {
+    if (typeid(*this) != typeid(Resolution))
+        return znsl::Members(*this).fromBin(data, length);
+    unsigned int const offset = width.fromBin(data, length);
+    return offset + height.fromBin(data + offset, length - offset);
+}
+
+void Resolution::fillSerializable(std::list<znsl::Serializable*>& list,
+                                  std::map<std::string, znsl::Serializable*>& /*table*/) const {
+    // One listing serves reading and writing; what is handed out is the members' own business.
+    list.push_back(const_cast<zntl::Integer*>(&width));
+    list.push_back(const_cast<zntl::Integer*>(&height));
+}
+
+} // namespace znvl
