@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Bytes as tests read and write them: "80 02 00 00 e0 01 00 00".
+
+namespace test {
+
+using Bytes = std::vector<unsigned char>;
+
+inline std::string toHex(void const* data, std::size_t count) {
+    auto const* const bytes = static_cast<unsigned char const*>(data);
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0)
+            text += ' ';
+        text += "0123456789abcdef"[bytes[i] >> 4];
+        text += "0123456789abcdef"[bytes[i] & 0xF];
+    }
+    return text;
+}
+
+template <class Container>
+std::string toHex(Container const& bytes) {
+    static_assert(sizeof *bytes.data() == 1, "bytes");
+    return toHex(bytes.data(), bytes.size());
+}
+
+/// Pairs of hexadecimal digits, in any letter case, with blanks and line ends between them.
+inline Bytes fromHex(std::string_view text) {
+    std::string digits;
+    for (char const c : text) {
+        if (c != ' ' && c != '\n')
+            digits += c;
+    }
+    if (digits.size() % 2 != 0 ||
+        digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        throw std::invalid_argument("not a sequence of hexadecimal bytes");
+    Bytes bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        bytes.push_back(static_cast<unsigned char>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+/// The characters of a text as bytes.
+inline Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
+
+inline Bytes operator+(Bytes first, Bytes const& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+} // namespace test

@@ -1,0 +1,130 @@
+#pragma once
+
+// Replaces the global operators new and delete of the executable, so that tests can make any
+// allocation fail and count the blocks that are alive. Include it in ONE source of an executable;
+// a second one does not link. Sanitizers keep working: they see the malloc() and free() beneath.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace test {
+
+namespace heap {
+
+inline std::atomic<long> liveBlocks{0};
+// Allocations that this thread still makes until one fails; 0: none fails.
+inline thread_local long countdown = 0;
+
+inline void* allocate(std::size_t size) noexcept {
+    if (countdown > 0 && --countdown == 0)
+        return nullptr;
+    void* const block = std::malloc(size > 0 ? size : 1);
+    if (block)
+        ++liveBlocks;
+    return block;
+}
+
+inline void release(void* block) noexcept {
+    if (block)
+        --liveBlocks;
+    std::free(block);
+}
+
+} // namespace heap
+
+/// The number of blocks obtained from new and not yet deleted.
+inline long liveBlocks() { return heap::liveBlocks; }
+
+/// Makes one allocation fail, the `k`-th (counted from 1) that this thread makes in the guard's
+/// scope; those before and behind it are served.
+class AllocationFailure {
+public:
+    explicit AllocationFailure(long k) { heap::countdown = k; }
+    AllocationFailure(AllocationFailure const&) = delete;
+    AllocationFailure& operator=(AllocationFailure const&) = delete;
+    ~AllocationFailure() { heap::countdown = 0; }
+
+    /// Whether there were that many allocations.
+    bool happened() const { return heap::countdown == 0; }
+};
+
+inline AllocationFailure failAllocation(long k) { return AllocationFailure(k); }
+
+/// One run of a scenario, in which the `k`-th allocation of one operation fails.
+class FailingRun {
+public:
+    explicit FailingRun(long k) : k_(k) {}
+
+    /// Carries out the operation and tells whether std::bad_alloc came out of it. Everything
+    /// before and behind this call has memory.
+    template <class Operation>
+    bool runsOutOfMemory(Operation operation) {
+        AllocationFailure const failure(k_);
+        try {
+            operation();
+            happened_ = failure.happened();
+            return false;
+        } catch (std::bad_alloc const&) {
+            happened_ = failure.happened();
+            return true;
+        }
+    }
+
+    /// Whether the operation made that many allocations.
+    bool happened() const { return happened_; }
+
+private:
+    long k_;
+    bool happened_ = false;
+};
+
+/// Plays `scenario` with the first allocation of its operation failing, with the second one, and so
+/// on, until the operation needs no more; after each run all its blocks must be gone. Gives the
+/// number of allocations that failed, so that a test can tell that there were some.
+///
+///     long const failures = test::failEachAllocation([](test::FailingRun& run) {
+///         zntl::String text("before");
+///         if (run.runsOutOfMemory([&] { text = std::string(100, 'x'); }))
+///             EXPECT_EQ(text, "before");
+///     });
+template <class Scenario>
+long failEachAllocation(Scenario scenario) {
+    constexpr long tooMany = 10000;
+    for (long k = 1; k < tooMany; ++k) {
+        SCOPED_TRACE(testing::Message() << "allocation " << k << " fails");
+        FailingRun run(k);
+        long const before = liveBlocks();
+        scenario(run);
+        EXPECT_EQ(liveBlocks() - before, 0) << "blocks were leaked";
+        if (!run.happened())
+            return k - 1;
+    }
+    ADD_FAILURE() << "the operation never came to its end";
+    return tooMany;
+}
+
+} // namespace test
+
+void* operator new(std::size_t size) {
+    void* const block = test::heap::allocate(size);
+    if (!block)
+        throw std::bad_alloc();
+    return block;
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+    return test::heap::allocate(size);
+}
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
+    return test::heap::allocate(size);
+}
+void operator delete(void* block) noexcept { test::heap::release(block); }
+void operator delete[](void* block) noexcept { test::heap::release(block); }
+void operator delete(void* block, std::size_t) noexcept { test::heap::release(block); }
+void operator delete[](void* block, std::size_t) noexcept { test::heap::release(block); }
+void operator delete(void* block, std::nothrow_t const&) noexcept { test::heap::release(block); }
+void operator delete[](void* block, std::nothrow_t const&) noexcept { test::heap::release(block); }

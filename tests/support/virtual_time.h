@@ -1,0 +1,100 @@
+#pragma once
+
+// Replaces clock_gettime() and usleep() in the executable, so that tests can set the clock and see
+// every sleep. Include it in ONE source of an executable. Without a test::VirtualTime, both do what
+// the system does.
+
+#include <cerrno>
+#include <cstdint>
+#include <functional>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace test {
+
+/// While it lives, the monotonic clock stands still except for sleeps, which pass without delay.
+/// One at a time, in one thread.
+class VirtualTime {
+public:
+    explicit VirtualTime(std::int64_t seconds = 1000, long nanoseconds = 0) {
+        set(seconds, nanoseconds);
+        current() = this;
+    }
+    VirtualTime(VirtualTime const&) = delete;
+    VirtualTime& operator=(VirtualTime const&) = delete;
+    ~VirtualTime() { current() = nullptr; }
+
+    void set(std::int64_t seconds, long nanoseconds) {
+        nanoseconds_ = seconds * 1000000000 + nanoseconds;
+    }
+    void advance(std::int64_t milliseconds) { nanoseconds_ += milliseconds * 1000000; }
+
+    /// From now on the clock cannot be read.
+    void fail() { failing_ = true; }
+
+    /// Called in each sleep, after the clock has moved on.
+    void onSleep(std::function<void()> action) { onSleep_ = std::move(action); }
+    /// Called before each reading of the clock.
+    void onRead(std::function<void()> action) { onRead_ = std::move(action); }
+
+    /// The sleeps so far, in microseconds as usleep() was given them.
+    std::vector<unsigned int> const& sleeps() const { return sleeps_; }
+    /// How often the monotonic clock was read.
+    unsigned int readings() const { return readings_; }
+
+    // What the replaced functions use.
+
+    static VirtualTime*& current() {
+        static VirtualTime* time = nullptr;
+        return time;
+    }
+
+    int read(timespec& now) {
+        if (onRead_)
+            onRead_();
+        ++readings_;
+        if (failing_) {
+            errno = EINVAL;
+            return -1;
+        }
+        now.tv_sec = static_cast<time_t>(nanoseconds_ / 1000000000);
+        now.tv_nsec = static_cast<long>(nanoseconds_ % 1000000000);
+        return 0;
+    }
+
+    void sleep(unsigned int microseconds) {
+        sleeps_.push_back(microseconds);
+        nanoseconds_ += std::int64_t{microseconds} * 1000;
+        if (onSleep_)
+            onSleep_();
+    }
+
+private:
+    std::int64_t nanoseconds_ = 0;
+    bool failing_ = false;
+    unsigned int readings_ = 0;
+    std::vector<unsigned int> sleeps_;
+    std::function<void()> onSleep_;
+    std::function<void()> onRead_;
+};
+
+} // namespace test
+
+extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
+    if (clock == CLOCK_MONOTONIC && test::VirtualTime::current())
+        return test::VirtualTime::current()->read(*now);
+    return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+}
+
+extern "C" int usleep(useconds_t microseconds) {
+    if (test::VirtualTime::current()) {
+        test::VirtualTime::current()->sleep(microseconds);
+        return 0;
+    }
+    timespec const pause{static_cast<time_t>(microseconds / 1000000),
+                         static_cast<long>(microseconds % 1000000) * 1000};
+    return nanosleep(&pause, nullptr);
+}
