@@ -88,8 +88,9 @@ private:
 ///
 ///     long const failures = test::failEachAllocation([](test::FailingRun& run) {
 ///         zntl::String text("before");
-///         if (run.runsOutOfMemory([&] { text = std::string(100, 'x'); }))
+///         if (run.runsOutOfMemory([&] { text.assign(100, 'x'); })) {
 ///             EXPECT_EQ(text, "before");
+///         }
 ///     });
 template <class Scenario>
 long failEachAllocation(Scenario scenario) {
