@@ -1,0 +1,23 @@
+set(ZN_TEST_TIMEOUT 120 CACHE STRING "Seconds after which a test is stopped and has failed")
+
+# zn_add_test(SOURCE [PART...]): a GoogleTest source under tests/, and what else belongs to the same
+# executable. misc/zntl_String_test.cpp becomes the CTest test misc/zntl_String, labelled misc. It
+# runs as one process, because under emulation the starting is what costs.
+function(zn_add_test source)
+    cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE path)
+    cmake_path(RELATIVE_PATH path BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/tests")
+    string(REGEX REPLACE "_test\\.cpp$" "" name "${path}")
+    string(REGEX REPLACE "/.*" "" area "${name}")
+    string(REPLACE "/" "." target "test.${name}")
+
+    add_executable(${target} "${source}" ${ARGN})
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME "${name}_test"
+        RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+    target_link_libraries(${target} PRIVATE zn-test-support)
+    target_precompile_headers(${target} REUSE_FROM zn-test-main)
+    zn_enable_warnings(${target})
+
+    add_test(NAME "${name}" COMMAND ${target})
+    set_tests_properties("${name}" PROPERTIES LABELS "${area}" TIMEOUT ${ZN_TEST_TIMEOUT})
+endfunction()
