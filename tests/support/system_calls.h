@@ -1,0 +1,184 @@
+#pragma once
+
+// Replaces the file functions of the C library in the executable, so that tests can see the calls
+// that an operation makes and make any of them fail. Include it in ONE source of an executable.
+// Without a test::SystemCalls, all of them do what the C library does.
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <dlfcn.h>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+namespace test {
+
+/// While it lives, notes each call of open, fstat, lseek, read, write and close that this thread's
+/// code makes, and answers some of them itself. One at a time.
+class SystemCalls {
+public:
+    SystemCalls() { current() = this; }
+    SystemCalls(SystemCalls const&) = delete;
+    SystemCalls& operator=(SystemCalls const&) = delete;
+    ~SystemCalls() { current() = nullptr; }
+
+    /// The `k`-th call (counted from 1) of this function fails with this error and is not made;
+    /// a close is made and fails all the same, as the system does it.
+    SystemCalls& fail(std::string const& function, unsigned int k, int error) {
+        answers_[{function, k}] = {-1, error};
+        return *this;
+    }
+
+    /// The `k`-th call of this function is not made and gives this result.
+    SystemCalls& answer(std::string const& function, unsigned int k, std::ptrdiff_t result) {
+        answers_[{function, k}] = {result, 0};
+        return *this;
+    }
+
+    /// The `k`-th call of `read` or `write` moves no more than `count` bytes.
+    SystemCalls& limit(std::string const& function, unsigned int k, std::size_t count) {
+        limits_[{function, k}] = count;
+        return *this;
+    }
+
+    /// The calls in their order, as "open lseek lseek read(24) close".
+    std::string const& log() const { return log_; }
+    /// How often this function was called.
+    unsigned int count(std::string const& function) const {
+        auto const entry = counts_.find(function);
+        return entry == counts_.end() ? 0 : entry->second;
+    }
+    /// Where the last read or write was told to move bytes to or from.
+    void const* buffer() const { return buffer_; }
+    /// The flags of the last open.
+    int flags() const { return flags_; }
+
+    // What the replaced functions use.
+
+    static SystemCalls*& current() {
+        static SystemCalls* calls = nullptr;
+        return calls;
+    }
+
+    /// Notes a call; true when `result` is its answer.
+    bool meets(std::string const& function, std::ptrdiff_t& result) {
+        log_ += (log_.empty() ? "" : " ") + function;
+        return takesOver(function, result);
+    }
+
+    /// As `meets`, for calls that move `count` bytes, which may become fewer.
+    bool meets(std::string const& function, void const* bytes, std::size_t& count,
+               std::ptrdiff_t& result) {
+        log_ += (log_.empty() ? "" : " ") + function + "(" + std::to_string(count) + ")";
+        buffer_ = bytes;
+        bool const taken = takesOver(function, result);
+        auto const limit = limits_.find({function, counts_[function]});
+        if (limit != limits_.end() && limit->second < count)
+            count = limit->second;
+        return taken;
+    }
+
+    void noteFlags(int flags) { flags_ = flags; }
+
+private:
+    struct Answer {
+        std::ptrdiff_t result;
+        int error;
+    };
+
+    bool takesOver(std::string const& function, std::ptrdiff_t& result) {
+        auto const answer = answers_.find({function, ++counts_[function]});
+        if (answer == answers_.end())
+            return false;
+        result = answer->second.result;
+        errno = answer->second.error;
+        return true;
+    }
+
+    std::map<std::pair<std::string, unsigned int>, Answer> answers_;
+    std::map<std::pair<std::string, unsigned int>, std::size_t> limits_;
+    std::map<std::string, unsigned int> counts_;
+    std::string log_;
+    void const* buffer_ = nullptr;
+    int flags_ = 0;
+};
+
+namespace system_calls {
+
+/// The C library's own function.
+template <class Function>
+Function original(char const* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+// The functions are defined under other names than they are called by, so that the C library's
+// headers, which may define some of them inline, do not get in the way.
+extern "C" int replacedOpen(char const* path, int flags, mode_t mode) __asm__("open64");
+extern "C" int replacedFstat(int descriptor, void* status) __asm__("fstat64");
+extern "C" std::int64_t replacedSeek(int descriptor, std::int64_t offset,
+                                     int origin) __asm__("lseek64");
+extern "C" ssize_t replacedRead(int descriptor, void* bytes, std::size_t count) __asm__("read");
+extern "C" ssize_t replacedWrite(int descriptor, void const* bytes,
+                                 std::size_t count) __asm__("write");
+extern "C" int replacedClose(int descriptor) __asm__("close");
+
+} // namespace system_calls
+
+} // namespace test
+
+extern "C" int test::system_calls::replacedOpen(char const* path, int flags, mode_t mode) {
+    std::ptrdiff_t result;
+    if (SystemCalls* const calls = SystemCalls::current()) {
+        calls->noteFlags(flags);
+        if (calls->meets("open", result))
+            return static_cast<int>(result);
+    }
+    return original<int (*)(char const*, int, ...)>("open64")(path, flags, mode);
+}
+
+extern "C" int test::system_calls::replacedFstat(int descriptor, void* status) {
+    std::ptrdiff_t result;
+    if (SystemCalls::current() && SystemCalls::current()->meets("fstat", result))
+        return static_cast<int>(result);
+    return original<int (*)(int, void*)>("fstat64")(descriptor, status);
+}
+
+extern "C" std::int64_t test::system_calls::replacedSeek(int descriptor, std::int64_t offset,
+                                                         int origin) {
+    std::ptrdiff_t result;
+    if (SystemCalls::current() && SystemCalls::current()->meets("lseek", result))
+        return result;
+    return original<std::int64_t (*)(int, std::int64_t, int)>("lseek64")(descriptor, offset,
+                                                                         origin);
+}
+
+extern "C" ssize_t test::system_calls::replacedRead(int descriptor, void* bytes,
+                                                    std::size_t count) {
+    std::ptrdiff_t result;
+    if (SystemCalls::current() && SystemCalls::current()->meets("read", bytes, count, result))
+        return result;
+    return original<ssize_t (*)(int, void*, std::size_t)>("read")(descriptor, bytes, count);
+}
+
+extern "C" ssize_t test::system_calls::replacedWrite(int descriptor, void const* bytes,
+                                                     std::size_t count) {
+    std::ptrdiff_t result;
+    if (SystemCalls::current() && SystemCalls::current()->meets("write", bytes, count, result))
+        return result;
+    return original<ssize_t (*)(int, void const*, std::size_t)>("write")(descriptor, bytes, count);
+}
+
+extern "C" int test::system_calls::replacedClose(int descriptor) {
+    std::ptrdiff_t result;
+    SystemCalls* const calls = SystemCalls::current();
+    bool const fails = calls && calls->meets("close", result);
+    int const error = errno;
+    int const closed = original<int (*)(int)>("close")(descriptor);
+    if (!fails)
+        return closed;
+    errno = error;
+    return static_cast<int>(result);
+}
