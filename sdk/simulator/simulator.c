@@ -83,7 +83,7 @@ static bool read_options(void) {
         !read_number_option("CSDK_SIMULATOR_COUNT", 0, INT_MAX, -1, &options.count))
         return false;
     if (options.end_result == 0) {
-        fprintf(stderr, "csdk simulator: CSDK_SIMULATOR_END_RESULT=0: would never end\n");
+        fprintf(stderr, "csdk simulator: CSDK_SIMULATOR_END_RESULT=0: the list would never end\n");
         return false;
     }
     if (options.profile && options.count >= 0) {

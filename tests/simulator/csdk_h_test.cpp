@@ -1,0 +1,18 @@
+// The SDK's interface compiles as C++, and has the linkage of C there.
+#include "csdk.h"
+
+static_assert(CSDK_FLAGS_OPTION == 0x80);
+static_assert(sizeof(csdk) == 20);
+static_assert(sizeof(csdk_settings) == 40);
+
+int csdk_h_as_cpp() {
+    int width = 0;
+    int height = 0;
+
+    csdk_settings.application_name = "application";
+    csdk_settings.vendor_name = "vendor";
+    csdk_settings.mode = 1;
+    csdk_settings.option = 1;
+    csdk_settings.flags &= static_cast<uint8_t>(~CSDK_FLAGS_OPTION);
+    return csdk_init() + csdk_next_resolution(csdk.handle, &width, &height) + csdk_deinit();
+}

@@ -1,0 +1,89 @@
+"""Runs a program against the camera simulator, through an emulator if it needs one.
+
+The build says what is tested, in the environment:
+
+    ZN_SIMULATOR  the folder of the simulator's libsdk.so
+    ZN_EMULATOR   the command that runs the target's programs, empty for none
+"""
+
+import os
+import shlex
+import subprocess
+import tempfile
+from dataclasses import dataclass, field
+from pathlib import Path
+
+SIMULATOR = Path(os.environ['ZN_SIMULATOR'])
+EMULATOR = shlex.split(os.environ.get('ZN_EMULATOR', ''))
+PROFILES = Path(__file__).parents[2] / 'sdk' / 'simulator' / 'profiles'
+
+# A program that runs longer hangs.
+TIMEOUT = 120
+
+
+@dataclass
+class Call:
+    """A call that the simulator got: a line of its record."""
+    name: str
+    fields: dict
+
+    @property
+    def result(self):
+        return int(self.fields['result'])
+
+    def __getitem__(self, name):
+        return self.fields[name]
+
+
+@dataclass
+class Run:
+    """What came of a program."""
+    status: int
+    output: bytes
+    errors: str
+    calls: list = field(default_factory=list)
+
+
+def parse_record(text):
+    calls = []
+    for line in text.splitlines():
+        name, *fields = line.split('\t')
+        calls.append(Call(name, dict(item.split('=', 1) for item in fields)))
+    return calls
+
+
+def environment(**simulator):
+    """The environment of a program: nothing but the simulator, told by keywords, and what
+    instrumented programs are told by whoever runs the tests."""
+    passed = {name: value for name, value in os.environ.items()
+              if name.endswith('SAN_OPTIONS') or name.startswith(('QEMU_', 'GCOV_'))}
+    told = {f'CSDK_SIMULATOR_{name.upper()}': str(value) for name, value in simulator.items()}
+    return {'LD_LIBRARY_PATH': str(SIMULATOR), **passed, **told}
+
+
+def command(program, *arguments):
+    return [*EMULATOR, str(program), *arguments]
+
+
+def run(program, *arguments, sizes=None, text=None, extra_environment=None, process=None,
+        **simulator):
+    """Runs a program to its end and gives what it printed and which calls it made.
+
+    sizes: the camera's sizes, as in '640x480'; text: the camera's profile as it stands
+    process: further arguments of subprocess.run
+    Other keywords are the simulator's options: profile=..., init_result=..., and so on.
+    """
+    with tempfile.TemporaryDirectory() as folder:
+        if sizes is not None:
+            text = ''.join(f'{size}\n' for size in sizes).encode()
+        if text is not None:
+            simulator['profile'] = Path(folder, 'profile.txt')
+            simulator['profile'].write_bytes(text)
+        record = Path(simulator.setdefault('record', Path(folder, 'record.txt')))
+        streams = {'stdin': subprocess.DEVNULL, 'stdout': subprocess.PIPE,
+                   'stderr': subprocess.PIPE}
+        done = subprocess.run(command(program, *arguments), check=False, timeout=TIMEOUT,
+                              env={**environment(**simulator), **(extra_environment or {})},
+                              **{**streams, **(process or {})})
+        calls = parse_record(record.read_text()) if record.is_file() else []
+        return Run(done.returncode, done.stdout, (done.stderr or b'').decode(), calls)
