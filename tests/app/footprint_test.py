@@ -1,0 +1,69 @@
+"""What the program asks of a camera: libraries, and room."""
+
+import os
+import re
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+import elf
+from program import PROGRAM
+
+STRIP = os.environ['ZN_STRIP']
+
+# The stripped program, in KiB.
+LIMITS = {
+    'ARM, hard float': 96,
+    'ARM, soft float': 128,
+    'AArch64': 208,
+    'Advanced Micro Devices X86-64': 176,
+}
+
+
+def machine():
+    name = elf.header('Machine')
+    abi = re.search(r'(hard|soft)-float ABI', elf.header('Flags'))
+    return f'{name}, {abi[1]} float' if abi else name
+
+
+class Libraries(unittest.TestCase):
+
+    ALLOWED = r'libsdk\.so|libc\.so\.6|libm\.so\.6|ld-linux[-\w.]*\.so\.\d'
+
+    def test_are_the_sdk_and_the_c_library(self):
+        foreign = [name for name in elf.needed() if not re.fullmatch(self.ALLOWED, name)]
+        self.assertEqual(foreign, [])
+
+
+class Machinery(unittest.TestCase):
+    """Streams and locales would double the program and its start-up."""
+
+    STREAMS = (r'std::(__cxx11::)?(basic_\w*(stream|buf|ios)|ios_base|locale|[io]stream'
+               r'|ctype|codecvt|num_[gp]et|numpunct|money\w+|time_[gp]et|messages|collate)\b')
+    LOCALES = r'(setlocale|(new|use|dup|free)locale|localeconv)'
+
+    def setUp(self):
+        self.names = [symbol.name for symbol in elf.symbols('--syms', '--demangle')]
+        self.assertIn('main', self.names, 'the program has no symbol table to look at')
+
+    def test_of_streams_is_not_linked_in(self):
+        self.assertEqual([name for name in self.names if re.search(self.STREAMS, name)], [])
+
+    def test_of_locales_is_not_called(self):
+        self.assertEqual([name for name in self.names if re.fullmatch(self.LOCALES, name)], [])
+
+
+class Size(unittest.TestCase):
+
+    def test_of_the_stripped_program_is_within_its_limit(self):
+        with tempfile.TemporaryDirectory() as folder:
+            stripped = Path(folder, 'resolution')
+            subprocess.run([STRIP, '-o', stripped, PROGRAM], check=True, env={})
+            size = stripped.stat().st_size
+        print(f'{machine()}: {size} bytes stripped')
+        self.assertLessEqual(size, LIMITS[machine()] * 1024)
+
+
+if __name__ == '__main__':
+    unittest.main()

@@ -1,0 +1,32 @@
+"""A camera that delivers more than there is memory for ends the program abnormally: at once, and
+with no handler of its own, so that the SDK is not stopped and no complete answer is faked."""
+
+import resource
+import signal
+import unittest
+
+from program import ProgramTest, run
+
+NEXT = 'csdk_next_resolution'
+
+
+class Memory(ProgramTest):
+
+    def run_within(self, room, count):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_DATA, (room, room))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+        return run(count=count, process={'preexec_fn': limit})
+
+    def test_exhausted(self):
+        done = self.run_within(1 << 20, 100_000)
+        self.assertEqual(done.status, -signal.SIGABRT)
+        self.assertFalse(done.output.endswith(b']'))
+        self.assertEqual((done.calls[-1].name, done.calls[-1].result), (NEXT, 0))
+
+    def test_sufficient(self):
+        self.assertEqual(self.run_within(1 << 20, 1_000).status, 0)
+
+
+if __name__ == '__main__':
+    unittest.main()
