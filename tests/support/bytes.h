@@ -49,9 +49,12 @@ inline Bytes fromHex(std::string_view text) {
 /// The characters of a text as bytes.
 inline Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
 
-inline Bytes operator+(Bytes first, Bytes const& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+/// The parts one after another.
+template <class... Parts>
+Bytes concat(Parts const&... parts) {
+    Bytes all;
+    (all.insert(all.end(), parts.begin(), parts.end()), ...);
+    return all;
 }
 
 } // namespace test
