@@ -1,0 +1,54 @@
+# What the commands of this tree share; sourced by them.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+command=${0##*/}
+
+say() { echo "$command: $*" >&2; }
+
+fail() {
+    say "$*"
+    exit 1
+}
+
+# A call that makes no sense.
+misused() {
+    say "$*"
+    echo "Try: ./$command --help" >&2
+    exit 2
+}
+
+# offer_help USAGE ARGUMENT...: answers --help, wherever it stands.
+offer_help() {
+    local usage=$1 argument
+    shift
+    for argument in "$@"; do
+        case $argument in
+            -h | --help) printf '%s\n' "$usage"; exit ;;
+        esac
+    done
+}
+
+install_packages() { "$root/tools/install-packages" "$@"; }
+
+# configure PRESET TESTS: only when the build tree is missing, was made from older presets, has been
+# moved, or has no tests and TESTS is ON. Everything else that has changed, Ninja finds out itself.
+configure() {
+    local preset=$1 tests=$2
+    local tree=$root/build/$preset
+    local cache=$tree/CMakeCache.txt
+    if [[ $tree/build.ninja -nt $root/CMakePresets.json ]] &&
+        grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$cache" &&
+        { [[ $tests == OFF ]] || grep -qx "ZN_BUILD_TESTS:.*=ON" "$cache"; }; then
+        return
+    fi
+    (cd "$root" && cmake --fresh --preset "$preset" -DZN_BUILD_TESTS="$tests")
+}
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1
+    shift
+    (cd "$root" && cmake --build --preset "$preset" --parallel "$(nproc)" ${1:+--target "$@"})
+}
