@@ -6,8 +6,6 @@ namespace zntl {
 
 Exception::Exception(std::string const& message) : message_(message) {}
 
-Exception::~Exception() = default;
-
 char const* Exception::what() const noexcept { return message_.c_str(); }
 
 std::string locatedMessage(char const* source, int line, char const* className, char const* text) {

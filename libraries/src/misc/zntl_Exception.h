@@ -12,7 +12,7 @@ public:
     explicit Exception(std::string const& message);
     Exception(Exception const&) = default;
     Exception& operator=(Exception const&) = default;
-    ~Exception() override;
+    ~Exception() override = default;
 
     /// The message, NUL-terminated; valid as long as the exception lives and is not assigned to.
     char const* what() const noexcept override;

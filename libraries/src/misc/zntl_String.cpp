@@ -14,8 +14,6 @@
 
 namespace zntl {
 
-String::~String() = default;
-
 String& String::operator=(std::string const& text) {
     assign(text);
     return *this;

@@ -28,7 +28,7 @@ public:
     String(std::string&& text) noexcept : std::string(std::move(text)) {}
     /// The characters up to the first NUL.
     String(char const* text) : std::string(text ? text : "") {}
-    ~String() override;
+    ~String() override = default;
 
     using std::string::operator=;
     String& operator=(String const&) = default;

@@ -1,10 +1,6 @@
 #include "streams/znsl_EndOfFile.h"
 
-#include "misc/zntl_String.h"
-
 namespace znsl {
-
-EndOfFile::~EndOfFile() = default;
 
 unsigned int EndOfFile::getTypeId() const { return typeId; }
 
@@ -15,7 +11,10 @@ std::string EndOfFile::toXML() const { return toXML("znsl_EndOfFile"); }
 std::string EndOfFile::toXML(char const* name) const {
     if (!name)
         return {};
-    return zntl::String::fromFormat("<%s/>", name);
+    std::string xml = "<";
+    xml += name;
+    xml += "/>";
+    return xml;
 }
 
 bool EndOfFile::fromXML(char const* /*xml*/) { return true; }

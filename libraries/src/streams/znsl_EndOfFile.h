@@ -16,7 +16,7 @@ public:
     EndOfFile() = default;
     EndOfFile(EndOfFile const&) = default;
     EndOfFile& operator=(EndOfFile const&) = default;
-    ~EndOfFile() override;
+    ~EndOfFile() override = default;
 
     /// 1.
     unsigned int getTypeId() const override;

@@ -8,8 +8,6 @@
 
 namespace znsl {
 
-IStream::~IStream() = default;
-
 bool IStream::wait(unsigned int timeout) const {
     constexpr unsigned int withoutLimit = 0xFFFFFFFF;
     std::uint32_t const start = zn_tickcount();

@@ -13,7 +13,7 @@ public:
     IStream() = default;
     IStream(IStream const&) = default;
     IStream& operator=(IStream const&) = default;
-    virtual ~IStream();
+    virtual ~IStream() = default;
 
     /// Waits until the stream holds data, looking once a millisecond; false when `timeout`
     /// milliseconds have passed first. 0xFFFFFFFF means no limit.

@@ -1,8 +1,8 @@
 #include "streams/znsl_MemIOStream.h"
 
 #include "misc/internal/zntl_bytes.h"
+#include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
-#include "misc/zntl_String.h"
 #include "streams/znsl_EndOfFile.h"
 #include "system/internal/zn_File.h"
 #include "system/znml_constants.h"
@@ -37,9 +37,18 @@ constexpr unsigned int headerSize = 8;
 constexpr unsigned int lengthPrefixSize = sizeof(std::uint32_t);
 constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
-[[noreturn]] void raise(int line, char const* text) {
-    throw zntl::Exception(zntl::locatedMessage(
-        "../../../../../libraries/src/streams/znsl_MemIOStream", line, "znsl::MemIOStream", text));
+[[noreturn]] void raise(int line, std::string const& text) {
+    throw zntl::Exception(
+        zntl::locatedMessage("../../../../../libraries/src/streams/znsl_MemIOStream", line,
+                             "znsl::MemIOStream", text.c_str()));
+}
+
+std::string typeMismatch(unsigned int found, unsigned int expected) {
+    std::string text = "peek() - type mismatch ";
+    zntl::appendDecimal(text, static_cast<int>(found));
+    text += " != ";
+    zntl::appendDecimal(text, static_cast<int>(expected));
+    return text;
 }
 
 std::unique_ptr<unsigned char[]> allocate(unsigned int size) {
@@ -105,8 +114,6 @@ MemIOStream& MemIOStream::operator=(MemIOStream const& other) {
     writePos_ = size;
     return *this;
 }
-
-MemIOStream::~MemIOStream() = default;
 
 // Buffer
 
@@ -254,11 +261,9 @@ unsigned int MemIOStream::readInto(Serializable& object, unsigned int position,
     try {
         object.fromBin(buffer_.get() + position + headerSize, length);
     } catch (zntl::Exception const& e) {
-        raise(faults.withMessage,
-              zntl::String::fromFormat("%s - %s", faults.operation, e.what()).c_str());
+        raise(faults.withMessage, std::string(faults.operation) + " - " + e.what());
     } catch (...) {
-        raise(faults.withoutMessage,
-              zntl::String::fromFormat("%s - could not read object", faults.operation).c_str());
+        raise(faults.withoutMessage, std::string(faults.operation) + " - could not read object");
     }
     return headerSize + length;
 }
@@ -351,8 +356,7 @@ unsigned int MemIOStream::peek(Serializable& object) const {
         raise(374, "peek() - trying to read EOF");
     unsigned int const found = getNextType();
     if (found != expected)
-        raise(376,
-              zntl::String::fromFormat("peek() - type mismatch %d != %d", found, expected).c_str());
+        raise(376, typeMismatch(found, expected));
     return readInto(object, readPos_, ReadFaults{"peek()", 389, 394});
 }
 

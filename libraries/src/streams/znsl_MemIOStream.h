@@ -39,7 +39,7 @@ public:
     /// itself deliberately empties it and keeps its buffer. Without memory for a buffer of another
     /// capacity, the stream is left without a buffer.
     MemIOStream& operator=(MemIOStream const& other);
-    ~MemIOStream() override;
+    ~MemIOStream() override = default;
 
     /// 6.
     unsigned int getTypeId() const override;

@@ -2,8 +2,6 @@
 
 namespace znsl {
 
-OStream::~OStream() = default;
-
 bool OStream::getNextObject(IStream& source, unsigned char*& data, unsigned int& length) {
     return source.readNextObject(data, length);
 }

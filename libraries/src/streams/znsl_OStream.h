@@ -11,7 +11,7 @@ public:
     OStream() = default;
     OStream(OStream const&) = default;
     OStream& operator=(OStream const&) = default;
-    virtual ~OStream();
+    virtual ~OStream() = default;
 
     /// Hands on what the stream holds back.
     virtual void flush() = 0;

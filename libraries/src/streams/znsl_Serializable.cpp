@@ -22,8 +22,6 @@ bool endsBefore(std::optional<std::uint64_t> fileSize, LengthField length) {
 
 } // namespace
 
-Serializable::~Serializable() = default;
-
 bool Serializable::toFile(char const* path) const {
     try {
         unsigned int const length = getBinLength();

@@ -14,7 +14,7 @@ public:
     Serializable() = default;
     Serializable(Serializable const&) = default;
     Serializable& operator=(Serializable const&) = default;
-    virtual ~Serializable();
+    virtual ~Serializable() = default;
 
     /// A small number unique to the class; typed containers and streams compare it. In use:
     /// 1 EndOfFile, 6 MemIOStream, 501 String, 504 Integer, 815 Resolution, 10000 plus the

@@ -16,8 +16,6 @@ constexpr unsigned int microsecondsPerMillisecond = 1000;
 
 } // namespace
 
-WaitObject::~WaitObject() = default;
-
 unsigned int WaitObject::waitExclusive(unsigned int timeout) const { return wait(timeout); }
 
 void Wait(unsigned int milliseconds) {

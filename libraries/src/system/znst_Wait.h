@@ -10,7 +10,7 @@ public:
     WaitObject() = default;
     WaitObject(WaitObject const&) = default;
     WaitObject& operator=(WaitObject const&) = default;
-    virtual ~WaitObject();
+    virtual ~WaitObject() = default;
 
     /// Waits at most `timeout` milliseconds (0 only looks, 0xFFFFFFFF means without limit) for the
     /// object to become ready; non-zero when it is.

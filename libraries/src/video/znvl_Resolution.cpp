@@ -6,7 +6,6 @@
 #include "system/znml_constants.h"
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <typeinfo>
 
@@ -31,7 +30,7 @@ int roundToInt(float x) {
 }
 
 char const* skipSpace(char const* text) {
-    while (std::isspace(static_cast<unsigned char>(*text)))
+    while (zntl::isSpace(*text))
         ++text;
     return text;
 }
@@ -39,7 +38,7 @@ char const* skipSpace(char const* text) {
 /// Scans two numbers as the C library does for "%d x %d", except that numbers beyond 32 bits
 /// saturate on every machine.
 bool scanSize(char const* text, int& width, int& height) {
-    char* end;
+    char const* end;
     int const first = zntl::parseDecimal(text, &end);
     if (end == text)
         return false;
@@ -71,8 +70,6 @@ char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p",
 
 char const* Resolution::ResolutionStrings[] = {"176x144",  "352x288",   "704x576",
                                                "1280x720", "1920x1080", nullptr};
-
-Resolution::~Resolution() = default;
 
 // Not const, and a 0x0 on either side makes the result 0x0; both are kept.
 Resolution Resolution::getMax(Resolution const& other) {

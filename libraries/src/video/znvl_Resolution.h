@@ -33,7 +33,7 @@ public:
     Resolution(Resolution&&) noexcept = default;
     Resolution& operator=(Resolution const&) = default;
     Resolution& operator=(Resolution&&) noexcept = default;
-    ~Resolution() override;
+    ~Resolution() override = default;
 
     bool operator<(Resolution const& other) const {
         if (width.getValue() != other.width.getValue())

@@ -3,9 +3,22 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
-#include <cstdlib>
+#include <cstdint>
 
 namespace zntl {
+
+namespace {
+
+/// More than any 32-bit number, and a digit more of it still fits 64 bits.
+constexpr std::uint64_t beyondInt = std::uint64_t{1} << 32;
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+unsigned int digitValue(char c) { return static_cast<unsigned int>(c - '0'); }
+
+} // namespace
+
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 void appendDecimal(std::string& text, int value) {
     char digits[sizeof "-2147483648"];
@@ -13,10 +26,21 @@ void appendDecimal(std::string& text, int value) {
     text.append(digits, written.ptr);
 }
 
-int parseDecimal(char const* text, char** end) {
-    // A `long` of 64 bits would hold what a camera's 32 bits cut off.
-    long const value = std::strtol(text, end, 10);
-    return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
+int parseDecimal(char const* text, char const** end) {
+    char const* number = text;
+    while (isSpace(*number))
+        ++number;
+    bool const negative = *number == '-';
+    if (negative || *number == '+')
+        ++number;
+    char const* behind = number;
+    std::uint64_t magnitude = 0;
+    for (; isDigit(*behind); ++behind)
+        magnitude = std::min<std::uint64_t>(magnitude * 10 + digitValue(*behind), beyondInt);
+    if (end)
+        *end = behind == number ? text : behind;
+    auto const value = static_cast<std::int64_t>(magnitude);
+    return static_cast<int>(std::clamp<std::int64_t>(negative ? -value : value, INT_MIN, INT_MAX));
 }
 
 } // namespace zntl

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace znst {
@@ -27,16 +26,14 @@ int openDescriptor(char const* path, int flags) noexcept {
     return uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
 }
 
-bool isDirectory(int descriptor) noexcept {
-    struct stat status;
-    return ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
-}
+/// A directory can be opened, but not read; reading nothing tells.
+bool isReadable(int descriptor) noexcept { return ::read(descriptor, nullptr, 0) == 0; }
 
 } // namespace
 
 File File::open(char const* path) noexcept {
     int const descriptor = openDescriptor(path, O_RDONLY);
-    if (descriptor < 0 || !isDirectory(descriptor))
+    if (descriptor < 0 || isReadable(descriptor))
         return File(descriptor);
     ::close(descriptor);
     return File(-1);
