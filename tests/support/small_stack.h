@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <pthread.h>
+#include <stdexcept>
+#include <type_traits>
+
+namespace test {
+
+/// Gives what `operation` gives, carried out in a thread whose stack has only this size: an
+/// operation whose depth grows with its input ends the program. The operation must not throw.
+template <class Operation>
+auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} * 1024) {
+    struct Work {
+        Operation& operation;
+        std::invoke_result_t<Operation> result;
+    } work{operation, {}};
+    auto const run = [](void* argument) -> void* {
+        auto* const own = static_cast<Work*>(argument);
+        own->result = own->operation();
+        return nullptr;
+    };
+
+    pthread_attr_t attributes;
+    pthread_t thread;
+    pthread_attr_init(&attributes);
+    bool const started = pthread_attr_setstacksize(&attributes, stackSize) == 0 &&
+                         pthread_create(&thread, &attributes, run, &work) == 0;
+    pthread_attr_destroy(&attributes);
+    if (!started)
+        throw std::runtime_error("cannot start a thread with a small stack");
+    pthread_join(thread, nullptr);
+    return work.result;
+}
+
+} // namespace test
