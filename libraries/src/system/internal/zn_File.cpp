@@ -27,7 +27,9 @@ int openDescriptor(char const* path, int flags) noexcept {
 }
 
 /// A directory can be opened, but not read; reading nothing tells.
-bool isReadable(int descriptor) noexcept { return ::read(descriptor, nullptr, 0) == 0; }
+bool isReadable(int descriptor) noexcept {
+    return uninterrupted([&] { return ::read(descriptor, nullptr, 0); }) == 0;
+}
 
 } // namespace
 
