@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
@@ -16,10 +17,12 @@ namespace test {
 namespace heap {
 
 inline std::atomic<long> liveBlocks{0};
+inline thread_local std::size_t largest = 0;
 // Allocations that this thread still makes until one fails; 0: none fails.
 inline thread_local long countdown = 0;
 
 inline void* allocate(std::size_t size) noexcept {
+    largest = std::max(largest, size);
     if (countdown > 0 && --countdown == 0)
         return nullptr;
     void* const block = std::malloc(size > 0 ? size : 1);
@@ -38,6 +41,14 @@ inline void release(void* block) noexcept {
 
 /// The number of blocks obtained from new and not yet deleted.
 inline long liveBlocks() { return heap::liveBlocks; }
+
+/// The size of the largest block that the operation asked for; 0 when it asked for none.
+template <class Operation>
+std::size_t largestAllocation(Operation operation) {
+    heap::largest = 0;
+    operation();
+    return heap::largest;
+}
 
 /// Makes one allocation fail, the `k`-th (counted from 1) that this thread makes in the guard's
 /// scope; those before and behind it are served.
