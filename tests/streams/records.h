@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <ostream>
 #include <string>
 
 // Object records made by hand, and a look into memory streams.
@@ -23,7 +24,7 @@ inline Bytes recordHeader(unsigned int type, std::uint32_t length) {
 }
 
 inline Bytes record(unsigned int type, Bytes const& payload) {
-    return recordHeader(type, static_cast<std::uint32_t>(payload.size())) + payload;
+    return concat(recordHeader(type, static_cast<std::uint32_t>(payload.size())), payload);
 }
 
 /// A record of `size` bytes, its payload counted through.
@@ -59,12 +60,41 @@ inline unsigned char* writePosition(znsl::MemIOStream& stream) {
     return position;
 }
 
+/// All that can be seen of a stream from outside, for saying that nothing has changed.
+struct View {
+    explicit View(znsl::MemIOStream const& stream)
+        : capacity(stream.capacity()), position(readPosition(stream)), bytes(content(stream)) {}
+
+    unsigned int capacity;
+    unsigned char const* position;
+    Bytes bytes;
+
+    friend bool operator==(View const& a, View const& b) {
+        return a.capacity == b.capacity && a.position == b.position && a.bytes == b.bytes;
+    }
+    friend std::ostream& operator<<(std::ostream& out, View const& view) {
+        return out << "capacity " << view.capacity << ", at "
+                   << static_cast<void const*>(view.position) << ": " << toHex(view.bytes);
+    }
+};
+
 /// Appends any bytes, whole records or not.
 inline void append(znsl::MemIOStream& stream, Bytes const& bytes) {
     unsigned char* out;
     stream.getWriteBuffer(out, static_cast<unsigned int>(bytes.size()));
     if (!bytes.empty())
         std::memcpy(out, bytes.data(), bytes.size());
+}
+
+/// Brings a stream without unread bytes to `consumed` bytes read and `unread` bytes behind them;
+/// both are 0 or sizes of records.
+inline void fill(znsl::MemIOStream& stream, unsigned int consumed, unsigned int unread) {
+    if (consumed > 0) {
+        append(stream, recordOfSize(504, consumed));
+        stream.skip();
+    }
+    if (unread > 0)
+        append(stream, recordOfSize(505, unread));
 }
 
 /// The message of a fault that a memory stream reports from this line.
