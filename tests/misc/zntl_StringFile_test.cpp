@@ -1,0 +1,449 @@
+// The plain text file of a string.
+
+#include "misc/zntl_String.h"
+
+#include "support/bytes.h"
+#include "support/failing_allocation.h"
+#include "support/same_text.h"
+#include "support/sample_texts.h"
+#include "support/system_calls.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using test::bytesOf;
+using test::SystemCalls;
+using zntl::String;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string const oldContent = "what was there before";
+
+/// Everything that a conversion could change.
+std::string const awkward = "a\0b\r\nc\nd\re\n\r\t\x1a\x80\xff\0"s;
+
+std::string everyByte() {
+    std::string bytes;
+    for (int byte = 0; byte <= UCHAR_MAX; ++byte)
+        bytes += static_cast<char>(byte);
+    return bytes;
+}
+
+std::size_t openDescriptors() {
+    fs::directory_iterator const listing("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
+}
+
+/// A directory with one path to use; every descriptor must be closed at the end.
+class TextFile : public testing::Test {
+protected:
+    ~TextFile() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
+
+    std::string path() const { return directory_ / "text"; }
+
+    void make(std::string const& content) const { test::writeFile(path(), bytesOf(content)); }
+
+    std::string content() const {
+        test::Bytes const bytes = test::readFile(path());
+        return {bytes.begin(), bytes.end()};
+    }
+
+    /// Paths at which there is no file, nor can one be made.
+    std::vector<std::string> impossiblePaths() const {
+        make("");
+        fs::create_symlink("loop", directory_ / "loop");
+        return {"",
+                directory_.path(),
+                directory_ / "missing/text",
+                path() + "/text",
+                directory_ / "loop",
+                directory_ / std::string(NAME_MAX + 1, 'x'),
+                "/" + std::string(PATH_MAX, 'x')};
+    }
+
+    test::TemporaryDirectory const directory_;
+
+private:
+    std::size_t const descriptorsBefore_ = openDescriptors();
+};
+
+/// Acts for a while as a user who may not do everything.
+class OrdinaryUser {
+public:
+    OrdinaryUser() {
+        if (user_ == 0 && seteuid(nobody) != 0)
+            ADD_FAILURE() << "cannot become an ordinary user";
+    }
+    OrdinaryUser(OrdinaryUser const&) = delete;
+    OrdinaryUser& operator=(OrdinaryUser const&) = delete;
+    ~OrdinaryUser() { EXPECT_EQ(seteuid(user_), 0); }
+
+private:
+    static constexpr uid_t nobody = 65534;
+    uid_t const user_ = geteuid();
+};
+
+// --- writing ---
+
+using StringToFile = TextFile;
+
+TEST_F(StringToFile, WritesTheCharactersAndNothingElse) {
+    for (std::string const& text : {"abc"s, "line\n"s, awkward, everyByte(), "\0"s}) {
+        EXPECT_TRUE(String(text).toFile(path().c_str()));
+        EXPECT_EQ(content(), text);
+    }
+}
+
+TEST_F(StringToFile, MakesAnEmptyFileOfTheEmptyString) {
+    EXPECT_TRUE(String().toFile(path().c_str()));
+    ASSERT_TRUE(fs::exists(path()));
+    EXPECT_EQ(content(), "");
+}
+
+TEST_F(StringToFile, CutsAnExistingFile) {
+    make(oldContent);
+    EXPECT_TRUE(String("new").toFile(path().c_str()));
+    EXPECT_EQ(content(), "new");
+    EXPECT_TRUE(String().toFile(path().c_str()));
+    EXPECT_EQ(content(), "");
+}
+
+TEST_F(StringToFile, TakesThePlaceOfTheTypedFile) {
+    String const text("abc");
+    znsl::Serializable const& value = text;
+    EXPECT_TRUE(value.toFile(path().c_str()));
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(StringToFile, WritesALongTextAtOnce) {
+    std::string const text = test::repeated(everyByte(), 10000);
+    SystemCalls calls;
+    EXPECT_TRUE(String(text).toFile(path().c_str()));
+    EXPECT_EQ(calls.count("write"), 1U);
+    EXPECT_TRUE(test::sameText(content(), text));
+}
+
+TEST_F(StringToFile, FollowsALinkToTheFile) {
+    make(oldContent);
+    fs::create_symlink("text", directory_ / "link");
+    EXPECT_TRUE(String("new").toFile((directory_ / "link").c_str()));
+    EXPECT_EQ(content(), "new");
+}
+
+TEST_F(StringToFile, IsFalseWhereNoFileCanBe) {
+    for (std::string const& impossible : impossiblePaths())
+        EXPECT_FALSE(String("abc").toFile(impossible.c_str())) << impossible;
+    EXPECT_FALSE(String("abc").toFile(nullptr));
+    EXPECT_FALSE(String().toFile(directory_.path().c_str())) << "with nothing to write, too";
+}
+
+TEST_F(StringToFile, IsFalseWhereItMayNotWrite) {
+    make(oldContent);
+    fs::permissions(directory_.path(), fs::perms{0755});
+    fs::permissions(path(), fs::perms{0444});
+    {
+        OrdinaryUser const user;
+        EXPECT_FALSE(String("abc").toFile(path().c_str()));
+    }
+    EXPECT_EQ(content(), oldContent);
+}
+
+TEST_F(StringToFile, IsFalseWhenTheDiskIsFull) {
+    for (std::size_t const length : {1U, 100U, 4096U, 8192U, 1U << 20})
+        EXPECT_FALSE(String(std::string(length, 'x')).toFile("/dev/full")) << length;
+    EXPECT_TRUE(String().toFile("/dev/full")) << "nothing is written, so nothing fails";
+}
+
+TEST_F(StringToFile, IsFalseWhenTheFileMayNotGrow) {
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (rlim_t const size : {0U, 1U, 5U}) {
+        rlimit limit = before;
+        limit.rlim_cur = size;
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        bool const written = String("abcdef").toFile(path().c_str());
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+        EXPECT_FALSE(written);
+        EXPECT_EQ(content(), "abcdef"s.substr(0, size)) << "partly written";
+    }
+    std::signal(SIGXFSZ, handler);
+}
+
+TEST_F(StringToFile, IsFalseWhenAnyWriteFails) {
+    for (int const error : {EIO, ENOSPC, EDQUOT, EPIPE}) {
+        for (unsigned int k = 1; k <= 3; ++k) {
+            SystemCalls calls;
+            for (unsigned int i = 1; i <= 3; ++i)
+                calls.limit("write", i, 1);
+            calls.fail("write", k, error);
+            EXPECT_FALSE(String("abc").toFile(path().c_str()));
+            EXPECT_EQ(calls.count("write"), k) << "not tried again";
+            EXPECT_EQ(content(), "abc"s.substr(0, k - 1));
+        }
+    }
+}
+
+TEST_F(StringToFile, IsFalseWhenNothingIsTaken) {
+    SystemCalls calls;
+    calls.answer("write", 1, 0);
+    EXPECT_FALSE(String("abc").toFile(path().c_str()));
+}
+
+TEST_F(StringToFile, GoesOnAfterInterruptionsAndShortWrites) {
+    SystemCalls calls;
+    calls.fail("open", 1, EINTR);
+    calls.fail("write", 1, EINTR).limit("write", 2, 2);
+    calls.fail("write", 3, EINTR).fail("write", 4, EINTR).limit("write", 5, 1);
+    EXPECT_TRUE(String("abcdef").toFile(path().c_str()));
+    EXPECT_EQ(calls.count("write"), 6U);
+    EXPECT_EQ(content(), "abcdef");
+}
+
+TEST_F(StringToFile, NeedsNoMemory) {
+    String const text("abc");
+    std::string const file = path();
+    long const failures = test::failEachAllocation([&](test::FailingRun& run) {
+        EXPECT_FALSE(run.runsOutOfMemory([&] { EXPECT_TRUE(text.toFile(file.c_str())); }));
+    });
+    EXPECT_EQ(failures, 0);
+}
+
+// --- reading ---
+
+class StringFromFile : public TextFile {
+protected:
+    /// Whether a string that held something else reads the file, and with what result.
+    std::pair<bool, std::string> read(std::string const& file) const {
+        String text(oldContent);
+        bool const done = text.fromFile(file.c_str());
+        return {done, text};
+    }
+    std::pair<bool, std::string> read() const { return read(path()); }
+};
+
+std::pair<bool, std::string> holding(std::string const& text) { return {true, text}; }
+std::pair<bool, std::string> const failedAndEmpty = {false, ""};
+
+TEST_F(StringFromFile, TakesTheWholeFileAsItIs) {
+    for (std::string const& text : {"abc"s, "line\n"s, awkward, everyByte(), "\0"s, "\n"s}) {
+        make(text);
+        EXPECT_EQ(read(), holding(text));
+    }
+}
+
+TEST_F(StringFromFile, TakesAnEmptyFile) {
+    make("");
+    EXPECT_EQ(read(), holding(""));
+    EXPECT_EQ(read("/dev/null"), holding(""));
+}
+
+TEST_F(StringFromFile, GivesBackWhatWasWritten) {
+    for (std::size_t const length :
+         {0, 1, 2, 15, 16, 511, 512, 4094, 4095, 4096, 4097, 8191, 8192, 8193, 65536, 1000000}) {
+        std::string const text = test::repeated(everyByte(), length / 256 + 1).substr(0, length);
+        ASSERT_TRUE(String(text).toFile(path().c_str()));
+        auto const [done, taken] = read();
+        EXPECT_TRUE(done);
+        EXPECT_TRUE(test::sameText(taken, text));
+    }
+}
+
+TEST_F(StringFromFile, TakesThePlaceOfTheTypedFile) {
+    make("abc");
+    String text;
+    znsl::Serializable& value = text;
+    EXPECT_TRUE(value.fromFile(path().c_str()));
+    EXPECT_EQ(text, "abc"s);
+}
+
+TEST_F(StringFromFile, ReadsALongFileAtOnce) {
+    make(std::string(1 << 20, 'x'));
+    SystemCalls calls;
+    EXPECT_EQ(read().second.size(), std::size_t{1} << 20);
+    EXPECT_LE(calls.count("read"), 2U) << "the content and its end";
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWhereNoFileCanBe) {
+    for (std::string const& impossible : impossiblePaths())
+        EXPECT_EQ(read(impossible), failedAndEmpty) << impossible;
+    EXPECT_EQ(read(directory_ / "missing"), failedAndEmpty);
+    String text(oldContent);
+    EXPECT_FALSE(text.fromFile(nullptr));
+    EXPECT_EQ(text, ""s);
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWhereItMayNotRead) {
+    make("secret");
+    fs::permissions(directory_.path(), fs::perms{0755});
+    fs::permissions(path(), fs::perms{0});
+    OrdinaryUser const user;
+    EXPECT_EQ(read(), failedAndEmpty);
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyForADirectory) {
+    EXPECT_EQ(read(directory_.path()), failedAndEmpty);
+    EXPECT_EQ(read("/"), failedAndEmpty);
+    fs::create_directory_symlink(".", directory_ / "link");
+    EXPECT_EQ(read(directory_ / "link"), failedAndEmpty);
+}
+
+TEST_F(StringFromFile, AsksForNoMemoryForADirectory) {
+    String text;
+    std::string const directory = directory_.path();
+    EXPECT_EQ(test::largestAllocation([&] { text.fromFile(directory.c_str()); }), 0U);
+}
+
+TEST_F(StringFromFile, EmptiesTheStringBeforeItOpensTheFile) {
+    make("abc");
+    // The path is the string's own text, and that is gone when the file is to be opened.
+    String text(path());
+    EXPECT_FALSE(text.fromFile(text.c_str()));
+    EXPECT_EQ(text, ""s);
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyAfterAReadError) {
+    // Its first page is mapped in no process.
+    EXPECT_EQ(read("/proc/self/mem"), failedAndEmpty);
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWhenAnyReadFails) {
+    make("abc");
+    for (int const error : {EIO, EISDIR, ENOMEM, EAGAIN}) {
+        for (unsigned int k = 1; k <= 4; ++k) {
+            SystemCalls calls;
+            for (unsigned int i = 1; i <= 3; ++i)
+                calls.limit("read", i, 1);
+            calls.fail("read", k, error);
+            EXPECT_EQ(read(), failedAndEmpty) << "read " << k;
+            EXPECT_EQ(calls.count("read"), k) << "not tried again";
+        }
+    }
+}
+
+TEST_F(StringFromFile, GoesOnAfterInterruptionsAndShortReads) {
+    make(awkward);
+    SystemCalls calls;
+    calls.fail("open", 1, EINTR).fail("open", 2, EINTR);
+    for (unsigned int k = 1; k < 3 * awkward.size(); k += 3)
+        calls.fail("read", k, EINTR).fail("read", k + 1, EINTR).limit("read", k + 2, 1);
+    EXPECT_EQ(read(), holding(awkward));
+    EXPECT_GE(calls.count("read"), 3 * awkward.size());
+}
+
+TEST_F(StringFromFile, TakesAFileThatGrewMeanwhile) {
+    for (std::size_t const length : {100U, 4095U, 4096U, 4097U, 100000U}) {
+        std::string const text = test::repeated(everyByte(), length / 256 + 1).substr(0, length);
+        make(text);
+        for (std::ptrdiff_t const sizeBefore : {0, 1, 99}) {
+            SystemCalls calls;
+            calls.answer("lseek", 1, sizeBefore);
+            auto const [done, taken] = read();
+            EXPECT_TRUE(done);
+            EXPECT_TRUE(test::sameText(taken, text));
+        }
+    }
+}
+
+TEST_F(StringFromFile, TakesAFileThatShrankMeanwhile) {
+    make("abc");
+    SystemCalls calls;
+    calls.answer("lseek", 1, 10000);
+    EXPECT_EQ(read(), holding("abc"));
+}
+
+TEST_F(StringFromFile, TakesAFileWhoseSizeIsNotKnown) {
+    std::string const text = test::repeated(everyByte(), 100);
+    make(text);
+    SystemCalls calls;
+    calls.fail("lseek", 1, ESPIPE);
+    EXPECT_EQ(read(), holding(text));
+}
+
+TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
+    // Its size is said to be 0.
+    std::ifstream file("/proc/version");
+    std::string const version{std::istreambuf_iterator<char>(file), {}};
+    file.close();
+    ASSERT_FALSE(version.empty());
+    EXPECT_EQ(read("/proc/version"), holding(version));
+}
+
+TEST_F(StringFromFile, ReadsAPipeToItsEnd) {
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    std::string const text = test::repeated(everyByte(), 1000);
+    std::thread writer([&] {
+        std::ofstream pipe(path(), std::ios::binary);
+        pipe << "first" << std::flush;
+        pipe << text << std::flush;
+    });
+    auto const [done, taken] = read();
+    writer.join();
+    EXPECT_TRUE(done);
+    EXPECT_TRUE(test::sameText(taken, "first" + text));
+}
+
+TEST_F(StringFromFile, IsNotDisturbedBySignals) {
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    struct sigaction interrupt = {};
+    struct sigaction before;
+    interrupt.sa_handler = [](int) {};
+    ASSERT_EQ(sigaction(SIGUSR1, &interrupt, &before), 0);
+    pthread_t const reader = pthread_self();
+    std::thread writer([&] {
+        auto const disturb = [&] {
+            for (int i = 0; i < 5; ++i) {
+                pthread_kill(reader, SIGUSR1);
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
+        };
+        disturb(); // while the reader waits for the pipe to be opened
+        std::ofstream pipe(path(), std::ios::binary);
+        for (char const* const text : {"one ", "two ", "three"}) {
+            pipe << text << std::flush;
+            disturb(); // while it waits for more
+        }
+    });
+    auto const result = read();
+    writer.join();
+    sigaction(SIGUSR1, &before, nullptr);
+    EXPECT_EQ(result, holding("one two three"));
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWithoutMemory) {
+    make(std::string(20000, 'x'));
+    std::string const file = path();
+    long const failures = test::failEachAllocation([&](test::FailingRun& run) {
+        String text(oldContent);
+        bool done = false;
+        EXPECT_FALSE(run.runsOutOfMemory([&] { done = text.fromFile(file.c_str()); })) << "thrown";
+        EXPECT_EQ(done, !run.happened());
+        EXPECT_EQ(text.size(), done ? 20000U : 0U);
+    });
+    EXPECT_GE(failures, 1);
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWhenAFileFitsNoMemory) {
+    make("abc");
+    SystemCalls calls;
+    calls.answer("lseek", 1, PTRDIFF_MAX);
+    EXPECT_EQ(read(), failedAndEmpty);
+}
+
+} // namespace
