@@ -334,15 +334,23 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
     return n == 0 || visitRecords(n, isExpected) > 0;
 }
 
+/// Moves the read position behind a record with a payload of `length` bytes, but never beyond the
+/// content; returns the record's size, as far as 32 bits hold it.
+unsigned int MemIOStream::consume(std::uint32_t length) {
+    readPos_ += static_cast<unsigned int>(
+        std::min<std::uint64_t>(std::uint64_t{headerSize} + length, size()));
+    return headerSize + length;
+}
+
 unsigned int MemIOStream::read(Serializable& object) {
     unsigned int const expected = object.getTypeId();
     if (expected == EndOfFile::typeId)
         raise(340, "read() - trying to read EOF");
     if (getNextType() != expected)
         raise(341, "read() - type mismatch");
-    unsigned int const consumed = readInto(object, readPos_, ReadFaults{"read()", 354, 359});
-    readPos_ += std::min(consumed, size());
-    return consumed;
+    std::uint32_t const length = headerAt(readPos_).length;
+    readInto(object, readPos_, ReadFaults{"read()", 354, 359});
+    return consume(length);
 }
 
 IStream& MemIOStream::operator>>(Serializable& object) {
@@ -381,10 +389,7 @@ unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
 unsigned int MemIOStream::skip() {
     if (size() < headerSize)
         raise(485, "skip() - no data");
-    std::uint32_t const length = headerAt(readPos_).length;
-    std::uint64_t const consumed = std::uint64_t{headerSize} + length;
-    readPos_ += static_cast<unsigned int>(std::min<std::uint64_t>(consumed, size()));
-    return headerSize + length;
+    return consume(headerAt(readPos_).length);
 }
 
 bool MemIOStream::readNextObject(unsigned char*& /*data*/, unsigned int& /*length*/) {

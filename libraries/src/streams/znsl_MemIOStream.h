@@ -204,6 +204,7 @@ private:
     RecordHeader headerAt(unsigned int position) const;
     unsigned int readInto(Serializable& object, unsigned int position,
                           ReadFaults const& faults) const;
+    unsigned int consume(std::uint32_t length);
 
     void appendRoom(std::uint64_t n);
     void replaceBuffer(unsigned int capacity);
