@@ -1,42 +1,45 @@
 #include "misc/zntl_String.h"
 #include "system/internal/zn_File.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
-#include <limits>
 #include <memory>
 
 namespace zntl {
 
 namespace {
 
-/// The size of the first read: the file's own size and one byte more, which shows its end; a page
-/// where the size is not known, or given as 0 like that of files which the system makes up.
-std::size_t firstReadSize(znst::File& file) {
-    constexpr std::size_t page = 4096;
-    std::uint64_t const size = file.size().value_or(0);
-    if (size == 0)
-        return page;
-    if (size >= std::numeric_limits<std::size_t>::max())
-        throw std::bad_alloc();
-    return static_cast<std::size_t>(size) + 1;
-}
-
-/// Reads to the end of the file, whatever its size was said to be.
-bool readAll(znst::File& file, std::string& text) {
-    text.resize(firstReadSize(file));
-    std::size_t used = 0;
-    while (true) {
-        std::ptrdiff_t const got = file.readSome(&text[used], text.size() - used);
-        if (got < 0)
-            return false;
-        if (got == 0)
-            break;
+/// Reads on behind `text` to the end of the file, whatever its size was said to be.
+bool readRest(znst::File& file, std::string& text) {
+    std::size_t used = text.size();
+    // A byte more than the file has shows its end. Where the size is not known, or is 0 like that
+    // of files which the system makes up, the text doubles.
+    std::uint64_t const expected = file.size(used).value_or(0) + 1;
+    if (expected > text.max_size())
+        return false;
+    text.resize(std::max(static_cast<std::size_t>(expected), 2 * used));
+    std::ptrdiff_t got;
+    while ((got = file.readSome(&text[used], text.size() - used)) > 0) {
         used += static_cast<std::size_t>(got);
         if (used == text.size())
             text.resize(2 * used);
     }
     text.resize(used);
-    return true;
+    return got == 0;
+}
+
+/// Reads the file to its end: a small one is in memory after one read, and no more is asked.
+bool readAll(znst::File& file, std::string& text) {
+    char page[4096];
+    std::ptrdiff_t got;
+    while ((got = file.readSome(page, sizeof page)) > 0) {
+        text.append(page, static_cast<std::size_t>(got));
+        if (text.size() >= sizeof page)
+            return readRest(file, text);
+    }
+    return got == 0;
 }
 
 } // namespace

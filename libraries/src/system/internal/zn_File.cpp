@@ -26,20 +26,9 @@ int openDescriptor(char const* path, int flags) noexcept {
     return uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
 }
 
-/// A directory can be opened, but not read; reading nothing tells.
-bool isReadable(int descriptor) noexcept {
-    return uninterrupted([&] { return ::read(descriptor, nullptr, 0); }) == 0;
-}
-
 } // namespace
 
-File File::open(char const* path) noexcept {
-    int const descriptor = openDescriptor(path, O_RDONLY);
-    if (descriptor < 0 || isReadable(descriptor))
-        return File(descriptor);
-    ::close(descriptor);
-    return File(-1);
-}
+File File::open(char const* path) noexcept { return File(openDescriptor(path, O_RDONLY)); }
 
 File File::create(char const* path) noexcept {
     return File(openDescriptor(path, O_WRONLY | O_CREAT | O_TRUNC));
@@ -47,9 +36,13 @@ File File::create(char const* path) noexcept {
 
 File::~File() { close(); }
 
-std::optional<std::uint64_t> File::size() noexcept {
+std::optional<std::uint64_t> File::size(std::uint64_t position) noexcept {
+    // Directories pretend to have sizes; that reading nothing fails tells them apart.
+    if (::read(descriptor_, nullptr, 0) != 0)
+        return std::nullopt;
     off_t const end = ::lseek(descriptor_, 0, SEEK_END);
-    if (end < 0 || ::lseek(descriptor_, 0, SEEK_SET) != 0)
+    auto const back = static_cast<off_t>(position);
+    if (end < 0 || ::lseek(descriptor_, back, SEEK_SET) != back)
         return std::nullopt;
     return static_cast<std::uint64_t>(end);
 }

@@ -10,8 +10,8 @@ namespace znst {
 /// taken up again, and there is no buffer: what was written is with the system.
 class File {
 public:
-    /// Opens a file for reading; a directory counts as a file that cannot be opened, and so does
-    /// a null path.
+    /// Opens a file for reading; a null path counts as a file that cannot be opened. A directory
+    /// can be opened, but neither be read nor measured.
     static File open(char const* path) noexcept;
     /// Creates a file for writing, or cuts an existing one to zero length.
     static File create(char const* path) noexcept;
@@ -23,9 +23,9 @@ public:
     /// Whether the file could be opened.
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
-    /// The size in bytes, measured by seeking to the end and back to the start; nothing for what
-    /// cannot be sought in, such as a pipe.
-    std::optional<std::uint64_t> size() noexcept;
+    /// The size in bytes, measured by seeking to the end and then to `position`, where reading goes
+    /// on; nothing for what cannot be sought in, such as a pipe, and for a directory.
+    std::optional<std::uint64_t> size(std::uint64_t position = 0) noexcept;
 
     /// Reads up to `count` bytes: their number, 0 at the end of the file, negative on an error.
     std::ptrdiff_t readSome(void* bytes, std::size_t count) noexcept;
