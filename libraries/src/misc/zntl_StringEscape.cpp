@@ -1,11 +1,15 @@
 #include "misc/zntl_String.h"
 
+#include "misc/internal/zntl_CharacterSet.h"
+
 #include <cstddef>
 #include <string_view>
 
 namespace zntl {
 
 namespace {
+
+constexpr CharacterSet markup("&<>'\"");
 
 std::string_view entityOf(char c) {
     switch (c) {
@@ -17,10 +21,8 @@ std::string_view entityOf(char c) {
         return "&gt;";
     case '\'':
         return "&apos;";
-    case '"':
-        return "&quot;";
     default:
-        return {};
+        return "&quot;";
     }
 }
 
@@ -43,11 +45,10 @@ String String::encodeHtml(String const& text) {
     result.reserve(text.size());
     std::size_t copied = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        std::string_view const entity = entityOf(text[i]);
-        if (entity.empty())
+        if (!markup.contains(text[i]))
             continue;
         result.append(text, copied, i - copied);
-        result += entity;
+        result += entityOf(text[i]);
         copied = i + 1;
     }
     result.append(text, copied);

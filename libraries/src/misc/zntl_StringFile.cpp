@@ -1,4 +1,5 @@
 #include "misc/zntl_String.h"
+
 #include "system/internal/zn_File.h"
 
 #include <algorithm>

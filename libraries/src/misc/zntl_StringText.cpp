@@ -1,10 +1,12 @@
+#include "misc/zntl_String.h"
+
 #include "misc/internal/zntl_CharacterSet.h"
 #include "misc/internal/zntl_blank.h"
 #include "misc/internal/zntl_decimal.h"
 #include "misc/internal/zntl_search.h"
-#include "misc/zntl_String.h"
 #include "system/zn_portability.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zntl {
@@ -41,12 +43,10 @@ String String::trim() const {
 
 String String::sanitize(String const& text, char const* allowed) {
     CharacterSet const kept(allowed ? allowed : "");
-    String result;
-    result.reserve(text.size());
-    for (char const c : text) {
-        if (kept.contains(c))
-            result.push_back(c);
-    }
+    String result(text);
+    result.erase(
+        std::remove_if(result.begin(), result.end(), [&](char c) { return !kept.contains(c); }),
+        result.end());
     return result.trim();
 }
 

@@ -106,8 +106,10 @@ bool Resolution::fromString(zntl::String const& text) {
 }
 
 zntl::String Resolution::toNameString() const {
-    zntl::String const size =
-        zntl::String::fromFormat("%dx%d", width.getValue(), height.getValue());
+    zntl::String size;
+    zntl::appendDecimal(size, width.getValue());
+    size += 'x';
+    zntl::appendDecimal(size, height.getValue());
     char const* const sizeName = lookUp(size.c_str(), ResolutionStrings, NameStrings);
     return sizeName ? sizeName : size;
 }

@@ -9,12 +9,12 @@ namespace zntl {
 /// A set of characters with a look-up that does not depend on their number.
 class CharacterSet {
 public:
-    explicit CharacterSet(std::string_view characters) {
+    constexpr explicit CharacterSet(std::string_view characters) {
         for (char const c : characters)
             contains_[static_cast<unsigned char>(c)] = true;
     }
 
-    bool contains(char c) const { return contains_[static_cast<unsigned char>(c)]; }
+    constexpr bool contains(char c) const { return contains_[static_cast<unsigned char>(c)]; }
 
 private:
     std::array<bool, UCHAR_MAX + 1> contains_{};

@@ -14,6 +14,10 @@ inline std::size_t findLinear(std::string_view text, std::string_view pattern,
         return std::string_view::npos;
     if (pattern.empty())
         return from;
+    // Where a pattern's first character does not come again in it, no character of the text is
+    // compared twice, and the plain search, which leaps to that first character, is linear too.
+    if (pattern.find(pattern.front(), 1) == std::string_view::npos)
+        return text.find(pattern, from);
     void const* const found =
         memmem(text.data() + from, text.size() - from, pattern.data(), pattern.size());
     if (!found)
