@@ -30,6 +30,20 @@ offer_help() {
     done
 }
 
+profiles=$root/sdk/simulator/profiles
+
+# The camera profiles that come with the stand-in SDK.
+profile_names() { (cd "$profiles" && printf '%s\n' *.txt | sed 's/\.txt$//' | paste -sd ' '); }
+
+# find_profile PROFILE: the file that is meant by a file's path or by one of those names.
+find_profile() {
+    local profile=$profiles/$1.txt
+    [[ $1 != */* && ! -f $1 ]] || profile=$1
+    [[ -f $profile && -r $profile ]] ||
+        fail "there is no camera profile $1; name a file, or one of: $(profile_names)"
+    printf '%s\n' "$profile"
+}
+
 install_packages() { "$root/tools/install-packages" "$@"; }
 
 # configure PRESET TESTS: only when the build tree is missing, was made from older presets, has been

@@ -1,0 +1,132 @@
+"""The virtual camera, as its user sees it: the command, its address, and what is served there."""
+
+import contextlib
+import http.client
+import os
+import re
+import signal
+import socket
+import subprocess
+import unittest
+
+CAMERA = os.environ['ZN_CAMERA']
+START_LIMIT = 240  # seconds, on a busy machine that has to download and build first
+BOOT_LIMIT = 30  # seconds, as the camera itself counts them
+
+
+def free_port():
+    with socket.create_server(('127.0.0.1', 0)) as server:
+        return server.getsockname()[1]
+
+
+def start(*arguments, **variables):
+    return subprocess.Popen([CAMERA, *arguments], env=os.environ | variables, encoding='utf-8',
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                            stderr=subprocess.PIPE)
+
+
+def run(*arguments):
+    """A call that ends by itself: its status and messages."""
+    with start(*arguments) as process:
+        _, messages = process.communicate(timeout=START_LIMIT)
+    return process.returncode, messages
+
+
+@contextlib.contextmanager
+def camera(*arguments, **variables):
+    """A camera that serves; its port."""
+    port = free_port()
+    with start(*arguments, '--port', str(port), **variables) as process:
+        try:
+            address = process.stdout.readline()
+            if address != f'http://127.0.0.1:{port}/cgi-bin/resolution\n':
+                raise AssertionError(f'no address but {address!r}: {process.communicate()[1]}')
+            yield port
+        finally:
+            process.send_signal(signal.SIGTERM)
+            _, messages = process.communicate(timeout=30)
+    if process.returncode != 0:
+        raise AssertionError(f'stopped with status {process.returncode}: {messages}')
+    boot = float(re.search(r'ready ([\d.]+) s after its start', messages)[1])
+    if boot > BOOT_LIMIT:
+        raise AssertionError(f'it took the camera {boot} s to serve')
+
+
+def fetch(port, method='GET'):
+    connection = http.client.HTTPConnection('127.0.0.1', port, timeout=30)
+    with contextlib.closing(connection):
+        connection.request(method, '/cgi-bin/resolution')
+        response = connection.getresponse()
+        return response.status, response.getheader('Content-Type'), response.read().decode()
+
+
+def listing(*sizes):
+    entries = [f'{{"resolution": "{size}", "default": {"false" if index else "true"} }}'
+               for index, size in enumerate(sizes)]
+    return 200, 'text/plain', f'[{",".join(entries)}]'
+
+
+class Camera(unittest.TestCase):
+
+    def test_lists_the_sizes_of_a_profile_until_it_is_stopped(self):
+        with camera('indoor') as port:
+            for _ in range(3):
+                self.assertEqual(fetch(port), listing('160x90', '160x120', '176x144', '240x180',
+                                                      '320x180'))
+            self.assertEqual(fetch(port, 'HEAD')[:2], (200, 'text/plain'))
+        with self.assertRaises(ConnectionRefusedError):
+            fetch(port)
+
+    def test_lists_the_sizes_of_another_profile(self):
+        with camera('unordered') as port:
+            self.assertEqual(fetch(port), listing('0x0', '7x199', '96x96', '160x120', '160x200',
+                                                  '176x144', '176x150', '319x1', '320x200'))
+
+    def test_without_a_profile_has_the_built_in_sizes(self):
+        with camera() as port:
+            self.assertEqual(fetch(port), listing('160x120', '176x144', '320x180'))
+
+    def test_whose_sdk_does_not_start_closes_the_connection_without_an_answer(self):
+        with camera(CSDK_SIMULATOR_INIT_RESULT='1') as port:
+            with self.assertRaises(http.client.RemoteDisconnected):
+                fetch(port)
+
+
+class Calls(unittest.TestCase):
+    """Calls that start no camera."""
+
+    def test_port_that_is_taken(self):
+        with socket.create_server(('127.0.0.1', 0)) as server:
+            port = server.getsockname()[1]
+            status, messages = run('--port', str(port))
+        self.assertEqual(status, 1)
+        self.assertIn(f'port {port} is taken', messages)
+
+    def test_port_that_is_none(self):
+        for port in ('0', '65536', 'x', '-1', ''):
+            with self.subTest(port):
+                status, messages = run('--port', port)
+                self.assertEqual((status, messages.splitlines()[0]),
+                                 (2, f'camera: no such port: {port}; '
+                                     'a port is a number from 1 to 65535'))
+
+    def test_profile_that_is_none(self):
+        status, messages = run('no-such-camera')
+        self.assertEqual(status, 1)
+        self.assertRegex(messages, r'^camera: there is no camera profile no-such-camera; .*indoor')
+
+    def test_two_profiles(self):
+        self.assertEqual(run('indoor', 'full-hd')[0], 2)
+
+    def test_option_that_is_none(self):
+        self.assertEqual(run('--colour')[0], 2)
+
+    def test_help(self):
+        with start('--help') as process:
+            text = process.communicate(timeout=START_LIMIT)[0]
+        self.assertEqual(process.returncode, 0)
+        self.assertIn('./camera [PROFILE] [--port N]', text)
+
+
+if __name__ == '__main__':
+    unittest.main()
