@@ -18,7 +18,7 @@ EMULATOR = shlex.split(os.environ.get('ZN_EMULATOR', ''))
 PROFILES = Path(__file__).parents[2] / 'sdk' / 'simulator' / 'profiles'
 
 # A program that runs longer hangs.
-TIMEOUT = 120
+TIMEOUT = 60
 
 
 @dataclass

@@ -1,0 +1,27 @@
+"""The program behind busybox httpd."""
+
+import unittest
+
+from server import Server
+from server_test import BODY, ServerTest
+
+
+class Busybox(Server):
+    package = 'busybox'
+
+    def start(self):
+        snippet = self.snippet('busybox-httpd.conf', HOME=self.home)
+        self.spawn('busybox', 'httpd', '-f', '-c', snippet, '-p', f'127.0.0.1:{self.port}',
+                   **self.sdk)
+
+
+class BusyboxTest(ServerTest, unittest.TestCase):
+    make = Busybox
+    # It leaves HEAD to the program, which looks at no variables.
+    head_body = BODY
+    # It closes the connection without a word.
+    failed_start = rb'\A\Z'
+
+
+if __name__ == '__main__':
+    unittest.main()

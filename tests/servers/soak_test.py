@@ -1,0 +1,71 @@
+"""Hundreds of requests at once, for a while: every one is answered, and no server grows.
+
+ZN_SOAK_SECONDS says how long each server is asked, 5 by default.
+"""
+
+import os
+import threading
+import time
+import unittest
+
+from apache_test import Apache, ApacheWithDaemon
+from busybox_test import Busybox
+from lighttpd_test import Lighttpd
+from nginx_test import Nginx
+from server_test import BODY
+
+SECONDS = float(os.environ.get('ZN_SOAK_SECONDS') or 5)
+CLIENTS = 200
+
+# busybox httpd lets nine connections wait, and beyond that leaves clients to try again.
+CLIENTS_OF_BUSYBOX = 8
+
+# Allocators keep a little of what they were asked for; a leak of a request's worth of memory is
+# many times as much.
+GROWTH_KIB = 1024
+
+
+def ask(server, clients, seconds):
+    """Asks with so many clients at once; gives the number of answers and what was wrong."""
+    answers, failures = [], []
+    end = time.monotonic() + seconds
+
+    def client():
+        while time.monotonic() < end:
+            try:
+                response, body = server.get()
+                if (response.status, body) != (200, BODY):
+                    failures.append((response.status, body[:200]))
+            except Exception as error:
+                failures.append(repr(error))
+            answers.append(None)
+
+    threads = [threading.Thread(target=client) for _ in range(clients)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    return len(answers), failures
+
+
+class Soak(unittest.TestCase):
+
+    def test_servers(self):
+        for make in (Lighttpd, Busybox, Apache, ApacheWithDaemon, Nginx):
+            with self.subTest(make.__name__), make() as server:
+                clients = CLIENTS_OF_BUSYBOX if make is Busybox else CLIENTS
+                _, failures = ask(server, clients, SECONDS / 4)
+                self.assertEqual(failures, [])
+                before = server.memory()
+                count, failures = ask(server, clients, SECONDS * 3 / 4)
+                after = server.memory()
+                print(f'{make.__name__}: {count} requests of {clients} clients in '
+                      f'{SECONDS * 3 / 4:.0f} s, {len(failures)} failed, '
+                      f'{before} KiB before and {after} KiB after', flush=True)
+                self.assertEqual(failures, [])
+                self.assertGreater(count, clients)
+                self.assertLess(after, before + GROWTH_KIB)
+
+
+if __name__ == '__main__':
+    unittest.main()
