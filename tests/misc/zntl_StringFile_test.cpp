@@ -273,11 +273,17 @@ TEST_F(StringFromFile, TakesThePlaceOfTheTypedFile) {
     EXPECT_EQ(text, "abc"s);
 }
 
-TEST_F(StringFromFile, ReadsALongFileAtOnce) {
-    make(std::string(1 << 20, 'x'));
-    SystemCalls calls;
-    EXPECT_EQ(read().second.size(), std::size_t{1} << 20);
-    EXPECT_LE(calls.count("read"), 2U) << "the content and its end";
+TEST_F(StringFromFile, ReadsInFewSteps) {
+    struct {
+        std::size_t length;
+        unsigned int reads;
+    } const cases[] = {{0, 1}, {100, 2}, {4095, 2}, {10000, 3}, {std::size_t{1} << 20, 3}};
+    for (auto const& c : cases) {
+        make(std::string(c.length, 'x'));
+        SystemCalls calls;
+        EXPECT_EQ(read().second.size(), c.length);
+        EXPECT_LE(calls.count("read"), c.reads) << c.length;
+    }
 }
 
 TEST_F(StringFromFile, IsFalseAndEmptyWhereNoFileCanBe) {
@@ -348,10 +354,10 @@ TEST_F(StringFromFile, GoesOnAfterInterruptionsAndShortReads) {
 }
 
 TEST_F(StringFromFile, TakesAFileThatGrewMeanwhile) {
-    for (std::size_t const length : {100U, 4095U, 4096U, 4097U, 100000U}) {
+    for (std::size_t const length : {100U, 4095U, 4096U, 4097U, 8192U, 8193U, 100000U}) {
         std::string const text = test::repeated(everyByte(), length / 256 + 1).substr(0, length);
         make(text);
-        for (std::ptrdiff_t const sizeBefore : {0, 1, 99}) {
+        for (std::ptrdiff_t const sizeBefore : {0, 1, 4096, 5000, 99999}) {
             SystemCalls calls;
             calls.answer("lseek", 1, sizeBefore);
             auto const [done, taken] = read();
@@ -362,10 +368,12 @@ TEST_F(StringFromFile, TakesAFileThatGrewMeanwhile) {
 }
 
 TEST_F(StringFromFile, TakesAFileThatShrankMeanwhile) {
-    make("abc");
-    SystemCalls calls;
-    calls.answer("lseek", 1, 10000);
-    EXPECT_EQ(read(), holding("abc"));
+    for (std::size_t const length : {3U, 4096U, 5000U}) {
+        make(std::string(length, 'x'));
+        SystemCalls calls;
+        calls.answer("lseek", 1, 100000);
+        EXPECT_EQ(read(), holding(std::string(length, 'x')));
+    }
 }
 
 TEST_F(StringFromFile, TakesAFileWhoseSizeIsNotKnown) {
@@ -440,7 +448,7 @@ TEST_F(StringFromFile, IsFalseAndEmptyWithoutMemory) {
 }
 
 TEST_F(StringFromFile, IsFalseAndEmptyWhenAFileFitsNoMemory) {
-    make("abc");
+    make(std::string(5000, 'x'));
     SystemCalls calls;
     calls.answer("lseek", 1, PTRDIFF_MAX);
     EXPECT_EQ(read(), failedAndEmpty);
