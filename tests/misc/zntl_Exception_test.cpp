@@ -55,9 +55,7 @@ TEST(Exception, CopiesCarryTheMessage) {
 }
 
 TEST(Exception, ConstructionWithoutMemoryThrowsBadAlloc) {
-    long const failures = test::failEachAllocation(
-        [](test::FailingRun& run) { run.runsOutOfMemory([] { Exception{longMessage}; }); });
-    EXPECT_EQ(failures, 1);
+    EXPECT_EQ(test::failEachAllocationOf([] { Exception{longMessage}; }), 1);
 }
 
 TEST(LocatedMessage, NamesSourceLineClassAndText) {

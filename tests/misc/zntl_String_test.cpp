@@ -623,15 +623,15 @@ TEST(String, WithoutMemoryTheTextStaysAndNothingLeaks) {
     EXPECT_GT(failingAllocations([&](String& text) { text.toXML(characters); }), 0);
     EXPECT_GT(failingAllocations([&](String& text) { text.padEnd(1000, '*'); }), 0);
 
-    EXPECT_GT(failingAllocations([&](String&) { String{longText}; }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String{other}; }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String{characters}; }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String::fromFormat("%s", characters); }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String::fromFormat("%99d", 1); }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String::fromFloat(FLT_MAX, 3); }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { String::fromEnvVarible("ZN_TEST_VARIABLE"); }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { other.toLower(); }), 0);
-    EXPECT_GT(failingAllocations([&](String&) { other.toXML(); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String{longText}; }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String{other}; }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String{characters}; }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%s", characters); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%99d", 1); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFloat(FLT_MAX, 3); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { String::fromEnvVarible("ZN_TEST_VARIABLE"); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { other.toLower(); }), 0);
+    EXPECT_GT(test::failEachAllocationOf([&] { other.toXML(); }), 0);
     unsetenv("ZN_TEST_VARIABLE");
 }
 

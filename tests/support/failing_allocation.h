@@ -21,7 +21,8 @@ inline thread_local std::size_t largest = 0;
 // Allocations that this thread still makes until one fails; 0: none fails.
 inline thread_local long countdown = 0;
 
-inline void* allocate(std::size_t size) noexcept {
+// Neither is inlined: the compiler would take new and free() for a mismatched pair.
+[[gnu::noinline]] inline void* allocate(std::size_t size) noexcept {
     largest = std::max(largest, size);
     if (countdown > 0 && --countdown == 0)
         return nullptr;
@@ -31,7 +32,7 @@ inline void* allocate(std::size_t size) noexcept {
     return block;
 }
 
-inline void release(void* block) noexcept {
+[[gnu::noinline]] inline void release(void* block) noexcept {
     if (block)
         --liveBlocks;
     std::free(block);
@@ -117,6 +118,15 @@ long failEachAllocation(Scenario scenario) {
     }
     ADD_FAILURE() << "the operation never came to its end";
     return tooMany;
+}
+
+/// The same for an operation that keeps nothing and must pass every failure on as std::bad_alloc.
+template <class Operation>
+long failEachAllocationOf(Operation operation) {
+    return failEachAllocation([&](FailingRun& run) {
+        bool const outOfMemory = run.runsOutOfMemory(operation);
+        EXPECT_EQ(outOfMemory, run.happened()) << "std::bad_alloc exactly when one failed";
+    });
 }
 
 } // namespace test
