@@ -1,14 +1,18 @@
 # What makes the program small, quick to start and hard to attack: all in this file.
 
-# How the program's own code and the library are compiled.
-add_library(zn-code INTERFACE)
-target_compile_options(zn-code INTERFACE
-    # A fixed address makes the loader copy the SDK's two records into the program.
-    -fno-pie
+# How all code is compiled that is installed.
+add_library(zn-optimized INTERFACE)
+target_compile_options(zn-optimized INTERFACE
     # Each function can be dropped alone.
     -ffunction-sections
     -fdata-sections
     "$<$<CONFIG:Release>:-O2;-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+
+# How the program's own code and the library in it are compiled.
+add_library(zn-code INTERFACE)
+target_link_libraries(zn-code INTERFACE zn-optimized)
+# A fixed address makes the loader copy the SDK's two records into the program.
+target_compile_options(zn-code INTERFACE -fno-pie)
 target_link_options(zn-code INTERFACE -no-pie)
 
 # How the program is linked.

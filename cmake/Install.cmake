@@ -1,0 +1,36 @@
+# What is installed, and as part of what: the program (program), the shared library that other
+# programs run with (runtime), and what is needed to build such programs (development).
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(zn_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zn")
+
+install(TARGETS zn-static zn-shared EXPORT zn-targets
+    ARCHIVE COMPONENT development
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/zn" COMPONENT development)
+
+install(EXPORT zn-targets NAMESPACE zn:: DESTINATION "${zn_package_dir}" COMPONENT development)
+configure_package_config_file("${PROJECT_SOURCE_DIR}/packaging/zn-config.cmake.in" zn-config.cmake
+    INSTALL_DESTINATION "${zn_package_dir}"
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(zn-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+        "${CMAKE_CURRENT_BINARY_DIR}/zn-config.cmake"
+        "${CMAKE_CURRENT_BINARY_DIR}/zn-config-version.cmake"
+    DESTINATION "${zn_package_dir}"
+    COMPONENT development)
+
+# The installed tree can be moved: the file finds its prefix from where it lies.
+set(zn_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH ZN_PREFIX_FROM_PKGCONFIG "/prefix/${zn_pkgconfig_dir}" "/prefix")
+string(REGEX REPLACE "/$" "" ZN_PREFIX_FROM_PKGCONFIG "${ZN_PREFIX_FROM_PKGCONFIG}")
+configure_file("${PROJECT_SOURCE_DIR}/packaging/zn.pc.in" zn.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn.pc"
+    DESTINATION "${zn_pkgconfig_dir}"
+    COMPONENT development)
+
+if(TARGET resolution)
+    # Where the distribution's web servers look for such programs.
+    install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
+endif()

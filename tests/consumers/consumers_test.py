@@ -1,0 +1,137 @@
+"""The ways to use the library from another project: each one builds the same program and runs it.
+
+The installed tree is moved before it is used, as packages and copies on other machines are.
+"""
+
+import os
+import subprocess
+import unittest
+
+from installed import (CC, CMAKE, CXX, HERE, READELF, SOURCES, TOOLCHAIN, VERSION, WARNINGS,
+                       InstalledTest, call, run)
+
+OUTPUT = 'CIF\n640x480\n2 1 0\nzntl::Exception\n'
+
+
+def needed(program):
+    return call(READELF, '--dynamic', '--wide', program)
+
+
+class ConsumerTest(InstalledTest):
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.prefix = cls.prefix.rename(cls.folder / 'moved')
+
+
+class CMakeProjects(ConsumerTest):
+
+    def build(self, project, *options):
+        tree = self.folder / '-'.join([project, *options]).replace('/', '-')
+        toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
+        call(CMAKE, '-S', HERE / project, '-B', tree, '-G', 'Ninja', *toolchain,
+             f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}',
+             f'-DZN_SOURCES={SOURCES}', f'-Dzn_ROOT={self.prefix}',
+             f'-DCMAKE_FIND_ROOT_PATH={self.prefix}', '-DCMAKE_BUILD_TYPE=Debug', *options)
+        call(CMAKE, '--build', tree, '--parallel', '2', '--target', 'consumer')
+        return tree / 'consumer'
+
+    def test_find_package_takes_the_static_library(self):
+        program = self.build('find_package')
+        self.assertEqual(run(program), OUTPUT)
+        self.assertNotIn('libzn', needed(program))
+
+    def test_find_package_takes_the_shared_library_when_the_project_builds_shared_ones(self):
+        program = self.build('find_package', '-DBUILD_SHARED_LIBS=ON')
+        self.assertEqual(run(program), OUTPUT)
+        self.assertIn('[libzn.so.1]', needed(program))
+
+    def test_find_package_refuses_another_major_version(self):
+        changed = self.folder / 'wrong-version'
+        changed.mkdir()
+        text = (HERE / 'find_package/CMakeLists.txt').read_text()
+        (changed / 'CMakeLists.txt').write_text(text.replace('zn 1.0', 'zn 2.0'))
+        done = subprocess.run([CMAKE, '-S', changed, '-B', changed / 'build', '-G', 'Ninja',
+                               f'-DCMAKE_CXX_COMPILER={CXX}', f'-Dzn_ROOT={self.prefix}'],
+                              capture_output=True, encoding='utf-8', timeout=120, check=False)
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn(f'version: {VERSION}', done.stderr)
+
+    def test_subdirectory(self):
+        self.assertEqual(run(self.build('subdirectory')), OUTPUT)
+
+    def test_subdirectory_as_a_shared_library(self):
+        program = self.build('subdirectory', '-DBUILD_SHARED_LIBS=ON')
+        self.assertEqual(run(program), OUTPUT)
+        self.assertIn('[libzn.so.1]', needed(program))
+
+    def test_fetched_content(self):
+        self.assertEqual(run(self.build('fetch_content')), OUTPUT)
+
+
+class PkgConfig(ConsumerTest):
+
+    def flags(self, *options):
+        folder = self.installed('**/pkgconfig')
+        return call('pkg-config', *options, 'zn',
+                    env=os.environ | {'PKG_CONFIG_LIBDIR': str(folder)}).split()
+
+    def test_knows_the_version(self):
+        self.assertEqual(self.flags('--modversion'), [VERSION])
+
+    def test_builds_with_the_shared_library(self):
+        program = self.folder / 'pkg-config-shared'
+        libraries = self.installed('**/libzn.so.1').parent
+        call(CXX, '-std=c++17', *WARNINGS, HERE / 'consumer.cpp', *self.flags('--cflags', '--libs'),
+             f'-Wl,-rpath,{libraries}', '-o', program)
+        self.assertEqual(run(program), OUTPUT)
+        self.assertIn('[libzn.so.1]', needed(program))
+
+    def test_builds_a_static_program(self):
+        program = self.folder / 'pkg-config-static'
+        call(CXX, '-std=c++17', *WARNINGS, '-static', HERE / 'consumer.cpp',
+             *self.flags('--static', '--cflags', '--libs'), '-o', program)
+        self.assertEqual(run(program), OUTPUT)
+
+    def test_builds_a_c_program(self):
+        program = self.folder / 'pkg-config-c'
+        libraries = self.installed('**/libzn.so.1').parent
+        call(CC, '-std=c11', *WARNINGS, HERE / 'consumer.c', *self.flags('--cflags', '--libs'),
+             f'-Wl,-rpath,{libraries}', '-o', program)
+        self.assertEqual(run(program), '0\n')
+
+
+class Headers(ConsumerTest):
+
+    def compile_alone(self, header, compiler, language, standard, folder):
+        source = f'#include "{header.relative_to(folder)}"\n'
+        done = subprocess.run([compiler, '-x', language, f'-std={standard}', *WARNINGS,
+                               '-fsyntax-only', '-I', folder, '-'],
+                              input=source, capture_output=True, encoding='utf-8', timeout=120,
+                              check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, ''))
+
+    def test_compile_alone_in_each_standard(self):
+        folder = self.prefix / 'include/zn'
+        headers = sorted(folder.rglob('*.h'))
+        self.assertGreaterEqual(len(headers), 19)
+        for header in headers:
+            for standard in ('c++17', 'c++20'):
+                with self.subTest(header.name, standard=standard):
+                    self.compile_alone(header, CXX, 'c++', standard, folder)
+
+    def test_of_c_functions_compiles_as_c(self):
+        folder = self.prefix / 'include/zn'
+        self.compile_alone(folder / 'system/zn_portability.h', CC, 'c', 'c11', folder)
+
+    def test_of_the_camera_sdk_compiles_as_c(self):
+        folder = SOURCES / 'sdk'
+        self.compile_alone(folder / 'csdk.h', CC, 'c', 'c11', folder)
+
+    def test_that_are_internal_are_not_installed(self):
+        self.assertEqual(list(self.prefix.rglob('*internal*')), [])
+
+
+if __name__ == '__main__':
+    unittest.main()

@@ -1,0 +1,78 @@
+"""What the shared library shows to programs: everything public, with the tables that exceptions
+and casts need, and nothing internal."""
+
+import re
+import unittest
+
+from installed import NM, READELF, SOURCES, VERSION, InstalledTest, call
+
+
+def internal_names():
+    """The classes and functions that the internal headers declare; what is in a class or function
+    is indented."""
+    names = set()
+    for header in SOURCES.glob('libraries/src/**/internal/*.h'):
+        for line in header.read_text().splitlines():
+            if found := re.match(r'(?:class|struct) (\w+)|[a-z].*?(\w+)\(', line):
+                names.add(found[1] or found[2])
+    return names
+
+
+INTERNAL = rf'\bzn\w+::({"|".join(internal_names())})\b'
+
+
+def symbols(*options):
+    """The demangled names of the defined symbols that can be linked with."""
+    found = set()
+    for line in call(NM, '--demangle', '--defined-only', '--extern-only', *options).splitlines():
+        fields = line.split(maxsplit=2)
+        if len(fields) == 3 and fields[1] in 'TDBRVWu':
+            found.add(fields[2])
+    return found
+
+
+class Exports(InstalledTest):
+
+    def setUp(self):
+        self.shared = symbols('--dynamic', self.installed('**/libzn.so'))
+        self.static = symbols(self.installed('**/libzn.a'))
+
+    def test_are_the_librarys_own_names(self):
+        ours = r'(zn_|(typeinfo( name)?|vtable) for zn|(non-virtual thunk to )?zn\w+::)'
+        self.assertEqual([name for name in self.shared if not re.match(ours, name)], [])
+
+    def test_are_all_that_is_public(self):
+        public = {name for name in self.static
+                  if re.search(r'\bzn\w+::|^zn_', name) and not re.search(INTERNAL, name)
+                  and not re.search(r'\bstd::\w+[<:].*\bzn\w+::', name.split('(')[0])}
+        self.assertEqual(public - self.shared, set())
+        self.assertGreater(len(public), 200)
+
+    def test_are_not_internal(self):
+        self.assertTrue([name for name in self.static if re.search(INTERNAL, name)])
+        self.assertEqual([name for name in self.shared if re.search(INTERNAL, name)], [])
+
+    def test_hold_what_exceptions_and_casts_need(self):
+        for name in ('zntl::Exception', 'znsl::Serializable', 'znsl::MemIOStream',
+                     'znvl::Resolution', 'znst::WaitObject', 'zntl::Countdown'):
+            for table in ('typeinfo', 'typeinfo name', 'vtable'):
+                self.assertIn(f'{table} for {name}', self.shared)
+
+
+class Names(InstalledTest):
+
+    def test_of_the_file_and_the_soname_carry_the_version(self):
+        library = self.installed('**/libzn.so').resolve()
+        self.assertEqual(library.name, f'libzn.so.{VERSION}')
+        major = VERSION.split('.', maxsplit=1)[0]
+        self.assertIn(f'soname: [libzn.so.{major}]', call(READELF, '--dynamic', library))
+
+    def test_of_needed_libraries_are_the_languages_runtime(self):
+        found = re.findall(r'Shared library: \[(.*)\]',
+                           call(READELF, '--dynamic', self.installed('**/libzn.so')))
+        allowed = r'lib(stdc\+\+|gcc_s|m|c)\.so\.\d+|ld-linux[-\w.]*\.so\.\d'
+        self.assertEqual([name for name in found if not re.fullmatch(allowed, name)], [])
+
+
+if __name__ == '__main__':
+    unittest.main()
