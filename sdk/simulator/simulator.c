@@ -28,6 +28,7 @@ static char const builtin_camera[] = "640x480\n"
 static struct {
     int init_result;
     int end_result;
+    int deinit_result;
     int new_handles;
     int count; ///< sizes to generate, or -1
     char const* profile;
@@ -79,6 +80,8 @@ static bool read_options(void) {
                             &options.init_result) ||
         !read_number_option("CSDK_SIMULATOR_END_RESULT", INT_MIN, INT_MAX, 1,
                             &options.end_result) ||
+        !read_number_option("CSDK_SIMULATOR_DEINIT_RESULT", INT_MIN, INT_MAX, 0,
+                            &options.deinit_result) ||
         !read_number_option("CSDK_SIMULATOR_NEW_HANDLES", 0, 1, 0, &options.new_handles) ||
         !read_number_option("CSDK_SIMULATOR_COUNT", 0, INT_MAX, -1, &options.count))
         return false;
@@ -240,7 +243,7 @@ int csdk_next_resolution(int handle, int* width, int* height) {
 }
 
 int csdk_deinit(void) {
-    int const result = session.open ? 0 : REFUSED;
+    int const result = session.open ? options.deinit_result : REFUSED;
 
     close_session();
     record_records("csdk_deinit", result);

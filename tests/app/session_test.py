@@ -40,6 +40,13 @@ class Calls(ProgramTest):
             with self.subTest(code):
                 self.assert_answers(run(sizes=[], end_result=code), response())
 
+    def test_result_of_the_stop_means_nothing(self):
+        for code in (1, -1, LARGEST, SMALLEST):
+            with self.subTest(code):
+                done = run(sizes=['1x2'], deinit_result=code)
+                self.assert_answers(done, response('1x2'))
+                self.assertEqual((done.calls[-1].name, done.calls[-1].result), (DEINIT, code))
+
     def test_delivered_sizes_stay_in_the_two_variables_until_the_next_call(self):
         done = run(sizes=['640x480', '-1x-1', '1x2', '1x2'])
         self.assertEqual([call['kept'] for call in done.calls if 'kept' in call.fields], ['1'] * 4)

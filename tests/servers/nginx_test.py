@@ -12,7 +12,7 @@ class Nginx(Server):
 
     def start(self):
         wrapper = self.folder / 'fcgiwrap'
-        self.spawn('fcgiwrap', '-c', '4', '-s', f'unix:{wrapper}', **self.sdk)
+        self.spawn('fcgiwrap', '-s', f'unix:{wrapper}', **self.sdk)
         deadline = time.monotonic() + PATIENCE
         while not wrapper.exists() and time.monotonic() < deadline:
             time.sleep(0.01)

@@ -36,12 +36,6 @@ class ServerTest:
     def setUpClass(cls):
         cls.server = cls.enterClassContext(cls.make())
 
-    @classmethod
-    def enterClassContext(cls, context):
-        entered = context.__enter__()
-        cls.addClassCleanup(context.__exit__, None, None, None)
-        return entered
-
     def assert_answered(self, response, body):
         self.assertEqual((response.status, response.getheader('Content-Type'), body),
                          (200, 'text/plain', BODY))

@@ -40,7 +40,7 @@ class Camera(unittest.TestCase):
 
     def test_has_six_sizes_when_its_variables_are_empty(self):
         self.assertEqual(len(delivered(profile='', count='', init_result='', end_result='',
-                                       new_handles='', record='')), 6)
+                                       deinit_result='', new_handles='', record='')), 6)
 
     def test_has_the_sizes_of_its_profile_in_their_order(self):
         self.assertEqual(delivered(text=b'3x4\n1x2\n3x4\n'), ['3x4', '1x2', '3x4'])
@@ -155,6 +155,12 @@ class Results(unittest.TestCase):
                                        end_result=code).output.decode(),
                                  f'init 0\n1x2\nnext {code}\nnext {code}\n')
 
+    def test_stop_returns_the_code_that_was_told(self):
+        for code in self.NUMBERS:
+            with self.subTest(code):
+                self.assertEqual(probe('init', 'deinit', 'init', deinit_result=code).output.decode(),
+                                 f'init 0\ndeinit {code}\ninit 0\n')
+
     MISTAKES = [
         ({'init_result': 'x'}, 'CSDK_SIMULATOR_INIT_RESULT=x: '
                                'expected a number from -2147483648 to 2147483647'),
@@ -165,6 +171,8 @@ class Results(unittest.TestCase):
         ({'end_result': '0'}, 'CSDK_SIMULATOR_END_RESULT=0: the list would never end'),
         ({'end_result': '1.0'}, 'CSDK_SIMULATOR_END_RESULT=1.0: '
                                 'expected a number from -2147483648 to 2147483647'),
+        ({'deinit_result': '-'}, 'CSDK_SIMULATOR_DEINIT_RESULT=-: '
+                                 'expected a number from -2147483648 to 2147483647'),
         ({'new_handles': '2'}, 'CSDK_SIMULATOR_NEW_HANDLES=2: expected a number from 0 to 1'),
         ({'new_handles': 'yes'}, 'CSDK_SIMULATOR_NEW_HANDLES=yes: expected a number from 0 to 1'),
         ({'count': '-1'}, 'CSDK_SIMULATOR_COUNT=-1: expected a number from 0 to 2147483647'),
