@@ -1,4 +1,4 @@
-set(ZN_TEST_TIMEOUT 120 CACHE STRING "Seconds after which a test is stopped and has failed")
+set(ZN_TEST_TIMEOUT 300 CACHE STRING "Seconds after which a test is stopped and has failed")
 
 # zn_add_test(SOURCE [PART...]): a GoogleTest source under tests/, and what else belongs to the same
 # executable. misc/zntl_String_test.cpp becomes the CTest test misc/zntl_String, labelled misc. It
