@@ -37,18 +37,26 @@ constexpr unsigned int headerSize = 8;
 constexpr unsigned int lengthPrefixSize = sizeof(std::uint32_t);
 constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
-[[noreturn]] void raise(int line, std::string const& text) {
-    throw zntl::Exception(
-        zntl::locatedMessage("../../../../../libraries/src/streams/znsl_MemIOStream", line,
-                             "znsl::MemIOStream", text.c_str()));
+// What reports faults stays out of the functions that would otherwise carry its texts around.
+
+[[noreturn, gnu::noinline]] void raise(int line, char const* text) {
+    throw zntl::Exception(zntl::locatedMessage(
+        "../../../../../libraries/src/streams/znsl_MemIOStream", line, "znsl::MemIOStream", text));
 }
 
-std::string typeMismatch(unsigned int found, unsigned int expected) {
-    std::string text = "peek() - type mismatch ";
+[[noreturn, gnu::noinline]] void raise(int line, char const* operation, char const* fault) {
+    std::string text = operation;
+    text += " - ";
+    text += fault;
+    raise(line, text.c_str());
+}
+
+[[noreturn, gnu::noinline]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
+    std::string text = "type mismatch ";
     zntl::appendDecimal(text, static_cast<int>(found));
     text += " != ";
     zntl::appendDecimal(text, static_cast<int>(expected));
-    return text;
+    raise(376, "peek()", text.c_str());
 }
 
 std::unique_ptr<unsigned char[]> allocate(unsigned int size) {
@@ -144,8 +152,15 @@ void MemIOStream::checkBuff(unsigned int const& n) {
     }
 }
 
-/// Makes room for `n` bytes at the write position, or throws before anything is changed.
-void MemIOStream::appendRoom(std::uint64_t n) {
+/// Makes room for `n` bytes at the write position and returns where that is, or throws before
+/// anything is changed.
+unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
+    if (capacity_ - writePos_ < n)
+        makeRoom(n);
+    return buffer_.get() + writePos_;
+}
+
+void MemIOStream::makeRoom(std::uint64_t n) {
     if (n <= maxSize)
         checkBuff(static_cast<unsigned int>(n));
     if (capacity_ - writePos_ < n)
@@ -153,8 +168,7 @@ void MemIOStream::appendRoom(std::uint64_t n) {
 }
 
 void MemIOStream::getWriteBuffer(unsigned char*& out, unsigned int n) {
-    appendRoom(n);
-    out = buffer_.get() + writePos_;
+    out = appendRoom(n);
     writePos_ += n;
 }
 
@@ -253,19 +267,16 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     return static_cast<unsigned int>(position - readPos_);
 }
 
-/// Reads a payload into an object, with the object's failures reported as `faults` says; returns
-/// the record's size.
-unsigned int MemIOStream::readInto(Serializable& object, unsigned int position,
-                                   ReadFaults const& faults) const {
-    std::uint32_t const length = headerAt(position).length;
+/// Reads a payload into an object, with the object's failures reported as `faults` says.
+void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
+                           ReadFaults faults) const {
     try {
-        object.fromBin(buffer_.get() + position + headerSize, length);
+        object.fromBin(buffer_.get() + payload, length);
     } catch (zntl::Exception const& e) {
-        raise(faults.withMessage, std::string(faults.operation) + " - " + e.what());
+        raise(faults.withMessage, faults.operation, e.what());
     } catch (...) {
-        raise(faults.withoutMessage, std::string(faults.operation) + " - could not read object");
+        raise(faults.withoutMessage, faults.operation, "could not read object");
     }
-    return headerSize + length;
 }
 
 // Writing
@@ -273,8 +284,7 @@ unsigned int MemIOStream::readInto(Serializable& object, unsigned int position,
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
-    appendRoom(std::uint64_t{headerSize} + length);
-    unsigned char* const record = buffer_.get() + writePos_;
+    unsigned char* const record = appendRoom(std::uint64_t{headerSize} + length);
     std::memcpy(record, &header, sizeof header);
     // The write position follows the object's own work, which finds the stream as it was when the
     // object is this stream.
@@ -299,8 +309,7 @@ OStream& MemIOStream::operator<<(IStream& source) {
     if (!getNextObject(source, data, length))
         return *this;
     std::unique_ptr<unsigned char[]> const record(data);
-    appendRoom(length);
-    move(buffer_.get() + writePos_, record.get(), length);
+    move(appendRoom(length), record.get(), length);
     writePos_ += length;
     return *this;
 }
@@ -349,7 +358,7 @@ unsigned int MemIOStream::read(Serializable& object) {
     if (getNextType() != expected)
         raise(341, "read() - type mismatch");
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, readPos_, ReadFaults{"read()", 354, 359});
+    readInto(object, readPos_ + headerSize, length, {"read()", 354, 359});
     return consume(length);
 }
 
@@ -364,8 +373,10 @@ unsigned int MemIOStream::peek(Serializable& object) const {
         raise(374, "peek() - trying to read EOF");
     unsigned int const found = getNextType();
     if (found != expected)
-        raise(376, typeMismatch(found, expected));
-    return readInto(object, readPos_, ReadFaults{"peek()", 389, 394});
+        raiseTypeMismatch(found, expected);
+    std::uint32_t const length = headerAt(readPos_).length;
+    readInto(object, readPos_ + headerSize, length, {"peek()", 389, 394});
+    return headerSize + length;
 }
 
 unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
@@ -381,7 +392,7 @@ unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
             raise(423, "peek() - trying to read EOF");
         if (header.type != expected)
             raise(424, "peek() - type mismatch");
-        readInto(*object, payload - headerSize, ReadFaults{"peek()", 433, 438});
+        readInto(*object, payload, header.length, {"peek()", 433, 438});
         return true;
     });
 }
@@ -435,7 +446,7 @@ bool MemIOStream::save(char const* path) const {
 bool MemIOStream::load(char const* path) {
     try {
         znst::File file = znst::File::open(path);
-        if (!file)
+        if (!file || !file.isReadable())
             return false;
         std::optional<std::uint64_t> const fileSize = file.size();
         if (!fileSize || *fileSize > maxSize)

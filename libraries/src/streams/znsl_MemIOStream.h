@@ -202,11 +202,12 @@ private:
     template <class Visit>
     unsigned int visitRecords(unsigned int n, Visit visit) const;
     RecordHeader headerAt(unsigned int position) const;
-    unsigned int readInto(Serializable& object, unsigned int position,
-                          ReadFaults const& faults) const;
+    void readInto(Serializable& object, unsigned int payload, std::uint32_t length,
+                  ReadFaults faults) const;
     unsigned int consume(std::uint32_t length);
 
-    void appendRoom(std::uint64_t n);
+    unsigned char* appendRoom(std::uint64_t n);
+    void makeRoom(std::uint64_t n);
     void replaceBuffer(unsigned int capacity);
 
     std::unique_ptr<unsigned char[]> buffer_; // null exactly when capacity_ is 0

@@ -21,9 +21,6 @@ constexpr std::size_t headerSize = sizeof(TypeField) + sizeof(LengthField);
 constexpr std::size_t payloadOffset = alignof(std::max_align_t);
 static_assert(payloadOffset >= headerSize);
 
-/// A length that may be allocated on the word of a file alone.
-constexpr LengthField modestLength = 65536;
-
 /// Whether the file is known to end before the payload does, so that a length field from a hostile
 /// file cannot ask for memory that no payload stands for.
 bool endsBefore(znst::File& file, LengthField length) {
@@ -68,7 +65,7 @@ bool Serializable::fromFile(char const* path) {
         if (zntl::loadNative<TypeField>(header) != getTypeId())
             return false;
         auto const length = zntl::loadNative<LengthField>(header + sizeof(TypeField));
-        if (length > modestLength && endsBefore(file, length))
+        if (endsBefore(file, length))
             return false;
 
         std::unique_ptr<unsigned char[]> const payload(new unsigned char[length]);

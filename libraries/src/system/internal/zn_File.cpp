@@ -36,10 +36,9 @@ File File::create(char const* path) noexcept {
 
 File::~File() { close(); }
 
+bool File::isReadable() noexcept { return readSome(nullptr, 0) == 0; }
+
 std::optional<std::uint64_t> File::size(std::uint64_t position) noexcept {
-    // Directories pretend to have sizes; that reading nothing fails tells them apart.
-    if (::read(descriptor_, nullptr, 0) != 0)
-        return std::nullopt;
     off_t const end = ::lseek(descriptor_, 0, SEEK_END);
     auto const back = static_cast<off_t>(position);
     if (end < 0 || ::lseek(descriptor_, back, SEEK_SET) != back)

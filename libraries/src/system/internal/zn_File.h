@@ -23,8 +23,11 @@ public:
     /// Whether the file could be opened.
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
+    /// Whether the file can be read at all, which a directory cannot.
+    bool isReadable() noexcept;
+
     /// The size in bytes, measured by seeking to the end and then to `position`, where reading goes
-    /// on; nothing for what cannot be sought in, such as a pipe, and for a directory.
+    /// on; nothing for what cannot be sought in, such as a pipe. Directories pretend to have one.
     std::optional<std::uint64_t> size(std::uint64_t position = 0) noexcept;
 
     /// Reads up to `count` bytes: their number, 0 at the end of the file, negative on an error.
