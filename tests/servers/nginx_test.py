@@ -8,7 +8,7 @@ from server_test import ServerTest
 
 
 class Nginx(Server):
-    package = 'nginx-light or fcgiwrap'
+    package = 'nginx or fcgiwrap'
 
     def start(self):
         wrapper = self.folder / 'fcgiwrap'
