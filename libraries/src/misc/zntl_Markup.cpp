@@ -202,6 +202,9 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
 
 String String::replaceElement(String const& name, String const& replacement) const {
     std::string_view const text = *this;
+    Tag tag;
+    if (!OpenTagScan(text, name, 0).next(text.size(), tag))
+        return *this;
     bool const overlapping = name.find('<') != npos;
     String result;
     std::size_t copied = 0;

@@ -80,10 +80,6 @@ String String::fromEnvVarible(char const* name) { return {name ? std::getenv(nam
 
 int String::iCompare(String const& other) const { return zn_stricmp(c_str(), other.c_str()); }
 
-bool String::hasPrefix(String const& prefix) const {
-    return compare(0, prefix.size(), prefix) == 0;
-}
-
 unsigned int String::toUnsignedInt() const {
     return static_cast<unsigned int>(std::max(parseDecimal(c_str()), 0));
 }

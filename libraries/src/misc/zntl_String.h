@@ -66,7 +66,10 @@ public:
     int iCompare(String const& other) const;
 
     /// Whether the string starts with `prefix`; the empty prefix is a prefix of every string.
-    bool hasPrefix(String const& prefix) const;
+    bool hasPrefix(String const& prefix) const {
+        return prefix.size() <= size() &&
+               traits_type::compare(data(), prefix.data(), prefix.size()) == 0;
+    }
 
     /// The number at the start of the text, read as strtol does in base 10. Negative numbers and
     /// texts without a number give 0; numbers beyond the signed 32-bit range give 2147483647.

@@ -85,6 +85,8 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
             if (i == npos)
                 break;
         } else if (wanted.contains(c)) {
+            if (positions.empty())
+                positions.reserve(16); // the usual list, without growing to it step by step
             positions.push_back(static_cast<unsigned int>(i));
         }
     }

@@ -9,7 +9,7 @@ namespace zntl {
 
 namespace {
 
-/// More than any 32-bit number, and a digit more of it still fits 64 bits.
+/// More than any 32-bit number: digits behind it cannot change what saturates.
 constexpr std::uint64_t beyondInt = std::uint64_t{1} << 32;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -35,8 +35,10 @@ int parseDecimal(char const* text, char const** end) {
         ++number;
     char const* behind = number;
     std::uint64_t magnitude = 0;
-    for (; isDigit(*behind); ++behind)
-        magnitude = std::min<std::uint64_t>(magnitude * 10 + digitValue(*behind), beyondInt);
+    for (; isDigit(*behind); ++behind) {
+        if (magnitude < beyondInt)
+            magnitude = magnitude * 10 + digitValue(*behind);
+    }
     if (end)
         *end = behind == number ? text : behind;
     auto const value = static_cast<std::int64_t>(magnitude);
