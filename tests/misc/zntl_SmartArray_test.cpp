@@ -421,7 +421,7 @@ TEST(ArrayOfString, LeaksNothingWithoutMemory) {
 // --- threads ---
 
 constexpr int threadCount = 4;
-constexpr int rounds = 1000;
+constexpr int rounds = 300;
 
 /// Lets each of some threads do its work; the last use of a handle is in any of them.
 template <class Work>
