@@ -33,4 +33,7 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn.pc"
 if(TARGET resolution)
     # Where the distribution's web servers look for such programs.
     install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
+    # The way to the stand-in SDK stays in the build tree.
+    install(CODE "file(RPATH_REMOVE FILE
+        \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/cgi-bin/resolution\")" COMPONENT program)
 endif()
