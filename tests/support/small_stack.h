@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <pthread.h>
 #include <stdexcept>
@@ -7,8 +9,9 @@
 
 namespace test {
 
-/// Gives what `operation` gives, carried out in a thread whose stack has only this size: an
-/// operation whose depth grows with its input ends the program. The operation must not throw.
+/// Gives what `operation` gives, carried out in a thread whose stack has only this size (or the
+/// smallest that the machine allows, if that is more): an operation whose depth grows with its
+/// input ends the program. The operation must not throw.
 template <class Operation>
 auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} * 1024) {
     struct Work {
@@ -24,8 +27,10 @@ auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} *
     pthread_attr_t attributes;
     pthread_t thread;
     pthread_attr_init(&attributes);
-    bool const started = pthread_attr_setstacksize(&attributes, stackSize) == 0 &&
-                         pthread_create(&thread, &attributes, run, &work) == 0;
+    auto const smallest = static_cast<std::size_t>(PTHREAD_STACK_MIN);
+    bool const started =
+        pthread_attr_setstacksize(&attributes, std::max(stackSize, smallest)) == 0 &&
+        pthread_create(&thread, &attributes, run, &work) == 0;
     pthread_attr_destroy(&attributes);
     if (!started)
         throw std::runtime_error("cannot start a thread with a small stack");
