@@ -36,4 +36,36 @@ if(TARGET resolution)
     # The way to the stand-in SDK stays in the build tree.
     install(CODE "file(RPATH_REMOVE FILE
         \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/cgi-bin/resolution\")" COMPONENT program)
+    install(FILES "${PROJECT_SOURCE_DIR}/packaging/resolution.1"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+        COMPONENT program)
+
+    # The servers' configurations, filled in for the program's place in a package.
+    set(PROGRAM /usr/lib/cgi-bin/resolution)
+    set(HOME /var/www)
+    set(FCGIWRAP_SOCKET /run/fcgiwrap.socket)
+    file(GLOB zn_servers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/packaging/servers/*.conf")
+    foreach(server IN LISTS zn_servers)
+        cmake_path(GET server FILENAME name)
+        configure_file("${server}" "servers/${name}" @ONLY)
+        install(FILES "${CMAKE_CURRENT_BINARY_DIR}/servers/${name}"
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution/servers"
+            COMPONENT program)
+    endforeach()
 endif()
+
+# The documents go with what they are about.
+set(zn_documents "${PROJECT_SOURCE_DIR}/docs")
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${zn_documents}/deployment.md"
+        "${zn_documents}/sdk-requirements.md"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution"
+    COMPONENT program)
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libzn-dev"
+    COMPONENT development)
+install(DIRECTORY "${zn_documents}/"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libzn-dev"
+    COMPONENT development
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg"
+    PATTERN deployment.md EXCLUDE
+    PATTERN sdk-requirements.md EXCLUDE)

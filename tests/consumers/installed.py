@@ -1,6 +1,7 @@
 """The library, installed into a folder of its own, and tools to use it from there."""
 
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -16,6 +17,9 @@ CC, CXX = os.environ['ZN_CC'], os.environ['ZN_CXX']
 NM, READELF = os.environ['ZN_NM'], os.environ['ZN_READELF']
 VERSION = os.environ['ZN_VERSION']
 
+# What the consumer prints.
+OUTPUT = 'CIF\n640x480\n2 1 0\nzntl::Exception\n'
+
 WARNINGS = ['-Wall', '-Wextra', '-Wpedantic', '-Wconversion', '-Wshadow', '-Werror']
 
 
@@ -29,8 +33,29 @@ def call(*command, **options):
     return done.stdout
 
 
-def run(program):
-    return call(*EMULATOR, program)
+def run(program, **variables):
+    return call(*EMULATOR, program, env=os.environ | variables)
+
+
+def build_with_find_package(tree, prefix, *options):
+    """The consumer, built in a project that finds the library below the prefix. A toolchain file
+    may confine all searches to its own root, so there the project is told the very place."""
+    place = f'-Dzn_DIR={prefix}/lib/cmake/zn' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
+    return build_project('find_package', tree, place, *options)
+
+
+def build_project(project, tree, *options):
+    toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
+    call(CMAKE, '-S', HERE / project, '-B', tree, '-G', 'Ninja', *toolchain,
+         f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}', '-DCMAKE_BUILD_TYPE=Debug',
+         *options)
+    call(CMAKE, '--build', tree, '--parallel', '2', '--target', 'consumer')
+    return tree / 'consumer'
+
+
+def needed(program):
+    """The shared libraries that a program or library names."""
+    return re.findall(r'Shared library: \[(.*)\]', call(READELF, '--dynamic', program))
 
 
 class InstalledTest(unittest.TestCase):
