@@ -1,0 +1,219 @@
+"""Camera SDKs that the build takes, and those that it refuses, with the words of its refusal."""
+
+import os
+import re
+import shutil
+import struct
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+CMAKE = os.environ['ZN_CMAKE']
+SOURCES = Path(os.environ['ZN_SOURCES'])
+PROGRAM = os.environ['ZN_PROGRAM']
+SIMULATOR = Path(os.environ['ZN_SIMULATOR'])
+TOOLCHAIN = os.environ['ZN_TOOLCHAIN']
+EMULATOR = os.environ['ZN_EMULATOR'].split()
+READELF = os.environ['ZN_READELF']
+CC, CXX = os.environ['ZN_CC'], os.environ['ZN_CXX']
+
+FITTING = {
+    'csdk': 'char csdk[20] = {1};',
+    'csdk_settings': 'char csdk_settings[40] = {1};',
+    'csdk_init': 'int csdk_init(void) { return 0; }',
+    'csdk_next_resolution': 'int csdk_next_resolution(int h, int* x, int* y)'
+                            ' { *x = h; *y = 0; return 1; }',
+    'csdk_deinit': 'int csdk_deinit(void) { return 0; }',
+}
+
+
+class SdkTest(unittest.TestCase):
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.library = self.folder / 'libsdk.so'
+
+    def compile(self, *options, **changes):
+        """A library with these definitions in place of the fitting ones."""
+        source = self.folder / 'sdk.c'
+        source.write_text('\n'.join({**FITTING, **changes}.values()) + '\n')
+        subprocess.run([CC, '-shared', '-fPIC', *options, source, '-o', self.library], check=True)
+
+    def call(self, *command):
+        done = subprocess.run([CMAKE, *map(str, command)], stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding='utf-8',
+                              timeout=300, check=False)
+        # Messages are wrapped at a width that depends on where they come from.
+        return done.returncode, re.sub(r'\s+', ' ', done.stderr)
+
+
+class Check(SdkTest):
+
+    def check(self, library=None):
+        return self.call(f'-DSDK={library or self.library}', f'-DPROGRAM={PROGRAM}',
+                         f'-DCMAKE_READELF={READELF}',
+                         '-P', SOURCES / 'cmake/CheckCameraSdk.cmake')
+
+    def assert_taken(self, library=None):
+        self.assertEqual(self.check(library), (0, ''))
+
+    def assert_refused(self, *faults, library=None):
+        status, message = self.check(library)
+        self.assertNotEqual(status, 0)
+        found = re.search(r'The camera SDK \S+ does not fit the program: (.*) What an SDK must '
+                          r'provide is in docs/sdk-requirements\.md\.', message)
+        self.assertIsNotNone(found, message)
+        self.assertEqual(found[1], ' '.join(faults))
+
+
+class Fitting(Check):
+
+    def test_stand_in(self):
+        self.assert_taken(SIMULATOR)
+
+    def test_other_library_with_the_same_interface(self):
+        self.compile()
+        self.assert_taken()
+
+    def test_symbols_with_versions(self):
+        script = self.folder / 'versions'
+        script.write_text('SDK_1.0 { global: csdk*; local: *; };')
+        self.compile(f'-Wl,--version-script={script}')
+        self.assert_taken()
+
+    def test_more_symbols_than_needed(self):
+        self.compile(csdk_more='int csdk_more; int my_csdk; int csdk_settings_old[3];')
+        self.assert_taken()
+
+
+class Unfitting(Check):
+
+    def test_each_missing_name(self):
+        for name in FITTING:
+            with self.subTest(name):
+                self.compile(**{name: ''})
+                self.assert_refused(f'{name} is missing')
+
+    def test_name_that_is_only_part_of_another(self):
+        self.compile(csdk='char csdk_[20]; char xcsdk[20];')
+        self.assert_refused('csdk is missing')
+
+    def test_name_that_is_only_used(self):
+        self.compile(csdk_init='int csdk_init(void); int start(void);'
+                               'int start(void) { return csdk_init(); }')
+        self.assert_refused('csdk_init is missing')
+
+    def test_name_that_is_hidden(self):
+        self.compile(csdk_deinit='__attribute__((visibility("hidden"))) int csdk_deinit(void)'
+                                 ' { return 0; }')
+        self.assert_refused('csdk_deinit is missing')
+
+    def test_record_sizes(self):
+        for size in (1, 19, 21, 24):
+            with self.subTest('csdk', size=size):
+                self.compile(csdk=f'char csdk[{size}];')
+                self.assert_refused(f"csdk has {size} bytes, and the program's has 20")
+        for size in (20, 36, 44, 48):
+            with self.subTest('csdk_settings', size=size):
+                self.compile(csdk_settings=f'char csdk_settings[{size}];')
+                self.assert_refused(f"csdk_settings has {size} bytes, and the program's has 40")
+
+    def test_record_that_is_a_function(self):
+        self.compile(csdk='int csdk(void) { return 0; }')
+        self.assert_refused('csdk is no OBJECT but FUNC')
+
+    def test_function_that_is_a_record(self):
+        self.compile(csdk_init='int csdk_init = 1;')
+        self.assert_refused('csdk_init is no FUNC but OBJECT')
+
+    def test_record_that_the_library_would_not_share(self):
+        self.compile(csdk='__attribute__((visibility("protected"))) char csdk[20] = {1};')
+        self.assert_refused("csdk is PROTECTED: the library would not use the program's")
+
+    def test_all_faults_at_once(self):
+        self.compile(csdk='char csdk[24];', csdk_init='', csdk_deinit='')
+        self.assert_refused("csdk has 24 bytes, and the program's has 20", 'csdk_init is missing',
+                            'csdk_deinit is missing')
+
+    def test_no_library(self):
+        for content in (b'', b'INPUT(libother.so)\n', bytes(range(256))):
+            with self.subTest(content[:10]):
+                self.library.write_bytes(content)
+                self.assert_refused('it is no ELF shared library')
+
+    def test_object_file(self):
+        source = self.folder / 'sdk.c'
+        source.write_text('int x;\n')
+        subprocess.run([CC, '-c', source, '-o', self.library], check=True)
+        self.assert_refused('it is no ELF shared library')
+
+
+class OtherMachines(Check):
+    """The stand-in's file with one field of its header changed."""
+
+    def assert_refused_with(self, offset, layout, value, words):
+        content = bytearray(SIMULATOR.read_bytes())
+        struct.pack_into(layout, content, offset, value)
+        self.library.write_bytes(content)
+        status, message = self.check()
+        self.assertNotEqual(status, 0)
+        self.assertRegex(message, words)
+
+    def test_other_processor(self):
+        self.assert_refused_with(0x12, '<H', 8, r'it is for ELF\d\d, little endian, MIPS R3000, '
+                                                r'and this build for ELF\d\d, little endian, ')
+
+    @unittest.skipUnless('arm-linux' in CC, 'only 32-bit ARM has two')
+    def test_other_float_abi(self):
+        hard = 'gnueabihf' in CC
+        self.assert_refused_with(
+            0x24, '<I', 0x05000200 if hard else 0x05000400,
+            r'it is for ELF32, little endian, ARM, {}-float ABI, and this build for ELF32, little '
+            r'endian, ARM, {}-float ABI'.format(*('soft', 'hard') if hard else ('hard', 'soft')))
+
+
+class Configuring(SdkTest):
+    """The same through the build, for the library named and for the folder that it is in."""
+
+    def configure(self, *options):
+        toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
+        return self.call('-S', SOURCES, '-B', self.folder / 'build', '-G', 'Ninja', *toolchain,
+                         f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}',
+                         '-DCMAKE_BUILD_TYPE=Debug', '-DZN_BUILD_TESTS=OFF', '-DZN_INSTALL=OFF',
+                         *options)
+
+    def test_refuses_a_library_that_does_not_fit(self):
+        self.compile(csdk_settings='char csdk_settings[44];')
+        status, message = self.configure(f'-DCSDK_LIBRARY={self.library}')
+        self.assertNotEqual(status, 0)
+        self.assertIn("csdk_settings has 44 bytes, and the program's has 40", message)
+
+    def test_refuses_a_library_that_is_not_there(self):
+        status, message = self.configure('-DCSDK_LIBRARY=/no/such/libsdk.so')
+        self.assertNotEqual(status, 0)
+        self.assertIn('CSDK_LIBRARY is "/no/such/libsdk.so", and there is no such file', message)
+
+    def test_refuses_a_root_without_a_library(self):
+        status, message = self.configure(f'-DCSDK_ROOT={self.folder}')
+        self.assertNotEqual(status, 0)
+        self.assertIn(f'CSDK_ROOT is "{self.folder}", and there is no libsdk.so in it', message)
+
+    def test_takes_the_library_of_a_root_and_builds_with_it(self):
+        place = self.folder / 'sdk/usr/lib'
+        place.mkdir(parents=True)
+        shutil.copy(SIMULATOR, place / 'libsdk.so')
+        status, message = self.configure(f'-DCSDK_ROOT={self.folder / "sdk"}')
+        self.assertEqual((status, message), (0, ''))
+        self.assertEqual(self.call('--build', self.folder / 'build', '--parallel', '2',
+                                   '--target', 'resolution')[0], 0)
+        done = subprocess.run([*EMULATOR, self.folder / 'build/resolution'], encoding='utf-8',
+                              env=os.environ | {'LD_LIBRARY_PATH': str(place)},
+                              stdout=subprocess.PIPE, timeout=60, check=True)
+        self.assertIn('[{"resolution": "160x120", "default": true }', done.stdout)
+
+
+if __name__ == '__main__':
+    unittest.main()
