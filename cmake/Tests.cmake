@@ -10,7 +10,18 @@ function(zn_add_test source)
     string(REGEX REPLACE "/.*" "" area "${name}")
     string(REPLACE "/" "." target "test.${name}")
 
-    add_executable(${target} "${source}" ${ARGN})
+    # The precompiled header is C++; parts in C are compiled beside it.
+    set(parts ${ARGN})
+    set(c_parts ${ARGN})
+    list(FILTER parts EXCLUDE REGEX "\\.c$")
+    list(FILTER c_parts INCLUDE REGEX "\\.c$")
+    add_executable(${target} "${source}" ${parts})
+    if(c_parts)
+        add_library(${target}.c OBJECT ${c_parts})
+        target_link_libraries(${target}.c PRIVATE zn::zn)
+        zn_enable_warnings(${target}.c)
+        target_link_libraries(${target} PRIVATE ${target}.c)
+    endif()
     set_target_properties(${target} PROPERTIES
         OUTPUT_NAME "${name}_test"
         RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")

@@ -15,7 +15,7 @@ std::string Integer::getTypeName() const { return "Integer"; }
 std::string Integer::toXML() const { return toXML("Integer"); }
 
 std::string Integer::toXML(char const* name) const {
-    std::string const element = name ? name : "";
+    char const* const element = name ? name : "";
     std::string xml = "<";
     xml += element;
     xml += '>';

@@ -87,6 +87,7 @@ protected:
             raise(273, "operator[]() - index out of range!");
         // Plain address arithmetic: the place may lie past what pointer arithmetic may name.
         auto const address = reinterpret_cast<std::uintptr_t>(buffer_);
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         return *reinterpret_cast<T*>(address + std::uintptr_t{i} * sizeof(T));
     }
 

@@ -2,6 +2,7 @@
 
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
+#include "misc/internal/zntl_escape.h"
 #include "system/zn_portability.h"
 #include "xml/znxml_DomIterator.h"
 
@@ -10,7 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <cstring>
 
 namespace zntl {
 
@@ -46,16 +47,18 @@ String String::fromVAList(char const* format, void* args) {
     if (!format)
         return {};
     // Most texts fit here, and then one formatting pass measures and delivers.
-    char brief[256];
+    char brief[4096];
     int const length = zntl::format(brief, sizeof brief, format, args);
     if (length < 0)
         return {};
-    auto const size = static_cast<std::size_t>(length) + 1;
-    if (size <= sizeof brief)
+    auto const size = static_cast<std::size_t>(length);
+    if (size < sizeof brief)
         return {brief};
-    std::unique_ptr<char[]> const buffer(new char[size]);
-    zntl::format(buffer.get(), size, format, args);
-    return {buffer.get()};
+    String text;
+    text.resize(size);
+    zntl::format(text.data(), size + 1, format, args);
+    text.resize(std::strlen(text.c_str()));
+    return text;
 }
 
 String String::fromFormat(char const* format, ...) {
@@ -67,9 +70,8 @@ String String::fromFormat(char const* format, ...) {
 }
 
 String String::fromInteger(int value) {
-    String text;
-    appendDecimal(text, value);
-    return text;
+    DecimalDigits digits;
+    return {digits, writeDecimal(digits, value)};
 }
 
 String String::fromFloat(float value, int decimals) {
@@ -146,7 +148,7 @@ std::string String::toXML(char const* name) const {
     if (empty())
         return xml += "/>";
     xml += '>';
-    xml += encodeHtml(*this);
+    appendEncoded(xml, *this);
     xml += "</";
     xml += name;
     return xml += '>';

@@ -1,5 +1,7 @@
 #include "misc/zntl_String.h"
 
+#include "misc/internal/zntl_escape.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -28,25 +30,29 @@ bool startsWithRest(std::string_view text, Escape const& escape) {
 
 // Each markup character is searched by itself, from one of its occurrences to the next, which leaps
 // over text without markup at the speed of the C library.
-String String::encodeHtml(String const& text) {
+void appendEncoded(std::string& encoded, std::string const& text) {
     std::array<std::size_t, escapes.size()> next;
     std::transform(escapes.begin(), escapes.end(), next.begin(),
                    [&](Escape const& escape) { return text.find(escape.character); });
-    String result;
-    result.reserve(text.size());
     std::size_t copied = 0;
     while (true) {
         auto const first = std::min_element(next.begin(), next.end());
-        if (*first == npos)
+        if (*first == std::string::npos)
             break;
         Escape const& escape = escapes[static_cast<std::size_t>(first - next.begin())];
-        result.append(text, copied, *first - copied);
-        result += escape.entity;
+        encoded.append(text, copied, *first - copied);
+        encoded += escape.entity;
         copied = *first + 1;
         *first = text.find(escape.character, copied);
     }
-    result.append(text, copied);
-    return result;
+    encoded.append(text, copied);
+}
+
+String String::encodeHtml(String const& text) {
+    String encoded;
+    encoded.reserve(text.size());
+    appendEncoded(encoded, text);
+    return encoded;
 }
 
 // One pass with the result of five: "&amp;" first, and then, in the result, the others. An "&",

@@ -47,7 +47,8 @@ __attribute__((no_sanitize("null"))) char* zn_strupr(char* s) {
     // The walk starts at the null address instead of at s, and that is kept. Volatile, because
     // a compiler that saw the null pointer would put another trap in place of the walk.
     unsigned char volatile* volatile walk = nullptr;
-    if (*walk == 0)
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
+    if (*walk == 0) // cppcheck-suppress nullPointer
         return s;
     __int32_t const* const table = *__ctype_toupper_loc();
     for (; *walk != 0; walk = walk + 1)

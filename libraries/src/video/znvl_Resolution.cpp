@@ -64,6 +64,14 @@ char const* lookUp(char const* text, char const* const* keys, char const* const*
     return nullptr;
 }
 
+/// Takes a size from its numbers, or from the entry that its name leads to.
+bool parseSize(char const* text, int& width, int& height) {
+    if (scanSize(text, width, height))
+        return true;
+    char const* const size = lookUp(text, Resolution::NameStrings, Resolution::ResolutionStrings);
+    return size && parseSize(size, width, height);
+}
+
 } // namespace
 
 char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p", nullptr};
@@ -94,15 +102,13 @@ Resolution Resolution::scale(Resolution const& bounds) const {
 }
 
 bool Resolution::fromString(zntl::String const& text) {
-    int scannedWidth;
-    int scannedHeight;
-    if (scanSize(text.c_str(), scannedWidth, scannedHeight)) {
-        width = scannedWidth;
-        height = scannedHeight;
-        return true;
-    }
-    char const* const size = lookUp(text.c_str(), NameStrings, ResolutionStrings);
-    return size && fromString(size);
+    int parsedWidth;
+    int parsedHeight;
+    if (!parseSize(text.c_str(), parsedWidth, parsedHeight))
+        return false;
+    width = parsedWidth;
+    height = parsedHeight;
+    return true;
 }
 
 zntl::String Resolution::toNameString() const {

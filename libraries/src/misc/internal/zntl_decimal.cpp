@@ -20,10 +20,14 @@ unsigned int digitValue(char c) { return static_cast<unsigned int>(c - '0'); }
 
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+std::size_t writeDecimal(DecimalDigits& digits, int value) {
+    char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    return static_cast<std::size_t>(end - digits);
+}
+
 void appendDecimal(std::string& text, int value) {
-    char digits[sizeof "-2147483648"];
-    std::to_chars_result const written = std::to_chars(digits, digits + sizeof digits, value);
-    text.append(digits, written.ptr);
+    DecimalDigits digits;
+    text.append(digits, writeDecimal(digits, value));
 }
 
 int parseDecimal(char const* text, char const** end) {

@@ -1,8 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace zntl {
+
+/// Room for the digits of any 32-bit number, and a sign.
+using DecimalDigits = char[sizeof "-2147483648"];
+
+/// Writes `value` in decimal, without a NUL, as appendDecimal does; returns the number of
+/// characters.
+std::size_t writeDecimal(DecimalDigits& digits, int value);
 
 /// Appends `value` in decimal: a minus sign for negatives, no plus sign, no padding, whatever the
 /// locale is.
