@@ -7,8 +7,12 @@
 
 namespace __gnu_cxx {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the name is the runtime's
+
 void __verbose_terminate_handler();
 
-void __verbose_terminate_handler() { std::abort(); } // NOLINT(bugprone-reserved-identifier)
+void __verbose_terminate_handler() { std::abort(); }
+
+// NOLINTEND(bugprone-reserved-identifier)
 
 } // namespace __gnu_cxx
