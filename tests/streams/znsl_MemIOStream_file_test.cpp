@@ -392,8 +392,7 @@ TEST_F(MemIOStreamLoad, IsFalseForTheLargestFileWithoutTheMemoryForIt) {
     EXPECT_FALSE(noMemory.runsOutOfMemory([&] { loaded = stream.load(path.c_str()); }));
     EXPECT_FALSE(loaded);
     EXPECT_EQ(View(stream), before);
-    // On 32-bit machines no such array can exist, and none is asked for.
-    EXPECT_EQ(noMemory.happened(), sizeof(std::size_t) > 4);
+    EXPECT_TRUE(noMemory.happened()) << "the size fits 32 bits";
 }
 
 TEST_F(MemIOStreamLoad, IsFalseWhenAnyCallFails) {
