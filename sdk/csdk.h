@@ -27,7 +27,7 @@ struct csdk_state {
     /// may change it at any call, so read it afresh for each use.
     int32_t handle;
 
-    unsigned char reserved[16];
+    unsigned char reserved[16]; ///< the SDK's own
 };
 
 /// The bit of csdk_settings_record::flags that switches the second option.
@@ -55,6 +55,7 @@ struct csdk_settings_record {
     /// seven are the SDK's.
     uint8_t flags;
 
+    /// The SDK's own.
     unsigned char reserved[40 - 2 * sizeof(char const*) - 6];
 };
 

@@ -12,9 +12,12 @@ public:
     /// Leaves the value indeterminate until it is set or read; deliberately without an implicit
     /// zero.
     Integer() {} // NOLINT(modernize-use-equals-default): `Integer{}` would zero the value
+    /// Converts, so that a number can be used wherever an Integer is expected.
     Integer(int value) : value_(value) {}
 
+    /// The value.
     int getValue() const { return value_; }
+    /// Replaces the value.
     void setValue(int value) { value_ = value; }
 
     /// 504.

@@ -74,12 +74,14 @@ public:
     }
 
 protected:
+    /// What `operator*` gives, writable.
     T& first() const {
         if (!buffer_)
             raise(260, "operator*() - pointer is NULL!");
         return *buffer_;
     }
 
+    /// What `operator[]` gives, writable.
     T& at(unsigned int i) const {
         if (!buffer_)
             raise(272, "operator[]() - pointer is NULL!");

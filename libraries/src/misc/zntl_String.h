@@ -24,7 +24,9 @@ public:
     String() = default;
     String(String const&) = default;
     String(String&&) noexcept = default;
+    /// All characters, NULs too.
     String(std::string const& text) : std::string(text) {}
+    /// All characters, NULs too, without a copy.
     String(std::string&& text) noexcept : std::string(std::move(text)) {}
     /// The characters up to the first NUL.
     String(char const* text) : std::string(text ? text : "") {}
@@ -33,7 +35,9 @@ public:
     using std::string::operator=;
     String& operator=(String const&) = default;
     String& operator=(String&&) noexcept = default;
+    /// All characters, NULs too.
     String& operator=(std::string const& text);
+    /// All characters, NULs too, without a copy.
     String& operator=(std::string&& text) noexcept;
     /// The characters up to the first NUL.
     String& operator=(char const* text);

@@ -24,9 +24,9 @@ class Members {
 public:
     /// The place in the source that a class without an XML form reports.
     struct Place {
-        char const* source;
-        int line;
-        char const* className;
+        char const* source;    ///< the file's path as the build names it, without its extension
+        int line;              ///< the line in it
+        char const* className; ///< the class, with its namespace
     };
 
     /// Asks `object` for its members by `fillSerializable(list, table)`.

@@ -16,13 +16,14 @@ namespace znvl {
 /// takes no part in ordering, equality, texts and stored forms; only copying carries it.
 class Resolution : public znsl::Serializable {
 public:
-    zntl::Integer width;
-    zntl::Integer height;
-    zntl::String name;
+    zntl::Integer width;  ///< in pixels; any number
+    zntl::Integer height; ///< in pixels; any number
+    zntl::String name;    ///< a text carried along
 
-    /// The short names of the common sizes, and the sizes that they stand for at the same places;
-    /// both end with a null pointer. Ordinary writable data: the lookups use what stands there.
+    /// The short names of the common sizes, with a null pointer at the end. Ordinary writable data:
+    /// the lookups use what stands there.
     static char const* NameStrings[];
+    /// The sizes that the names at the same places stand for, likewise.
     static char const* ResolutionStrings[];
 
     /// 0x0 without a name.
@@ -35,17 +36,20 @@ public:
     Resolution& operator=(Resolution&&) noexcept = default;
     ~Resolution() override = default;
 
+    /// By width, and by height for equal widths.
     bool operator<(Resolution const& other) const {
         if (width.getValue() != other.width.getValue())
             return width.getValue() < other.width.getValue();
         return height.getValue() < other.height.getValue();
     }
 
+    /// Equal width and height; the names may differ.
     bool operator==(Resolution const& other) const {
         return width.getValue() == other.width.getValue() &&
                height.getValue() == other.height.getValue();
     }
 
+    /// Another width or height.
     bool operator!=(Resolution const& other) const { return !(*this == other); }
 
     /// The larger width and the larger height of the two, without a name: 640x360 and 480x480 give
