@@ -21,12 +21,15 @@ constexpr znsl::Members::Place withoutXML{"../../../../../libraries/src/video/zn
 
 /// The nearest integer, halves away from zero, saturated; 0 for what is not a number.
 int roundToInt(float x) {
+    // The sum with a half is rounded to float itself, and that is kept.
+    // NOLINTBEGIN(bugprone-incorrect-roundings)
     constexpr float limit = 2147483648.0F;
     if (x >= 0)
         return x >= limit ? INT_MAX : static_cast<int>(x + 0.5F);
     if (x < 0)
         return x <= -limit ? INT_MIN : static_cast<int>(x - 0.5F);
     return 0;
+    // NOLINTEND(bugprone-incorrect-roundings)
 }
 
 char const* skipSpace(char const* text) {
@@ -65,6 +68,7 @@ char const* lookUp(char const* text, char const* const* keys, char const* const*
 }
 
 /// Takes a size from its numbers, or from the entry that its name leads to.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as one entry's text names another
 bool parseSize(char const* text, int& width, int& height) {
     if (scanSize(text, width, height))
         return true;
@@ -83,7 +87,7 @@ char const* Resolution::ResolutionStrings[] = {"176x144",  "352x288",   "704x576
 Resolution Resolution::getMax(Resolution const& other) {
     Resolution const none;
     if (*this == none || other == none)
-        return none;
+        return {};
     return {std::max(width.getValue(), other.width.getValue()),
             std::max(height.getValue(), other.height.getValue())};
 }
