@@ -5,7 +5,8 @@
  *     next      csdk_next_resolution() with the present handle
  *     stale     csdk_next_resolution() with the handle of the first call
  *     all       next, until a call does not deliver
- *     clobber   changes the two variables that receive a resolution
+ *     wider     changes the variable that receives the width
+ *     higher    changes the variable that receives the height
  *     deinit    csdk_deinit()
  */
 #include "csdk.h"
@@ -31,7 +32,7 @@ int main(int argc, char** argv) {
 
     for (int i = 1; i < argc; ++i) {
         if (strcmp(argv[i], "name") == 0) {
-            csdk_settings.application_name = "a\tb\\c\n\xff ~=";
+            csdk_settings.application_name = "a\tb\\c\n\x7f\xff ~=";
         } else if (strcmp(argv[i], "init") == 0) {
             printf("init %d\n", csdk_init());
             first_handle = csdk.handle;
@@ -42,8 +43,10 @@ int main(int argc, char** argv) {
         } else if (strcmp(argv[i], "all") == 0) {
             while (next(csdk.handle) == 0)
                 ;
-        } else if (strcmp(argv[i], "clobber") == 0) {
-            width = height = -1;
+        } else if (strcmp(argv[i], "wider") == 0) {
+            ++width;
+        } else if (strcmp(argv[i], "higher") == 0) {
+            ++height;
         } else if (strcmp(argv[i], "deinit") == 0) {
             printf("deinit %d\n", csdk_deinit());
         } else {

@@ -216,16 +216,26 @@ class Handles(unittest.TestCase):
 class Record(unittest.TestCase):
 
     def test_has_every_call_in_order(self):
-        calls = probe('init', 'next', 'clobber', 'next', 'next', 'deinit',
+        calls = probe('init', 'next', 'next', 'next', 'deinit',
                       sizes=['1x2', '-3x4'], end_result=-7).calls
         self.assertEqual([call.name for call in calls],
                          ['csdk_init', *['csdk_next_resolution'] * 3, 'csdk_deinit'])
         self.assertEqual([call.fields for call in calls[1:4]], [
             {'result': '0', 'handle': '1001', 'expected': '1001', 'width': '1', 'height': '2'},
-            {'result': '0', 'handle': '1001', 'expected': '1001', 'kept': '0',
+            {'result': '0', 'handle': '1001', 'expected': '1001', 'kept': '1',
              'width': '-3', 'height': '4'},
             {'result': '-7', 'handle': '1001', 'expected': '1001', 'kept': '1'},
         ])
+
+    def test_tells_whether_the_variables_were_left_alone(self):
+        for change in ('wider', 'higher'):
+            with self.subTest(change):
+                calls = probe('init', 'next', change, 'next', 'next').calls
+                self.assertEqual([call['kept'] for call in calls[2:]], ['0', '1'])
+
+    def test_that_cannot_be_written_fails_the_start(self):
+        self.assertEqual(probe('init', 'next', 'deinit', record='/dev/full').output,
+                         b'init -1000\nnext -1000\ndeinit -1000\n')
 
     def test_has_both_records_as_the_library_set_them_up(self):
         start, stop = probe('init', 'deinit').calls
@@ -244,7 +254,7 @@ class Record(unittest.TestCase):
 
     def test_has_texts_on_one_line(self):
         start, = probe('name', 'init').calls
-        self.assertEqual(start['application'], r'a\x09b\x5cc\x0a\xff ~=')
+        self.assertEqual(start['application'], r'a\x09b\x5cc\x0a\x7f\xff ~=')
         self.assertNotIn('vendor', start.fields)
 
     def test_has_a_start_that_failed(self):
