@@ -9,7 +9,7 @@ import socket
 import subprocess
 import unittest
 
-CAMERA = os.environ['ZN_CAMERA']
+CAMERA = os.environ['ZN_COMMAND']
 START_LIMIT = 240  # seconds, on a busy machine that has to download and build first
 BOOT_LIMIT = 30  # seconds, as the camera itself counts them
 
