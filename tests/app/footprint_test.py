@@ -14,10 +14,10 @@ STRIP = os.environ['ZN_STRIP']
 
 # The stripped program, in KiB.
 LIMITS = {
-    'ARM, hard float': 96,
-    'ARM, soft float': 128,
-    'AArch64': 208,
-    'Advanced Micro Devices X86-64': 176,
+    'ARM, hard float': 64,
+    'ARM, soft float': 96,
+    'AArch64': 144,
+    'Advanced Micro Devices X86-64': 112,
 }
 
 
