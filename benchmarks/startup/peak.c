@@ -22,9 +22,7 @@ static long residentKiB(pid_t process) {
     return size;
 }
 
-static int isAboutToExit(int status) {
-    return status >> 8 == (SIGTRAP | PTRACE_EVENT_EXIT << 8);
-}
+static int isAboutToExit(int status) { return status >> 8 == (SIGTRAP | PTRACE_EVENT_EXIT << 8); }
 
 int main(int argc, char** argv) {
     if (argc < 2)
