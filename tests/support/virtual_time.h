@@ -5,7 +5,9 @@
 // the system does.
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <sys/syscall.h>
 #include <time.h>
@@ -66,6 +68,8 @@ public:
     }
 
     void sleep(unsigned int microseconds) {
+        if (sleeps_.size() == endless)
+            std::abort(); // rather than until there is no memory
         sleeps_.push_back(microseconds);
         nanoseconds_ += std::int64_t{microseconds} * 1000;
         if (onSleep_)
@@ -73,6 +77,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t endless = 100000;
+
     std::int64_t nanoseconds_ = 0;
     bool failing_ = false;
     unsigned int readings_ = 0;
