@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -255,8 +256,8 @@ TEST_F(StringFromFile, TakesAnEmptyFile) {
 }
 
 TEST_F(StringFromFile, GivesBackWhatWasWritten) {
-    for (std::size_t const length :
-         {0, 1, 2, 15, 16, 511, 512, 4094, 4095, 4096, 4097, 8191, 8192, 8193, 65536, 1000000}) {
+    for (std::size_t const length : std::initializer_list<std::size_t>{
+             0, 1, 2, 15, 16, 511, 512, 4094, 4095, 4096, 4097, 8191, 8192, 8193, 65536, 1000000}) {
         std::string const text = test::repeated(everyByte(), length / 256 + 1).substr(0, length);
         ASSERT_TRUE(String(text).toFile(path().c_str()));
         auto const [done, taken] = read();
