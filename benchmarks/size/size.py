@@ -5,9 +5,14 @@ and what has changed since the last release. ./size builds the trees and calls t
 import argparse
 import re
 import subprocess
+import sys
 import tempfile
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+import report
+
+PAGE = Path(__file__).resolve().parents[2] / 'docs/performance.md'
 RECORDED = Path(__file__).resolve().parent / 'recorded.txt'
 HEAVIEST = 15
 
@@ -87,6 +92,25 @@ def save(trees, version):
     RECORDED.write_text('\n'.join(lines) + '\n')
 
 
+def update_page(trees, version):
+    """The documentation has the sizes of the release."""
+    features = {tree.target: tree.features() for tree in trees}
+    first = features[trees[0].target]
+    lines = [f'`./size`, release {version}', '',
+             '| | ' + ' | '.join(f'{tree.target} text | data | bss | price' for tree in trees) + ' |',
+             '|---|' + '--:|' * 4 * len(trees)]
+    for name in sorted(first, key=lambda name: sum(first[name])):
+        cells = []
+        for programs in features.values():
+            price = sum(programs[name]) - sum(programs['runtime'])
+            cells += [f'{size:,}' for size in (*programs[name], price)]
+        lines.append(f'| {name} | {" | ".join(cells)} |')
+    shipped = (f'{tree.target}: {tree.stripped():,} bytes stripped, text {tree.program()[0]:,}, '
+               f'data {tree.program()[1]:,}, bss {tree.program()[2]:,}' for tree in trees)
+    lines += ['', 'The program as shipped: ' + '; '.join(shipped) + '.']
+    PAGE.write_text(report.replace_section(PAGE.read_text(), 'size', '\n'.join(lines)))
+
+
 def change(now, before):
     if before is None:
         return 'new'
@@ -107,7 +131,7 @@ def table(title, target, kind, figures, recorded, base=(0, 0, 0)):
     return '\n'.join(lines)
 
 
-def report(tree, recorded):
+def description(tree, recorded):
     features = dict(sorted(tree.features().items(), key=lambda entry: sum(entry[1])))
     objects = dict(sorted(tree.objects().items(), key=lambda entry: -sum(entry[1])))
     stripped = tree.stripped()
@@ -131,11 +155,12 @@ def main():
     trees = [Tree(path) for path in arguments.trees]
     if arguments.record:
         save(trees, arguments.record)
-        print(f'recorded in {RECORDED}')
+        update_page(trees, arguments.record)
+        print(f'recorded in {RECORDED} and {PAGE}')
         return
     recorded = load()
     for tree in trees:
-        print(*report(tree, recorded), sep='\n\n')
+        print(*description(tree, recorded), sep='\n\n')
 
 
 if __name__ == '__main__':
