@@ -278,6 +278,15 @@ TEST_F(SerializableFromFile, IgnoresBytesBehindThePayload) {
     EXPECT_EQ(toHex(value.payload), "01");
 }
 
+TEST_F(SerializableFromFile, ReadsTheBeginningOfAFileBeyond32Bits) {
+    writeFile(path(), fromHex("07 00 01 00 00 00 01"));
+    ASSERT_EQ(truncate64(path().c_str(), off64_t{5} << 30), 0); // takes no room on the disk
+    Blob value(7);
+    value.reported = 1;
+    EXPECT_TRUE(value.fromFile(path().c_str()));
+    EXPECT_EQ(toHex(value.payload), "01");
+}
+
 TEST_F(SerializableFromFile, IsFalseWhenTheFileCannotBeOpened) {
     Blob value(7, fromHex("99"));
     EXPECT_FALSE(value.fromFile((directory_ / "missing").c_str()));

@@ -76,17 +76,6 @@ std::vector<Resolution> gridOf(std::vector<int> const& numbers) {
 std::vector<Resolution> const grid =
     gridOf(std::vector<int>(std::begin(extremes), std::end(extremes)));
 
-TEST(Resolution, LaysItsFieldsOutInOrder) {
-    Resolution const r;
-    auto const* const begin = reinterpret_cast<unsigned char const*>(&r);
-    auto const* const width = reinterpret_cast<unsigned char const*>(&r.width);
-    auto const* const height = reinterpret_cast<unsigned char const*>(&r.height);
-    auto const* const name = reinterpret_cast<unsigned char const*>(&r.name);
-    EXPECT_EQ(width, begin + sizeof(void*));
-    EXPECT_LT(width, height);
-    EXPECT_LT(height, name);
-}
-
 TEST(Resolution, IsZeroByZeroWithoutANameByDefault) {
     EXPECT_EQ(fields(Resolution()), fields(0, 0, ""));
 }
