@@ -1090,6 +1090,21 @@ TEST(MemIOStreamBinaryForm, IsRefusedWhenItHoldsNoWholeRecords) {
     EXPECT_EQ(toHex(content(stream)), "01 02 03 04 05 06 07 08 09");
 }
 
+TEST(MemIOStreamBinaryForm, WithoutMemoryLeavesTheStreamEmpty) {
+    Bytes const bytes = concat(fromHex("c8 00 00 00"), recordOfSize(504, 200));
+    long const failures = test::failEachAllocation([&](test::FailingRun& run) {
+        MemIOStream stream(100);
+        fill(stream, 12, 20);
+        if (run.runsOutOfMemory([&] { stream.fromBin(bytes.data(), 204); })) {
+            EXPECT_TRUE(stream.isEmpty());
+            EXPECT_EQ(stream.capacity(), 100U);
+        } else {
+            EXPECT_EQ(stream.size(), 200U);
+        }
+    });
+    EXPECT_EQ(failures, 1);
+}
+
 TEST(MemIOStreamBinaryForm, ReportsTheLengthThatTheStreamSaysItHas) {
     class Padded : public MemIOStream {
     public:
