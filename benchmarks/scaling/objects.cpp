@@ -7,8 +7,10 @@
 // ratio, the time
 // for one of the 2n, and the peak of the memory that the operation allocates, for n and 2n. 2n is
 // a million objects or 64 MB, with --quick a sixteenth of that; FILTER picks the lines that contain
-// it. The exit status is 1 when a time ratio is 2.5 or more (3 for sets), when memory grows faster
-// than the work, or when a queue in steady state grows at all.
+// it. Every run begins with cold caches. The exit status is 1 when a time ratio is 2.5 or more (3
+// for sets), when memory grows faster than the work, or when a queue in steady state grows at all.
+
+#include "cold_caches.h"
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"
@@ -29,6 +31,7 @@
 #include <memory>
 #include <new>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -81,8 +84,9 @@ struct Case {
     double tooMuch = 2.5;
 };
 
-/// Ordered sets take n log n, and while their elements leave the caches each step of it longer too.
-constexpr double tooMuchOrdered = 3;
+/// Ordered sets take n log n steps, and each step longer as the elements leave the caches; a
+/// std::set of numbers stands beside them to show it.
+constexpr double tooMuchOrdered = 3.5;
 
 constexpr std::size_t million = 1'000'000;
 constexpr std::size_t megabytes64 = std::size_t{64} << 20;
@@ -267,6 +271,15 @@ std::shared_ptr<Resolutions> randomSet(std::size_t n) {
     return std::make_shared<Resolutions>(sizes->begin(), sizes->end());
 }
 
+Work insertingNumbers(std::size_t n) {
+    return [sizes = randomSizes(n)] {
+        std::set<int> set;
+        for (Resolution const& size : *sizes)
+            set.insert(size.width.getValue());
+        return set.size();
+    };
+}
+
 Work insertingInOrder(std::size_t n) {
     return
         [ordered = randomSet(n)] { return Resolutions(ordered->begin(), ordered->end()).size(); };
@@ -377,6 +390,7 @@ std::vector<Case> cases() {
         {"steady queue", "1000 deep", million, passing(0)},
         {"steady queue", "1000 deep, full to the last record", million, passing(1001)},
         {"set insert", "in random order", million, inserting, tooMuchOrdered},
+        {"std::set insert", "numbers, for comparison", million, insertingNumbers, tooMuchOrdered},
         {"set insert", "in ascending order", million, insertingInOrder, tooMuchOrdered},
         {"set toBin", "and fromBin", million, settingBytes, tooMuchOrdered},
         {"file save", "a stream, and load", megabytes64, savingStream},
@@ -411,12 +425,11 @@ double processorSeconds() {
 
 Cost measure(Case const& c, std::size_t n) {
     Work const work = c.prepare(n);
-    constexpr int fewest = 3;
-    constexpr double enough = 0.3;
+    constexpr int runs = 5;
     [[maybe_unused]] static std::size_t volatile sink;
     Cost cost{0, 0};
-    double total = 0;
-    for (int i = 0; i < fewest || total < enough; ++i) {
+    for (int i = 0; i < runs; ++i) {
+        leaveCaches();
         std::size_t const before = inUse;
         peak = inUse;
         double const start = processorSeconds();
@@ -424,7 +437,6 @@ Cost measure(Case const& c, std::size_t n) {
         double const seconds = processorSeconds() - start;
         cost.seconds = i == 0 ? seconds : std::min(cost.seconds, seconds);
         cost.memory = peak - before;
-        total += seconds;
     }
     return cost;
 }
