@@ -52,20 +52,19 @@ if(TARGET resolution)
             DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution/servers"
             COMPONENT program)
     endforeach()
+
+    install(FILES
+            "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+            "${PROJECT_SOURCE_DIR}/docs/deployment.md"
+            "${PROJECT_SOURCE_DIR}/docs/sdk-requirements.md"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution"
+        COMPONENT program)
 endif()
 
-# The documents go with what they are about.
-set(zn_documents "${PROJECT_SOURCE_DIR}/docs")
-install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${zn_documents}/deployment.md"
-        "${zn_documents}/sdk-requirements.md"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution"
-    COMPONENT program)
-install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+# The library's documents: those that are not the program's.
+file(GLOB zn_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
+    "${PROJECT_SOURCE_DIR}/docs/*.svg")
+list(FILTER zn_pages EXCLUDE REGEX "/(deployment|sdk-requirements)\\.md$")
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" ${zn_pages}
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libzn-dev"
     COMPONENT development)
-install(DIRECTORY "${zn_documents}/"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libzn-dev"
-    COMPONENT development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg"
-    PATTERN deployment.md EXCLUDE
-    PATTERN sdk-requirements.md EXCLUDE)

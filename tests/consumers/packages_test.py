@@ -36,8 +36,8 @@ DEVELOPMENT_FILES = {
     'share/doc/libzn-dev/CHANGELOG.md',
     *(f'include/zn/{path.relative_to(SOURCES / "libraries/src")}'
       for path in SOURCES.glob('libraries/src/*/*.h')),
-    *(f'share/doc/libzn-dev/{path.relative_to(SOURCES / "docs")}'
-      for path in SOURCES.glob('docs/**/*') if path.suffix in ('.md', '.svg')
+    *(f'share/doc/libzn-dev/{path.name}'
+      for path in SOURCES.glob('docs/*') if path.suffix in ('.md', '.svg')
       and path.name not in ('deployment.md', 'sdk-requirements.md')),
 }
 

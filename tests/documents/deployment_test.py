@@ -1,4 +1,5 @@
-"""The deployment guide, followed to the letter up to the copying, and its quotations."""
+"""The deployment guide, followed to the letter up to the copying, and its quotations; and the
+tutorial's installation."""
 
 import os
 import shlex
@@ -26,16 +27,15 @@ class Configurations(unittest.TestCase):
         self.assertEqual(quotes, files)
 
 
-class Commands(unittest.TestCase):
-    """In a copy of the tree, where the folder of the camera maker is replaced by one with the
-    stand-in SDK."""
+class CommandsTest(unittest.TestCase):
+    """With a copy of the tree to follow commands in."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.tree = Path(folder.name)
         for name in ('app', 'libraries', 'sdk', 'cmake', 'docs', 'packaging', 'examples',
-                     'CMakeLists.txt', 'CHANGELOG.md'):
+                     'tools', 'CMakeLists.txt', 'CHANGELOG.md'):
             (self.tree / name).symlink_to(SOURCES / name)
 
     def follow(self, commands):
@@ -43,6 +43,10 @@ class Commands(unittest.TestCase):
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, encoding='utf-8', timeout=500, check=False)
         self.assertEqual(done.returncode, 0, done.stdout)
+
+
+class Deployment(CommandsTest):
+    """The folder of the camera maker is replaced by one with the stand-in SDK."""
 
     def assert_answers(self, program):
         done = subprocess.run([*EMULATOR, program], stdout=subprocess.PIPE, timeout=60,
@@ -61,6 +65,22 @@ class Commands(unittest.TestCase):
         self.assertIn('/opt/camera/lib/libsdk.so', commands)
         self.follow(commands.replace('/opt/camera/lib', shlex.quote(str(SIMULATOR))))
         self.assert_answers(self.tree / 'build/camera-maker/resolution')
+        self.follow(block(PAGE, 'try'))
+
+
+class Installation(CommandsTest):
+
+    @unittest.skipIf(EMULATOR, 'once is enough')
+    def test_of_the_library(self):
+        page = 'docs/tutorial.md'
+        prefix = self.tree / 'opt'
+        self.follow(block(page, 'install').replace('/opt/zn', str(prefix)))
+        project = self.tree / 'project'
+        project.mkdir()
+        (project / 'CMakeLists.txt').write_text(block(page, 'cmake'))
+        (project / 'tutorial.cpp').symlink_to(SOURCES / 'examples/tutorial.cpp')
+        self.follow('cd project\n' + block(page, 'use').replace('/opt/zn', str(prefix)))
+        self.follow('project/build/tutorial objects')
 
 
 if __name__ == '__main__':
