@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -421,49 +422,63 @@ TEST(ArrayOfString, LeaksNothingWithoutMemory) {
 // --- threads ---
 
 constexpr int threadCount = 4;
-constexpr int rounds = 300;
 
-/// Lets each of some threads do its work; the last use of a handle is in any of them.
-template <class Work>
-void inThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
-        threads.emplace_back([=]() mutable { work(); });
-    for (std::thread& thread : threads)
-        thread.join();
-}
+/// Threads that start their work together.
+class Threads {
+public:
+    ~Threads() { join(); }
+
+    template <class Work>
+    void add(Work work) {
+        threads_.emplace_back([this, work]() mutable {
+            while (!started_)
+                std::this_thread::yield();
+            work();
+        });
+    }
+
+    void join() {
+        started_ = true;
+        for (std::thread& thread : threads_)
+            thread.join();
+        threads_.clear();
+    }
+
+private:
+    std::atomic<bool> started_{false};
+    std::vector<std::thread> threads_;
+};
 
 TEST(SharedAcrossThreads, IsFreedOnceByWhoeverComesLast) {
     long const before = test::liveBlocks();
-    for (int round = 0; round < rounds; ++round) {
-        std::vector<std::thread> threads;
-        {
-            SmartArray<char> const handle = abc<SmartArray<char>>();
-            for (int i = 0; i < threadCount; ++i) {
-                threads.emplace_back([own = handle]() mutable {
-                    if (*own == 'a')
-                        own.removeReference();
-                });
-            }
+    for (int round = 0; round < 300; ++round) {
+        Threads threads;
+        SmartArray<char> handle = abc<SmartArray<char>>();
+        for (int i = 0; i < threadCount; ++i) {
+            threads.add([own = handle]() mutable {
+                if (*own == 'a')
+                    own.removeReference();
+            });
         }
-        for (std::thread& thread : threads)
-            thread.join();
+        handle.removeReference();
     }
     EXPECT_EQ(test::liveBlocks(), before);
 }
 
 TEST(SharedAcrossThreads, CountsEveryCopyAndRelease) {
     SmartArray<char> const handle = abc<SmartArray<char>>();
-    inThreads([own = handle] {
-        std::vector<SmartArray<char>> copies;
-        for (int round = 0; round < rounds; ++round) {
-            copies.push_back(own);
-            SmartArray<char> assigned;
-            assigned = copies.back();
-            if (round % 3 == 0)
-                copies.clear();
-        }
-    });
+    Threads threads;
+    for (int i = 0; i < threadCount; ++i) {
+        threads.add([own = handle] {
+            for (int round = 0; round < 200000; ++round) {
+                SmartArray<char> copy(own);
+                SmartArray<char> assigned;
+                assigned = copy;
+                copy.removeReference();
+            }
+        });
+    }
+    threads.join();
     EXPECT_EQ(handle.getReferenceCount(), 1);
     EXPECT_STREQ(&*handle, "abc");
 }
@@ -471,14 +486,16 @@ TEST(SharedAcrossThreads, CountsEveryCopyAndRelease) {
 TEST(SharedAcrossThreads, ShowsTheLastOneWhatTheOthersWrote) {
     // Each thread writes its own element without a lock; who comes last frees them all, and that
     // must come behind every write.
-    for (int round = 0; round < rounds; ++round) {
-        std::vector<std::thread> threads;
+    for (int round = 0; round < 300; ++round) {
+        Threads threads;
         SmartArray<Element> handle(new Element[threadCount], threadCount);
-        for (int i = 0; i < threadCount; ++i)
-            threads.emplace_back([own = handle, i]() mutable { (&*own)[i].value = i; });
+        for (int i = 0; i < threadCount; ++i) {
+            threads.add([own = handle, i]() mutable {
+                (&*own)[i].value = i;
+                own.removeReference();
+            });
+        }
         handle.removeReference();
-        for (std::thread& thread : threads)
-            thread.join();
     }
     EXPECT_EQ(Element::alive, 0);
 }

@@ -16,6 +16,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdint>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -344,6 +345,17 @@ TEST_F(StringFromFile, IsFalseAndEmptyWhenAnyReadFails) {
     }
 }
 
+TEST_F(StringFromFile, IsFalseAndEmptyWhenALongFileFailsLate) {
+    make(std::string(20000, 'x'));
+    for (unsigned int k = 1; k <= 5; ++k) {
+        SystemCalls calls;
+        calls.limit("read", 2, 5000).limit("read", 3, 5000).limit("read", 4, 5000);
+        calls.fail("read", k, EIO);
+        EXPECT_EQ(read(), failedAndEmpty) << "read " << k;
+        EXPECT_EQ(calls.count("read"), k) << "not tried again";
+    }
+}
+
 TEST_F(StringFromFile, GoesOnAfterInterruptionsAndShortReads) {
     make(awkward);
     SystemCalls calls;
@@ -394,6 +406,13 @@ TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
     EXPECT_EQ(read("/proc/version"), holding(version));
 }
 
+/// Waits for a pipe's writer, who must not wait for a reader that has given up.
+void joinWriter(std::thread& writer, std::string const& pipe) {
+    int const descriptor = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    writer.join();
+    close(descriptor);
+}
+
 TEST_F(StringFromFile, ReadsAPipeToItsEnd) {
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
     std::string const text = test::repeated(everyByte(), 1000);
@@ -403,7 +422,7 @@ TEST_F(StringFromFile, ReadsAPipeToItsEnd) {
         pipe << text << std::flush;
     });
     auto const [done, taken] = read();
-    writer.join();
+    joinWriter(writer, path());
     EXPECT_TRUE(done);
     EXPECT_TRUE(test::sameText(taken, "first" + text));
 }
@@ -430,7 +449,7 @@ TEST_F(StringFromFile, IsNotDisturbedBySignals) {
         }
     });
     auto const result = read();
-    writer.join();
+    joinWriter(writer, path());
     sigaction(SIGUSR1, &before, nullptr);
     EXPECT_EQ(result, holding("one two three"));
 }
