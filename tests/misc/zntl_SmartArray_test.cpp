@@ -68,7 +68,15 @@ class Handles : public testing::Test {};
 
 /// Both classes, which differ only in what may be written through them.
 using HandleTypes = testing::Types<ConstSmartArray<char>, SmartArray<char>>;
-TYPED_TEST_SUITE(Handles, HandleTypes);
+
+struct HandleNames {
+    template <class Handle>
+    static std::string GetName(int /*index*/) {
+        return std::is_same_v<Handle, SmartArray<char>> ? "SmartArray" : "ConstSmartArray";
+    }
+};
+
+TYPED_TEST_SUITE(Handles, HandleTypes, HandleNames);
 
 // --- empty handles ---
 
