@@ -1,0 +1,194 @@
+// Every file operation of the library, with each of its system calls failing in turn: the verdict
+// is the promised one, nothing is thrown, no file stays open, and what the operation should leave
+// alone is as it was.
+
+#include "misc/zntl_Integer.h"
+#include "misc/zntl_String.h"
+#include "streams/records.h"
+#include "streams/znsl_MemIOStream.h"
+#include "streams/znsl_Set.h"
+#include "support/bytes.h"
+#include "support/system_calls.h"
+#include "support/temporary_directory.h"
+#include "video/znvl_Resolution.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using test::Bytes;
+using test::SystemCalls;
+using ResolutionSet = znsl::Set<znvl::Resolution>;
+
+/// The functions whose failure is a failure of the whole operation.
+using Functions = std::vector<std::string>;
+
+struct Operation {
+    char const* name;
+    /// Carries it out on a fresh value, which a failure must leave in the promised state.
+    std::function<bool(char const* path)> run;
+    /// What the file holds before.
+    Bytes file;
+    Functions fatal;
+
+    friend std::ostream& operator<<(std::ostream& out, Operation const& operation) {
+        return out << operation.name;
+    }
+};
+
+znsl::MemIOStream streamOfOne() {
+    znsl::MemIOStream stream;
+    stream << zntl::Integer(-2);
+    return stream;
+}
+
+Bytes const integerFile = test::fromHex("f8 01 04 00 00 00 fe ff ff ff");
+
+Functions const reading{"open", "read"};
+// That a file cannot be closed is not looked at, except where a save takes its verdict.
+Functions const writing{"open", "write"};
+
+std::vector<Operation> const operations{
+    {"toFile", [](char const* path) { return zntl::Integer(-2).toFile(path); }, {}, writing},
+    {"toFileOfASet",
+     [](char const* path) {
+         return ResolutionSet{{640, 480}}.toFile(path);
+     },
+     {},
+     writing},
+    {"fromFile",
+     [](char const* path) {
+         zntl::Integer integer(99);
+         bool const read = integer.fromFile(path);
+         EXPECT_EQ(integer.getValue(), read ? -2 : 99);
+         return read;
+     },
+     integerFile, reading},
+    {"toTextFile", [](char const* path) { return zntl::String("text").toFile(path); }, {}, writing},
+    {"fromTextFile",
+     [](char const* path) {
+         zntl::String text("before");
+         bool const read = text.fromFile(path);
+         EXPECT_EQ(text, read ? "content" : "");
+         return read;
+     },
+     test::bytesOf("content"), reading},
+    {"save",
+     [](char const* path) {
+         znsl::MemIOStream const stream = streamOfOne();
+         test::View const before(stream);
+         bool const saved = stream.save(path);
+         EXPECT_EQ(test::View(stream), before);
+         return saved;
+     },
+     {},
+     {"open", "write", "close"}},
+    {"load",
+     [](char const* path) {
+         znsl::MemIOStream stream;
+         stream.close();
+         bool const loaded = stream.load(path);
+         EXPECT_EQ(stream.size(), loaded ? 12U : 8U);
+         return loaded;
+     },
+     test::content(streamOfOne()),
+     {"open", "lseek", "read"}},
+};
+
+int lowestFreeDescriptor() {
+    int const descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    close(descriptor);
+    return descriptor;
+}
+
+class FailingFileCalls : public testing::TestWithParam<Operation> {
+protected:
+    /// Carries out the operation with calls that `spoil` prepares.
+    template <class Spoil>
+    bool run(Spoil spoil) const {
+        test::writeFile(path, GetParam().file);
+        int const before = lowestFreeDescriptor();
+        bool done;
+        {
+            SystemCalls calls;
+            spoil(calls);
+            done = GetParam().run(path.c_str());
+        }
+        EXPECT_EQ(lowestFreeDescriptor(), before) << "a file stayed open";
+        return done;
+    }
+
+    /// How often the operation makes this call.
+    unsigned int count(std::string const& function) const {
+        test::writeFile(path, GetParam().file);
+        SystemCalls const calls;
+        EXPECT_TRUE(GetParam().run(path.c_str()));
+        return calls.count(function);
+    }
+
+    bool isFatal(std::string const& function) const {
+        Functions const& fatal = GetParam().fatal;
+        return std::find(fatal.begin(), fatal.end(), function) != fatal.end();
+    }
+
+    template <class Check>
+    void forEachCall(Check check) const {
+        unsigned int calls = 0;
+        for (char const* const function : {"open", "read", "write", "close"}) {
+            for (unsigned int k = 1; k <= count(function); ++k, ++calls) {
+                SCOPED_TRACE(testing::Message() << function << " number " << k);
+                check(function, k);
+            }
+        }
+        EXPECT_GE(calls, 3U) << "it opens, moves bytes and closes";
+    }
+
+    test::TemporaryDirectory const directory;
+    std::string const path = directory / "file";
+};
+
+TEST_P(FailingFileCalls, GiveThePromisedVerdict) {
+    forEachCall([&](std::string const& function, unsigned int k) {
+        for (int const error : {EIO, ENOSPC, EACCES}) {
+            EXPECT_EQ(run([&](SystemCalls& calls) { calls.fail(function, k, error); }),
+                      !isFatal(function))
+                << error;
+        }
+    });
+}
+
+// Some need the size and some do without, but a place that was lost is lost.
+TEST_P(FailingFileCalls, ThatSeekGiveThePromisedVerdict) {
+    bool const seekable = run([](SystemCalls& calls) { calls.fail("lseek", 1, ESPIPE); });
+    EXPECT_EQ(seekable, !isFatal("lseek"));
+    if (count("lseek") == 2) {
+        EXPECT_FALSE(run([](SystemCalls& calls) { calls.fail("lseek", 2, EIO); }));
+    }
+}
+
+TEST_P(FailingFileCalls, AreTakenUpAgainAfterAnInterruption) {
+    forEachCall([&](std::string const& function, unsigned int k) {
+        EXPECT_TRUE(run([&](SystemCalls& calls) { calls.fail(function, k, EINTR); }));
+    });
+}
+
+TEST_P(FailingFileCalls, MayMoveByteByByte) {
+    EXPECT_TRUE(run([&](SystemCalls& calls) {
+        for (unsigned int k = 1; k < 100; ++k)
+            calls.limit("read", k, 1).limit("write", k, 1);
+    }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, FailingFileCalls, testing::ValuesIn(operations),
+                         [](auto const& test) { return test.param.name; });
+
+} // namespace
