@@ -94,22 +94,25 @@ def command_block(command, text):
 
 def update_page(results):
     description_ = results['description']
-    rows = results['rows']
     conditions = (f'- machine: {description_["machine"]}, load {description_["load"]:.1f} at the '
                   f'start\n- system: {description_["system"]}\n'
                   f'- compiler: {description_["compiler"]}\n- flags: `{description_["flags"]}`\n'
                   f'- packages: {", ".join(description_["packages"])}')
-    sections = {'conditions': conditions,
-                'summary': f'`./bench`\n\n{report.summary_text(rows)}.',
-                'rows': '`./bench`\n\n' + report.markdown_table(rows),
-                'reasons': report.markdown_reasons(rows),
-                'startup': command_block('./bench startup', results['startup']),
-                'scaling': command_block('./bench scaling', results['scaling'])}
+    sections = {}
+    if 'rows' in results:
+        rows = results['rows']
+        sections = {'conditions': conditions,
+                    'summary': f'`./bench`\n\n{report.summary_text(rows)}.',
+                    'rows': '`./bench`\n\n' + report.markdown_table(rows),
+                    'reasons': report.markdown_reasons(rows)}
+        PLOT.write_text(report.plot(rows))
+    for name in ('startup', 'scaling'):
+        if name in results:
+            sections[name] = command_block(f'./bench {name}', results[name])
     page = PAGE.read_text()
     for name, content in sections.items():
         page = report.replace_section(page, name, content)
     PAGE.write_text(page)
-    PLOT.write_text(report.plot(rows))
 
 
 def main():
@@ -118,9 +121,10 @@ def main():
     parser.add_argument('filter', nargs='?', default='')
     parser.add_argument('--update-docs', action='store_true')
     parser.add_argument('--quick', action='store_true')
-    arguments = parser.parse_args()
-    if arguments.update_docs and (arguments.filter or arguments.quick):
-        sys.exit('the documentation takes a whole run: no FILTER and no --quick')
+    arguments = parser.parse_intermixed_args()
+    if arguments.update_docs and (arguments.quick or
+                                  arguments.filter not in ('', 'rows', 'startup', 'scaling')):
+        sys.exit('the documentation takes all rows, and no --quick')
 
     filter_ = arguments.filter
     results = {'description': description(arguments.tree)}
@@ -134,11 +138,12 @@ def main():
         print(results['scaling'])
         faults += ['something grows faster than its input'] * failed
     if filter_ not in ('startup', 'scaling'):
-        rows = run_peers(arguments.tree, filter_ or '.', *((3, 0.01) if arguments.quick
-                                                           else (9, 0.05)))
+        is_complete = filter_ in ('', 'rows')
+        rows = run_peers(arguments.tree, '.' if is_complete else filter_,
+                         *((3, 0.01) if arguments.quick else (7, 0.03)))
         if not rows:
             sys.exit(f'no row matches "{filter_}"')
-        faults += report.attach_reasons(rows, is_complete=not filter_)
+        faults += report.attach_reasons(rows, is_complete)
         print(report.terminal_table(rows), report.summary_text(rows), sep='\n\n')
         results.update(rows=rows, summary=report.summary(rows))
         plot = arguments.tree / 'performance.svg'
