@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
                       unsigned int end = 0;
                       zntl::findCloseTag(text, 0, longName, start, end);
                   }},
-        Operation{"toArray", [] { static_cast<zntl::SmartArray<char>>(text); }},
+        Operation{"toArray", [] { zntl::SmartArray<char> const array = text; }},
         Operation{"locatedMessage", [] { zntl::locatedMessage("source", 1, "Class", "text()"); }},
         Operation{"markerToXml", [] { znsl::EndOfFile().toXML(longName.c_str()); }}),
     [](auto const& test) { return test.param.name; });
