@@ -215,6 +215,23 @@ TEST_F(SerializableToFile, IsFalseWithoutMemoryAndLeavesTheFile) {
     EXPECT_GT(failures, 0);
 }
 
+TEST_F(SerializableToFile, IsFalseForAPayloadThatNoMemoryHoldsAndLeavesTheFile) {
+    writeFile(path(), oldContent);
+    std::string const file = path();
+    for (unsigned int const length : {0x80000000U, 0xFFFFFFF8U, 0xFFFFFFFFU}) {
+        Blob value = blob(7, fromHex("01"));
+        value.announced = length;
+        bool written = true;
+        {
+            // Large machines have that much.
+            test::AllocationFailure const failure(sizeof(void*) > 4 ? 1 : 0);
+            written = value.toFile(file.c_str());
+        }
+        EXPECT_FALSE(written);
+        EXPECT_EQ(content(), toHex(oldContent));
+    }
+}
+
 TEST_F(SerializableToFile, KeepsNoFileOpen) {
     Blob const value = blob(7, fromHex("01"));
     Blob wrong = value;

@@ -51,8 +51,8 @@ std::size_t largestAllocation(Operation operation) {
     return heap::largest;
 }
 
-/// Makes one allocation fail, the `k`-th (counted from 1) that this thread makes in the guard's
-/// scope; those before and behind it are served.
+/// Makes one allocation fail, the `k`-th (counted from 1; 0: none) that this thread makes in the
+/// guard's scope; those before and behind it are served.
 class AllocationFailure {
 public:
     explicit AllocationFailure(long k) { heap::countdown = k; }
