@@ -222,7 +222,7 @@ void keepMemory() {
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_MAX, 0);
-    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+    mallopt(M_TRIM_THRESHOLD, -1);
 }
 
 /// The seconds that this thread has computed for: others that share the processor do not count.
