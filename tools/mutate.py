@@ -143,7 +143,7 @@ def changes(source):
         if match[1] == 'if':
             yield opening, end + 1, f'(({condition}) || true)'
     for match in RETURN.finditer(code):
-        if match[1] != '*this':
+        if match[1] not in ('*this', 'false', '0', 'nullptr'):
             yield *match.span(), 'return {};'
     for match in STATEMENT.finditer(code):
         complete = match[1].count('(') == match[1].count(')')

@@ -1,6 +1,7 @@
-// Object stream files: `load` judges any bytes rightly, and everything that the trust rules allow
-// on what it loaded is safe and consistent.
+// Object stream files: `load` judges any bytes rightly, and everything that may be done with what
+// it loaded is safe and consistent. What trusts its input is asked about first, as callers should.
 
+#include "../../examples/check_before_reading.h"
 #include "fuzz.h"
 
 #include "misc/zntl_Exception.h"
@@ -63,14 +64,6 @@ std::optional<unsigned int> attempt(Operation operation) {
     }
 }
 
-// How a caller checks what the two trusting readers trust.
-
-bool endsWithNul(std::string const& payload) { return payload.size() >= 5 && payload.back() == 0; }
-
-bool holdsItsLength(std::string const& payload) {
-    return payload.size() >= 4 && numberAt(payload, 0) <= payload.size() - 4;
-}
-
 void readAll(MemIOStream stream);
 
 /// Peeks at the next record and reads it, which must agree. Passes over one that cannot be read.
@@ -85,41 +78,41 @@ void readInto(znsl::Serializable&& object, MemIOStream& stream) {
     require(content(stream) == before.substr(8 + numberAt(before, 4)), "one record is consumed");
 }
 
-/// Only for a stream of whole records.
+void readNested(MemIOStream& stream) {
+    MemIOStream nested;
+    auto const peeked = attempt([&] { return stream.peek(nested); });
+    require(peeked.has_value() == nested.validate(), "a nested stream is whole records");
+    if (peeked)
+        readAll(nested);
+    readInto(MemIOStream(), stream);
+}
+
+/// Only for a record that is safe to read.
 void readNext(MemIOStream& stream) {
-    std::string const all = content(stream);
-    std::string const payload = all.substr(8, numberAt(all, 4));
     switch (stream.getNextType()) {
+    case 6:
+        return readNested(stream);
+    case 501:
+        return readInto(zntl::String(), stream);
     case 504:
         return readInto(zntl::Integer(), stream);
     case 815:
         return readInto(znvl::Resolution(), stream);
     case 10815:
         return readInto(ResolutionSet(), stream);
-    case 501:
-        if (endsWithNul(payload))
-            return readInto(zntl::String(), stream);
-        break;
-    case 6:
-        if (holdsItsLength(payload)) {
-            MemIOStream nested;
-            auto const peeked = attempt([&] { return stream.peek(nested); });
-            require(peeked.has_value() == nested.validate(), "a nested stream is whole records");
-            if (peeked)
-                readAll(nested);
-            return readInto(MemIOStream(), stream);
-        }
-        break;
     default:
-        break;
+        stream.skip();
     }
-    stream.skip();
 }
 
 /// A copy, so that the caller's stream stays as it is.
 void readAll(MemIOStream stream) {
-    while (!stream.isEmpty())
-        readNext(stream);
+    while (stream.size() >= 8) {
+        if (isSafeToRead(stream))
+            readNext(stream);
+        else
+            stream.skip();
+    }
 }
 
 void skipAll(MemIOStream stream) {
@@ -208,8 +201,7 @@ void fuzz::run(Input& input) {
     carryOver(stream, bytes);
     append(stream, bytes);
     skipAll(stream);
-    if (loaded)
-        readAll(stream);
+    readAll(stream);
 
     // Once more into a stream that has been used.
     if (!bytes.empty() && stream.size() >= 8) {
