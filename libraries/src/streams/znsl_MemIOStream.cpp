@@ -283,8 +283,8 @@ void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint
 
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
-    RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
     unsigned char* const record = appendRoom(std::uint64_t{headerSize} + length);
+    RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
     std::memcpy(record, &header, sizeof header);
     // The write position follows the object's own work, which finds the stream as it was when the
     // object is this stream.

@@ -40,9 +40,13 @@ bool File::isReadable() noexcept { return readSome(nullptr, 0) == 0; }
 
 std::optional<std::uint64_t> File::size(std::uint64_t position) noexcept {
     off_t const end = ::lseek(descriptor_, 0, SEEK_END);
-    auto const back = static_cast<off_t>(position);
-    if (end < 0 || ::lseek(descriptor_, back, SEEK_SET) != back)
+    if (end < 0)
         return std::nullopt;
+    auto const back = static_cast<off_t>(position);
+    if (::lseek(descriptor_, back, SEEK_SET) != back) {
+        close(); // reading on from a wrong place would pass for the end of the file
+        return std::nullopt;
+    }
     return static_cast<std::uint64_t>(end);
 }
 

@@ -27,7 +27,8 @@ public:
     bool isReadable() noexcept;
 
     /// The size in bytes, measured by seeking to the end and then to `position`, where reading goes
-    /// on; nothing for what cannot be sought in, such as a pipe. Directories pretend to have one.
+    /// on; nothing for what cannot be sought in, such as a pipe. Where the way back fails the file
+    /// is closed, and everything that follows fails. Directories pretend to have a size.
     std::optional<std::uint64_t> size(std::uint64_t position = 0) noexcept;
 
     /// Reads up to `count` bytes: their number, 0 at the end of the file, negative on an error.
