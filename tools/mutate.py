@@ -7,6 +7,7 @@ exchanged. A change in a header is compiled into the tests that are named after 
 
 import argparse
 import concurrent.futures
+import math
 import os
 import random
 import re
@@ -38,7 +39,9 @@ TESTS = {
 # With checks of what the C++ library can check, so that what steps outside a container is noticed.
 COMPILE = ['-std=c++17', '-O1', '-fPIC', '-ffp-contract=off', '-D_GLIBCXX_ASSERTIONS', '-w',
            f'-I{SOURCES}']
+# What a test may use: bytes, and seconds beside ten times its processor time.
 MEMORY = 4 << 30
+WAIT = 30
 
 
 # What is changed
@@ -185,9 +188,9 @@ def require(command, **options):
     return done.stdout
 
 
-def kill_limits():
-    resource.setrlimit(resource.RLIMIT_DATA, (MEMORY, MEMORY))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+def processor_time():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
 
 
 class Test:
@@ -203,7 +206,7 @@ class Test:
         self.compile = next(shlex.split(command) for command in commands
                             if command.endswith('_test.cpp') and f'-o {self.source_object}' in command)
         self.program = WORK / 'tests' / self.name
-        self.limit = 0.0
+        self.limit = 300  # seconds of processor time
 
     def link_with(self, library, program, test_object=None):
         command = list(self.link)
@@ -228,10 +231,15 @@ class Test:
 
     def passes(self, library, program=None):
         program = program or self.program
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_CPU, (self.limit, self.limit))
+            resource.setrlimit(resource.RLIMIT_DATA, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         try:
             done = run([program, '--gtest_brief=1', '--gtest_fail_fast'], stdin=subprocess.DEVNULL,
                        env={**os.environ, 'LD_LIBRARY_PATH': str(library.parent)}, cwd=library.parent,
-                       timeout=self.limit or 120, preexec_fn=kill_limits)
+                       timeout=WAIT + 10 * self.limit, preexec_fn=limit)
         except subprocess.TimeoutExpired:
             return False
         return done.returncode == 0
@@ -258,10 +266,10 @@ class Bench:
         self.tests = [Test(target) for target in targets]
         for test in self.tests:
             test.link_with(self.library, test.program)
-            started = time.monotonic()
+            before = processor_time()
             if not test.passes(self.library):
                 sys.exit(f'mutate: {test.name} fails without any change')
-            test.limit = 5 + 10 * (time.monotonic() - started)
+            test.limit = 2 + math.ceil(4 * (processor_time() - before))
         self.tests.sort(key=lambda test: test.limit)
 
     @staticmethod

@@ -5,6 +5,7 @@
 
 #include "support/bytes.h"
 #include "support/failing_allocation.h"
+#include "support/print_string.h"
 #include "support/segmentation_fault.h"
 
 #include <gtest/gtest.h>

@@ -9,6 +9,7 @@
 #include "support/bytes.h"
 #include "support/exception_text.h"
 #include "support/failing_allocation.h"
+#include "support/print_string.h"
 
 #include <gtest/gtest.h>
 

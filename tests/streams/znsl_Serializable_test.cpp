@@ -7,12 +7,13 @@
 #include "streams/blob.h"
 #include "support/bytes.h"
 #include "support/failing_allocation.h"
-#include "support/interrupted_io.h"
+#include "support/system_calls.h"
 #include "support/temporary_directory.h"
 #include "video/znvl_Resolution.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <stdexcept>
@@ -58,6 +59,21 @@ protected:
 
     test::TemporaryDirectory const directory_;
 };
+
+constexpr unsigned int manyCalls = 100;
+
+/// Every call of `read` or `write` moves a single byte.
+void cutShort(test::SystemCalls& calls, std::string const& function) {
+    for (unsigned int k = 1; k <= manyCalls; ++k)
+        calls.limit(function, k, 1);
+}
+
+/// The same, and every other call is interrupted.
+void interruptAndCutShort(test::SystemCalls& calls, std::string const& function) {
+    cutShort(calls, function);
+    for (unsigned int k = 1; k <= manyCalls; k += 2)
+        calls.fail(function, k, EINTR);
+}
 
 /// One that opens, but has no room for what is written.
 char const* const fullDevice = "/dev/full";
@@ -183,22 +199,20 @@ TEST_F(SerializableToFile, IsFalseWhenTheFileMayNotGrow) {
 }
 
 TEST_F(SerializableToFile, GoesOnAfterInterruptionsAndShortWrites) {
-    test::InterruptedIo io;
-    io.interruptions = 3;
-    io.atMost = 1;
-    bool const written = blob(7, fromHex("01 02 03")).toFile(path().c_str());
-    io.interruptions = 0;
-    EXPECT_TRUE(written);
+    test::SystemCalls calls;
+    interruptAndCutShort(calls, "write");
+    EXPECT_TRUE(blob(7, fromHex("01 02 03")).toFile(path().c_str()));
+    EXPECT_EQ(calls.count("write"), 2 * 9U);
     EXPECT_EQ(content(), "07 00 03 00 00 00 01 02 03");
-    EXPECT_GE(io.calls, 9 * 4);
 }
 
 TEST_F(SerializableToFile, IsFalseWhenAnyWriteFails) {
-    for (int calls = 0; calls < 9; ++calls) {
-        test::InterruptedIo io;
-        io.atMost = 1;
-        io.callsUntilFailure = calls;
-        EXPECT_FALSE(blob(7, fromHex("01 02 03")).toFile(path().c_str())) << calls;
+    for (unsigned int k = 1; k <= 9; ++k) {
+        test::SystemCalls calls;
+        cutShort(calls, "write");
+        calls.fail("write", k, EIO);
+        EXPECT_FALSE(blob(7, fromHex("01 02 03")).toFile(path().c_str())) << k;
+        EXPECT_EQ(calls.count("write"), k);
     }
 }
 
@@ -441,23 +455,23 @@ TEST_F(SerializableFromFile, GoesOnAfterInterruptionsAndShortReads) {
     writeFile(path(), fromHex("07 00 03 00 00 00 01 02 03"));
     Blob value(7);
     value.reported = 3;
-    test::InterruptedIo io;
-    io.interruptions = 3;
-    io.atMost = 1;
+    test::SystemCalls calls;
+    interruptAndCutShort(calls, "read");
     EXPECT_TRUE(value.fromFile(path().c_str()));
+    EXPECT_EQ(calls.count("read"), 2 * 9U);
     EXPECT_EQ(toHex(value.payload), "01 02 03");
-    EXPECT_GE(io.calls, 9 * 4);
 }
 
 TEST_F(SerializableFromFile, IsFalseWhenAnyReadFails) {
     writeFile(path(), fromHex("07 00 03 00 00 00 01 02 03"));
-    for (int calls = 0; calls < 9; ++calls) {
+    for (unsigned int k = 1; k <= 9; ++k) {
         Blob value(7, fromHex("99"));
         value.reported = 3;
-        test::InterruptedIo io;
-        io.atMost = 1;
-        io.callsUntilFailure = calls;
-        EXPECT_FALSE(value.fromFile(path().c_str())) << calls;
+        test::SystemCalls calls;
+        cutShort(calls, "read");
+        calls.fail("read", k, EIO);
+        EXPECT_FALSE(value.fromFile(path().c_str())) << k;
+        EXPECT_EQ(calls.count("read"), k);
         EXPECT_EQ(toHex(value.payload), "99");
     }
 }

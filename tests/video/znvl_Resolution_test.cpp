@@ -4,6 +4,7 @@
 
 #include "misc/zntl_String.h"
 #include "support/failing_allocation.h"
+#include "support/print_string.h"
 
 #include <gtest/gtest.h>
 

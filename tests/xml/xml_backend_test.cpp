@@ -9,6 +9,7 @@
 #include "streams/znsl_Set.h"
 #include "support/exception_text.h"
 #include "support/failing_allocation.h"
+#include "support/print_string.h"
 #include "video/znvl_Resolution.h"
 #include "xml/znxml_DomIterator.h"
 

@@ -3,6 +3,7 @@
 #include "xml/znxml_DomIterator.h"
 
 #include "misc/zntl_String.h"
+#include "support/print_string.h"
 
 #include <gtest/gtest.h>
 
