@@ -248,9 +248,9 @@ class Test:
 class Bench:
     """The library's objects and the tests, ready for exchanging one."""
 
-    def __init__(self):
+    def __init__(self, jobs):
         targets = self.targets()
-        require(['ninja', '-C', TREE, *targets])
+        require(['ninja', '-C', TREE, '-j', str(jobs), *targets])
         shutil.rmtree(WORK, ignore_errors=True)
         (WORK / 'objects').mkdir(parents=True)
         (WORK / 'tests').mkdir()
@@ -258,7 +258,7 @@ class Bench:
         for source in sorted(SOURCES.rglob('*.cpp')):
             built = WORK / 'objects' / f'{source.stem}.o'
             self.objects[source.relative_to(ROOT)] = built
-        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
             list(pool.map(lambda item: require(self.compiling(ROOT / item[0], item[1])),
                           self.objects.items()))
         self.library = WORK / 'libzn.so'
@@ -370,6 +370,12 @@ def explained():
     return keys
 
 
+def summary(count):
+    valid = count['killed'] + count['explained'] + count['survived']
+    return (f'{valid} changes: {count["killed"]} noticed, {count["explained"]} explained, '
+            f'{count["survived"]} unnoticed ({count["invalid"]} more do not compile)')
+
+
 def main():
     parser = argparse.ArgumentParser(
         prog='./mutate', description='Changes operators, constants, conditions, messages and '
@@ -403,10 +409,11 @@ def main():
         random.Random(seed).shuffle(mutants)
 
     known = explained()
-    bench = Bench()
+    bench = Bench(arguments.jobs)
     deadline = time.monotonic() + (arguments.seconds or float('inf'))
     folders = threading.local()
-    count = {'killed': 0, 'survived': 0, 'explained': 0, 'invalid': 0}
+    counts = {path: dict.fromkeys(('killed', 'explained', 'survived', 'invalid'), 0)
+              for path in chosen}
 
     def judge(mutant):
         if time.monotonic() > deadline:
@@ -421,14 +428,18 @@ def main():
         for mutant, verdict in pool.map(judge, mutants):
             if verdict is None:
                 continue
-            count[verdict] += 1
+            counts[mutant.path][verdict] += 1
             if verdict == 'survived':
                 print(f'\nsurvived, line {mutant.line}:\n{mutant.key}', flush=True)
 
-    valid = count['killed'] + count['survived'] + count['explained']
-    print(f'\n{valid} changes: {count["killed"]} noticed, {count["explained"]} explained, '
-          f'{count["survived"]} unnoticed ({count["invalid"]} more do not compile)')
-    return 1 if count['survived'] else 0
+    print()
+    for path, count in counts.items():
+        if any(count.values()):
+            print(f'{path.relative_to("libraries/src")}: {summary(count)}')
+    total = {verdict: sum(count[verdict] for count in counts.values())
+             for verdict in ('killed', 'explained', 'survived', 'invalid')}
+    print(summary(total))
+    return 1 if total['survived'] else 0
 
 
 if __name__ == '__main__':
