@@ -3,10 +3,12 @@
 
 Each change is compiled alone: the tests are linked against a shared library of which one object is
 exchanged. A change in a header is compiled into the tests that are named after it.
+What survives that is run once more with sanitizers, which see bytes read or written out of place.
 """
 
 import argparse
 import concurrent.futures
+import functools
 import math
 import os
 import random
@@ -39,6 +41,9 @@ TESTS = {
 # With checks of what the C++ library can check, so that what steps outside a container is noticed.
 COMPILE = ['-std=c++17', '-O1', '-fPIC', '-ffp-contract=off', '-D_GLIBCXX_ASSERTIONS', '-w',
            f'-I{SOURCES}']
+SANITIZE = ['-fsanitize=address,undefined', '-fno-sanitize-recover=undefined']
+SANITIZER_OPTIONS = {'ASAN_OPTIONS': 'detect_odr_violation=0:hard_rss_limit_mb=4096:'
+                                     'allocator_may_return_null=1'}
 # What a test may use: bytes, and seconds beside ten times its processor time.
 MEMORY = 4 << 30
 WAIT = 30
@@ -110,6 +115,13 @@ STATEMENT = re.compile(r'(?:(?<=[;{}):])|(?<=else))\s*\n\s*(?!(?:return(?!;)|if|
                        r'default|using|static|constexpr|struct|class|namespace|else|public|'
                        r'private|throw|template|typedef|try|catch|do|extern|auto|const|friend|'
                        r'virtual|explicit|operator)\b)([^\s;{}][^;{}]*;)(?= *\n)')
+# What is declared is used: without it nothing compiles.
+DECLARATION = re.compile(r'''(?:\[\[.*?\]\]\s*)?(?!delete\b)
+    (?:(?:[\w:]+(?:<[^;=]*>)?(?:\s+const)?[\s*&]+)+(?:operator\W+|\w+)\s*(?:[=;[{(]|$)  # T name
+    |~?[A-Z]\w*\(  # constructor or destructor
+    |.*=\s*(?:default|delete);$)''', re.VERBOSE | re.DOTALL)
+# What the compiler checks, no program differs by.
+STATIC_ASSERT = re.compile(r'\bstatic_assert\(')
 RAISE = re.compile(r'\braise\((\d+)')
 
 
@@ -122,8 +134,17 @@ def closing(code, opening):
     return None
 
 
+def without_static_asserts(source):
+    code = without_literals(source)
+    for match in STATIC_ASSERT.finditer(code):
+        end = closing(code, match.end() - 1) + 1
+        source = source[:match.start()] + ' ' * (end - match.start()) + source[end:]
+    return source
+
+
 def changes(source):
     """All changes of a source, as (start, end, text)."""
+    source = without_static_asserts(source)
     code = without_literals(source)
     for pattern, texts in SWAPS:
         for match in re.finditer(pattern, code):
@@ -135,7 +156,7 @@ def changes(source):
         if value > 0:
             yield *match.span(), str(value - 1)
     for match in FLOAT.finditer(code):
-        yield *match.span(), str(float(match[0]) * 2)
+        yield *match.span(), str(float(match[0]) * 2 or 1.0)
     for match in CONDITION.finditer(code):
         opening = match.end() - 1
         end = closing(code, opening)
@@ -146,11 +167,11 @@ def changes(source):
         if match[1] == 'if':
             yield opening, end + 1, f'(({condition}) || true)'
     for match in RETURN.finditer(code):
-        if match[1] not in ('*this', 'false', '0', 'nullptr'):
+        if match[1] not in ('*this', 'false', '0', 'nullptr', 'std::nullopt'):
             yield *match.span(), 'return {};'
     for match in STATEMENT.finditer(code):
         complete = match[1].count('(') == match[1].count(')')
-        if complete and not match[1].endswith(('= default;', '= delete;')):
+        if complete and not DECLARATION.match(match[1]):
             yield *match.span(1), ';'
     numbers = sorted({match[1] for match in RAISE.finditer(code)})
     for match in RAISE.finditer(code):
@@ -208,16 +229,16 @@ class Test:
         self.program = WORK / 'tests' / self.name
         self.limit = 300  # seconds of processor time
 
-    def link_with(self, library, program, test_object=None):
-        command = list(self.link)
+    def link_with(self, library, program, test_object=None, options=()):
+        command = [*self.link, *options]
         command[command.index('-o') + 1] = str(program)
         if test_object:
             command[command.index(self.source_object)] = str(test_object)
         require([*command, str(library)], cwd=TREE)
 
-    def compile_with(self, includes, test_object):
+    def compile_with(self, includes, test_object, options=()):
         """False when the change does not compile."""
-        command = list(self.compile)
+        command = [*self.compile, *options]
         command[command.index('-o') + 1] = str(test_object)
         command.insert(1, f'-I{includes}')
         for option in ('-MD', '-Werror'):
@@ -229,61 +250,85 @@ class Test:
                 del command[at:at + 2]
         return run([*command, '-w'], cwd=TREE).returncode == 0
 
-    def passes(self, library, program=None):
+    def passes(self, library, program=None, sanitizer=None):
         program = program or self.program
+        seconds = self.limit * (4 if sanitizer else 1)
+        environment = {**os.environ, 'LD_LIBRARY_PATH': str(library.parent)}
+        if sanitizer:
+            environment.update(SANITIZER_OPTIONS, LD_PRELOAD=sanitizer)
 
         def limit():
-            resource.setrlimit(resource.RLIMIT_CPU, (self.limit, self.limit))
-            resource.setrlimit(resource.RLIMIT_DATA, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+            if not sanitizer:  # which reserves more than there is
+                resource.setrlimit(resource.RLIMIT_DATA, (MEMORY, MEMORY))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         try:
             done = run([program, '--gtest_brief=1', '--gtest_fail_fast'], stdin=subprocess.DEVNULL,
-                       env={**os.environ, 'LD_LIBRARY_PATH': str(library.parent)}, cwd=library.parent,
-                       timeout=WAIT + 10 * self.limit, preexec_fn=limit)
+                       env=environment, cwd=library.parent, timeout=WAIT + 10 * seconds,
+                       preexec_fn=limit)
         except subprocess.TimeoutExpired:
             return False
         return done.returncode == 0
+
+
+class Build:
+    """The library's objects and the shared library that is linked of them."""
+
+    def __init__(self, folder, options, jobs):
+        self.options = options
+        (folder / 'objects').mkdir(parents=True)
+        self.objects = {source.relative_to(ROOT): folder / 'objects' / f'{source.stem}.o'
+                        for source in sorted(SOURCES.rglob('*.cpp'))}
+        with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+            list(pool.map(lambda item: require(self.compiling(ROOT / item[0], item[1])),
+                          self.objects.items()))
+        self.library = folder / 'libzn.so'
+        self.link(self.library, {})
+
+    def compiling(self, source, built, *includes):
+        return ['g++', *includes, *COMPILE, *self.options, '-c', source, '-o', built]
+
+    def link(self, library, exchanged):
+        objects = [exchanged.get(path, built) for path, built in self.objects.items()]
+        require(['g++', *self.options, '-shared', '-Wl,-soname,libzn.so', '-o', library, *objects])
 
 
 class Bench:
     """The library's objects and the tests, ready for exchanging one."""
 
     def __init__(self, jobs):
+        self.jobs = jobs
+        self.lock = threading.Lock()
         targets = self.targets()
         require(['ninja', '-C', TREE, '-j', str(jobs), *targets])
         shutil.rmtree(WORK, ignore_errors=True)
-        (WORK / 'objects').mkdir(parents=True)
-        (WORK / 'tests').mkdir()
-        self.objects = {}
-        for source in sorted(SOURCES.rglob('*.cpp')):
-            built = WORK / 'objects' / f'{source.stem}.o'
-            self.objects[source.relative_to(ROOT)] = built
-        with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-            list(pool.map(lambda item: require(self.compiling(ROOT / item[0], item[1])),
-                          self.objects.items()))
-        self.library = WORK / 'libzn.so'
-        self.link(self.library, {})
+        (WORK / 'tests').mkdir(parents=True)
+        self.plain = Build(WORK / 'plain', [], jobs)
         self.tests = [Test(target) for target in targets]
         for test in self.tests:
-            test.link_with(self.library, test.program)
+            test.link_with(self.plain.library, test.program)
             before = processor_time()
-            if not test.passes(self.library):
+            if not test.passes(self.plain.library):
                 sys.exit(f'mutate: {test.name} fails without any change')
             test.limit = 2 + math.ceil(4 * (processor_time() - before))
         self.tests.sort(key=lambda test: test.limit)
+
+    @functools.cached_property
+    def sanitized(self):
+        return Build(WORK / 'sanitized', SANITIZE, self.jobs)
+
+    @functools.cached_property
+    def sanitizer(self):
+        return require(['g++', '-print-file-name=libasan.so']).strip()
+
+    @functools.lru_cache(maxsize=None)
+    def stands_sanitizers(self, test):
+        return test.passes(self.sanitized.library, sanitizer=self.sanitizer)
 
     @staticmethod
     def targets():
         rules = require(['ninja', '-C', TREE, '-t', 'targets', 'all'])
         return re.findall(r'^(tests/\w+/\w+_test): CXX_EXECUTABLE_LINKER', rules, re.MULTILINE)
-
-    @staticmethod
-    def compiling(source, built, *options):
-        return ['g++', *options, *COMPILE, '-c', source, '-o', built]
-
-    def link(self, library, exchanged):
-        objects = [exchanged.get(path, built) for path, built in self.objects.items()]
-        require(['g++', '-shared', '-Wl,-soname,libzn.so', '-o', library, *objects])
 
     def own_tests(self, path):
         """Those of the unit first, then the others, the quick ones first."""
@@ -306,43 +351,48 @@ class Bench:
 
     def judge(self, mutant, folder):
         """'killed', 'survived', or 'invalid' for what does not compile."""
+        own, others = self.own_tests(mutant.path)
+        if not own and mutant.path.suffix == '.h':
+            sys.exit(f'mutate: no test is named after {mutant.path}')
+        tests = own if mutant.path.suffix == '.h' else own + others
+        verdict = self.verdict(self.outcomes(mutant, folder, self.plain, tests))
+        if verdict != 'survived':
+            return verdict
+        with self.lock:
+            tests = [test for test in own if self.stands_sanitizers(test)]
+        return self.verdict(self.outcomes(mutant, folder, self.sanitized, tests, self.sanitizer))
+
+    def outcomes(self, mutant, folder, build, tests, sanitizer=None):
+        """Whether each of the tests passes; None when the change does not compile."""
         shutil.rmtree(folder, ignore_errors=True)
-        library = folder / 'libzn.so'
         source = folder / 'src' / mutant.path.relative_to('libraries/src')
         source.parent.mkdir(parents=True)
         source.write_text(mutant.mutated, encoding='utf-8')
-        own, others = self.own_tests(mutant.path)
-        if mutant.path.suffix == '.h':
-            return self.judge_header(mutant, folder, own)
-        built = folder / 'changed.o'
-        if run(self.compiling(source, built)).returncode != 0:
-            return 'invalid'
-        self.link(library, {mutant.path: built})
-        return self.verdict(test.passes(library) for test in own + others)
-
-    def judge_header(self, mutant, folder, own):
-        library = folder / 'libzn.so'
-        exchanged = {}
+        in_header = mutant.path.suffix == '.h'
         internal = 'internal' in mutant.path.parts
-        for path in self.dependents(mutant.path) if internal else []:
+        exchanged = {}
+        for path in self.dependents(mutant.path) if in_header and internal else []:
             exchanged[path] = folder / f'{path.stem}.o'
-            if run(self.compiling(ROOT / path, exchanged[path], f'-I{folder}/src')).returncode != 0:
-                return 'invalid'
-        self.link(library, exchanged)
-        if internal:
-            return self.verdict(test.passes(library) for test in own)
-        if not own:
-            sys.exit(f'mutate: no test is named after {mutant.path}')
-
-        def outcomes():
-            for test in own:
+            includes = f'-I{folder}/src'
+            if run(build.compiling(ROOT / path, exchanged[path], includes)).returncode != 0:
+                yield None
+                return
+        if not in_header:
+            exchanged[mutant.path] = folder / 'changed.o'
+            if run(build.compiling(source, exchanged[mutant.path])).returncode != 0:
+                yield None
+                return
+        library = folder / 'libzn.so'
+        build.link(library, exchanged)
+        for test in tests:
+            program = None
+            if in_header and not internal:
                 test_object, program = folder / 'test.o', folder / test.name
-                if not test.compile_with(folder / 'src', test_object):
+                if not test.compile_with(folder / 'src', test_object, build.options):
                     yield None
                     return
-                test.link_with(library, program, test_object)
-                yield test.passes(library, program)
-        return self.verdict(outcomes())
+                test.link_with(library, program, test_object, build.options)
+            yield test.passes(library, program, sanitizer)
 
     @staticmethod
     def verdict(outcomes):
@@ -361,12 +411,13 @@ def explained():
     keys = set()
     for entry in re.split(r'\n\s*\n', EXPLAINED.read_text(encoding='utf-8')):
         lines = [line for line in entry.strip().splitlines() if not line.startswith('#')]
-        key = [line for line in lines if line.startswith(('libraries/', '- ', '+ '))]
-        if not key:
+        if not lines:
             continue
-        if len(key) == len(lines):
-            sys.exit(f'mutate: {EXPLAINED.name} does not say why:\n{entry}')
-        keys.add('\n'.join(key))
+        path, *rest = lines
+        changes = re.findall(r'((?:^- .*\n)+(?:^\+ .*(?:\n|$))+)', '\n'.join(rest), re.MULTILINE)
+        if not changes or rest[-1].startswith(('- ', '+ ')):
+            sys.exit(f'mutate: {EXPLAINED.name} does not say what or why:\n{entry}')
+        keys.update(f'{path}\n{change.rstrip()}' for change in changes)
     return keys
 
 

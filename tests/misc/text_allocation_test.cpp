@@ -72,6 +72,11 @@ INSTANTIATE_TEST_SUITE_P(
         Operation{"markerToXml", [] { znsl::EndOfFile().toXML(longName.c_str()); }}),
     [](auto const& test) { return test.param.name; });
 
+TEST(FindAll, OfTheUsualNumberOfPositionsAllocatesOnce) {
+    String const texts(16, ',');
+    EXPECT_EQ(test::failEachAllocationOf([&] { texts.findAll(",", ""); }), 1);
+}
+
 // The other pieces that were cut off stay, those of the failed call may be among them.
 TEST(TokenizeWithoutMemory, KeepsWhatTheContainerHeld) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {

@@ -85,6 +85,22 @@ private:
     std::size_t const descriptorsBefore_ = openDescriptors();
 };
 
+/// Leaves a descriptor free for a while that is otherwise never handed out.
+class WithoutStandardInput {
+public:
+    WithoutStandardInput() { close(STDIN_FILENO); }
+    WithoutStandardInput(WithoutStandardInput const&) = delete;
+    WithoutStandardInput& operator=(WithoutStandardInput const&) = delete;
+    ~WithoutStandardInput() {
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "a file stayed open";
+        EXPECT_EQ(dup2(kept_, STDIN_FILENO), STDIN_FILENO);
+        close(kept_);
+    }
+
+private:
+    int const kept_ = dup(STDIN_FILENO);
+};
+
 /// Acts for a while as a user who may not do everything.
 class OrdinaryUser {
 public:
@@ -146,6 +162,42 @@ TEST_F(StringToFile, FollowsALinkToTheFile) {
     fs::create_symlink("text", directory_ / "link");
     EXPECT_TRUE(String("new").toFile((directory_ / "link").c_str()));
     EXPECT_EQ(content(), "new");
+}
+
+TEST_F(StringToFile, MakesAFileForWhomTheProcessAllows) {
+    for (mode_t const mask : {0000U, 0022U, 0177U}) {
+        fs::remove(path());
+        mode_t const before = umask(mask);
+        EXPECT_TRUE(String("abc").toFile(path().c_str()));
+        umask(before);
+        EXPECT_EQ(fs::status(path()).permissions(), fs::perms{0666U & ~mask});
+    }
+}
+
+TEST_F(StringToFile, NeedsNotBeAllowedToRead) {
+    make(oldContent);
+    fs::permissions(directory_.path(), fs::perms{0755});
+    fs::permissions(path(), fs::perms{0222});
+    {
+        OrdinaryUser const user;
+        EXPECT_TRUE(String("abc").toFile(path().c_str()));
+    }
+    fs::permissions(path(), fs::perms{0644});
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(StringToFile, WorksWithoutStandardInput) {
+    {
+        WithoutStandardInput const closed;
+        EXPECT_TRUE(String("abc").toFile(path().c_str()));
+    }
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(StringToFile, DoesNotAskTheSystemForANullPath) {
+    SystemCalls const calls;
+    EXPECT_FALSE(String("abc").toFile(nullptr));
+    EXPECT_EQ(calls.log(), "");
 }
 
 TEST_F(StringToFile, IsFalseWhereNoFileCanBe) {
@@ -286,6 +338,65 @@ TEST_F(StringFromFile, ReadsInFewSteps) {
         EXPECT_EQ(read().second.size(), c.length);
         EXPECT_LE(calls.count("read"), c.reads) << c.length;
     }
+}
+
+TEST_F(StringFromFile, MeasuresAFileOnlyFromAPageOn) {
+    for (std::size_t const length : {0U, 1U, 4095U, 4096U, 4097U}) {
+        make(std::string(length, 'x'));
+        SystemCalls const calls;
+        EXPECT_EQ(read().second.size(), length);
+        EXPECT_EQ(calls.count("lseek"), length < 4096 ? 0U : 2U) << length;
+    }
+}
+
+TEST_F(StringFromFile, AsksForAllThatIsLeftAfterAShortRead) {
+    make(std::string(20000, 'x'));
+    SystemCalls calls;
+    calls.limit("read", 2, 10);
+    EXPECT_EQ(read().second.size(), 20000U);
+    EXPECT_EQ(calls.log(), "open read(4096) lseek lseek read(15905) read(15895) read(1) close");
+}
+
+TEST_F(StringFromFile, AsksForNoMoreMemoryThanTheFileNeeds) {
+    struct {
+        std::size_t length;
+        std::size_t largest; // with the zero behind a text
+    } const cases[] = {{5000, 2 * 4096 + 1}, {20000, 20000 + 2}};
+    std::string const file = path();
+    for (auto const& c : cases) {
+        make(std::string(c.length, 'x'));
+        String text;
+        EXPECT_EQ(test::largestAllocation([&] { text.fromFile(file.c_str()); }), c.largest);
+    }
+}
+
+TEST_F(StringFromFile, DoublesItsMemoryWhereTheSizeIsNotKnown) {
+    make(std::string(100000, 'x'));
+    std::string const file = path();
+    String text;
+    SystemCalls calls;
+    calls.fail("lseek", 1, ESPIPE);
+    EXPECT_EQ(test::largestAllocation([&] { text.fromFile(file.c_str()); }),
+              std::size_t{131072} + 1);
+}
+
+TEST_F(StringFromFile, WorksWithoutStandardInput) {
+    make("abc");
+    WithoutStandardInput const closed;
+    EXPECT_EQ(read(), holding("abc"));
+}
+
+TEST_F(StringFromFile, ReadsNothingWithoutAFile) {
+    SystemCalls const calls;
+    EXPECT_EQ(read(directory_ / "missing"), failedAndEmpty);
+    EXPECT_EQ(calls.log(), "open");
+}
+
+TEST_F(StringFromFile, IsFalseAndEmptyWhenItLosesItsPlaceInTheFile) {
+    make(std::string(20000, 'x'));
+    SystemCalls calls;
+    calls.fail("lseek", 2, EIO);
+    EXPECT_EQ(read(), failedAndEmpty);
 }
 
 TEST_F(StringFromFile, IsFalseAndEmptyWhereNoFileCanBe) {

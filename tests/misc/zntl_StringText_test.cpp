@@ -103,8 +103,10 @@ TEST(StringSanitize, TrimsAlsoWhereBlanksAreAllowed) {
 }
 
 TEST(StringSanitize, AllowsNothingWithAnEmptyOrNullAlphabet) {
-    EXPECT_EQ(String::sanitize("abc", ""), "");
-    EXPECT_EQ(String::sanitize("abc", nullptr), "");
+    for (std::string const& c : everyCharacter()) {
+        EXPECT_EQ(String::sanitize(c, ""), "");
+        EXPECT_EQ(String::sanitize(c, nullptr), "");
+    }
 }
 
 TEST(StringSanitize, TakesTheAlphabetUpToItsFirstNul) {

@@ -170,6 +170,16 @@ TEST(IStreamWait, WithoutLimitEndsOnlyWithData) {
     EXPECT_EQ(source.emptyAsked, 8);
 }
 
+TEST(IStreamWait, WithoutLimitIsNotALimitOfThatManyMilliseconds) {
+    test::VirtualTime time;
+    Source source;
+    time.onSleep([&] {
+        time.advance(withoutLimit - 1);
+        source.empty = time.sleeps().size() < 2;
+    });
+    EXPECT_TRUE(source.wait(withoutLimit));
+}
+
 TEST(IStreamWait, CanBeReplaced) {
     class Impatient : public Source {
     public:

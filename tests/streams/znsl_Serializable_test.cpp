@@ -326,6 +326,13 @@ TEST_F(SerializableFromFile, IsFalseWhenTheFileCannotBeOpened) {
     EXPECT_EQ(toHex(value.payload), "99");
 }
 
+TEST_F(SerializableFromFile, ReadsNothingWithoutAFile) {
+    Blob value(7);
+    test::SystemCalls const calls;
+    EXPECT_FALSE(value.fromFile((directory_ / "missing").c_str()));
+    EXPECT_EQ(calls.log(), "open");
+}
+
 TEST_F(SerializableFromFile, IsFalseForADirectoryWithoutAskingForMemory) {
     Blob value(7, fromHex("99"));
     std::string const folder = directory_.path();

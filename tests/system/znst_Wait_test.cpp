@@ -135,6 +135,12 @@ TEST_F(WaitForObjects, WithoutLimitReadsTheClockOnlyAtTheStart) {
     EXPECT_EQ(log, (Log{"clock", "a(0)", "sleep 1000", "a(0)", "sleep 1000", "a(0)"}));
 }
 
+TEST_F(WaitForObjects, WithoutLimitIsNotALimitOfThatManyMilliseconds) {
+    Object a = later("a", 5, 2);
+    time.onSleep([this] { time.advance(withoutLimit - 1); });
+    EXPECT_EQ(waitFor({&a}, withoutLimit), 5U);
+}
+
 TEST_F(WaitForObjects, TheLargestTimeoutWithALimitEnds) {
     Object a = idle("a");
     a.onPoll = [this] { time.advance(0x7FFFFFFE); }; // twice that and two sleeps
