@@ -20,7 +20,8 @@ import subprocess
 import sys
 import threading
 import time
-from dataclasses import dataclass
+from collections import Counter
+from dataclasses import dataclass, replace
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -58,6 +59,7 @@ class Mutant:
     end: int
     text: str
     source: str
+    context: int = 0  # how many lines before it tell it from the same change elsewhere
 
     @property
     def mutated(self):
@@ -78,8 +80,11 @@ class Mutant:
         """What identifies the change when the lines around it move."""
         before = self.lines(self.source, self.end - self.start)
         after = self.lines(self.mutated, len(self.text))
-        return '\n'.join([str(self.path), *(f'- {line}' for line in before),
-                          *(f'+ {line}' for line in after)])
+        first = self.source.rfind('\n', 0, self.start) + 1
+        above = [line.strip() for line in self.source[:first].splitlines() if line.strip()]
+        context = above[max(0, len(above) - self.context):]
+        return '\n'.join([str(self.path), *(f'= {line}' for line in context),
+                          *(f'- {line}' for line in before), *(f'+ {line}' for line in after)])
 
 
 LITERALS = re.compile(r'''//[^\n]*|/\*.*?\*/|^[ ]*\#[^\n]*|"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)*\'''',
@@ -167,7 +172,7 @@ def changes(source):
         if match[1] == 'if':
             yield opening, end + 1, f'(({condition}) || true)'
     for match in RETURN.finditer(code):
-        if match[1] not in ('*this', 'false', '0', 'nullptr', 'std::nullopt'):
+        if match[1] not in ('*this', 'true', 'false', '0', 'nullptr', 'std::nullopt'):
             yield *match.span(), 'return {};'
     for match in STATEMENT.finditer(code):
         complete = match[1].count('(') == match[1].count(')')
@@ -192,7 +197,13 @@ def mutants_of(path):
     for start, end, text in changes(source):
         mutant = Mutant(path, start, end, text, source)
         found.setdefault(mutant.mutated, mutant)
-    return sorted(found.values(), key=lambda mutant: (mutant.start, mutant.end))
+    mutants = sorted(found.values(), key=lambda mutant: (mutant.start, mutant.end))
+    while True:
+        number = Counter(mutant.key for mutant in mutants)
+        if max(number.values(), default=1) == 1:
+            return mutants
+        mutants = [replace(mutant, context=mutant.context + (number[mutant.key] > 1))
+                   for mutant in mutants]
 
 
 # How it is found out
@@ -414,7 +425,8 @@ def explained():
         if not lines:
             continue
         path, *rest = lines
-        changes = re.findall(r'((?:^- .*\n)+(?:^\+ .*(?:\n|$))+)', '\n'.join(rest), re.MULTILINE)
+        changes = re.findall(r'((?:^= .*\n)*(?:^- .*\n)+(?:^\+ .*(?:\n|$))+)', '\n'.join(rest),
+                             re.MULTILINE)
         if not changes or rest[-1].startswith(('- ', '+ ')):
             sys.exit(f'mutate: {EXPLAINED.name} does not say what or why:\n{entry}')
         keys.update(f'{path}\n{change.rstrip()}' for change in changes)
@@ -449,7 +461,8 @@ def main():
               if not arguments.file or any(name in str(path) for name in arguments.file)]
     if not chosen:
         sys.exit('mutate: no such file')
-    mutants = [mutant for path in chosen for mutant in mutants_of(path)]
+    everything = {path: mutants_of(path) for path in paths}
+    mutants = [mutant for path in chosen for mutant in everything[path]]
     if arguments.list:
         for mutant in mutants:
             print(f'{mutant.key}\n')
@@ -460,6 +473,9 @@ def main():
         random.Random(seed).shuffle(mutants)
 
     known = explained()
+    stale = known - {mutant.key for found in everything.values() for mutant in found}
+    if stale:
+        sys.exit('\n'.join([f'mutate: {EXPLAINED.name} explains what is not tried:', *sorted(stale)]))
     bench = Bench(arguments.jobs)
     deadline = time.monotonic() + (arguments.seconds or float('inf'))
     folders = threading.local()
