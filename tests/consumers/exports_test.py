@@ -13,7 +13,7 @@ def internal_names():
     names = set()
     for header in SOURCES.glob('libraries/src/**/internal/*.h'):
         for line in header.read_text().splitlines():
-            if found := re.match(r'(?:class|struct) (\w+)|[a-z].*?(\w+)\(', line):
+            if found := re.match(r'(?:class|struct) (\w+)|\w.*?(\w+)\(', line):
                 names.add(found[1] or found[2])
     return names
 

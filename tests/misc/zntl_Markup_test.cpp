@@ -368,6 +368,13 @@ TEST(LargeMarkup, OpensAndNeverCloses) {
     EXPECT_EQ(closeTagOnSmallStack(test::repeated("<a><a></a>", many), 3), none);
 }
 
+TEST(LargeMarkup, OpensAndNeverClosesUnderAnyName) {
+    for (std::string const name : {"<", "a<b", "</", ">", "/", "a>b"}) {
+        std::string const text = test::repeated("<" + name + ">", many);
+        EXPECT_TRUE(test::sameText(replacedOnSmallStack(text, name), text)) << name;
+    }
+}
+
 TEST(LargeMarkup, ClosesWithoutOpening) {
     std::string const text = test::repeated("</a>", many);
     EXPECT_TRUE(test::sameText(replacedOnSmallStack(text), text));

@@ -1,4 +1,4 @@
-// The string's core: construction, formatted text, comparison, conversion and stored forms. Its
+// The string's core: construction, comparison, conversion and stored forms. Formatted text and the
 // text operations have tests of their own.
 
 #include "misc/zntl_String.h"
@@ -135,95 +135,7 @@ TEST(String, AssignmentOfItsOwnCharacters) {
     EXPECT_EQ(text, longText.substr(1));
 }
 
-// Formatted text
-
-[[gnu::format(printf, 1, 2)]] std::vector<String> formatTwice(char const* format, ...) {
-    std::va_list args;
-    va_start(args, format);
-    std::vector<String> texts{String::fromVAList(format, &args), String::fromVAList(format, &args)};
-    va_end(args);
-    return texts;
-}
-
-TEST(StringFromVAList, LeavesTheCallersArgumentsAsTheyWere) {
-    std::vector<String> texts =
-        formatTwice("%d %s %.2f %lld", -7, "text", 2.5, static_cast<long long>(LLONG_MIN));
-    EXPECT_EQ(texts[0], "-7 text 2.50 -9223372036854775808");
-    EXPECT_EQ(texts[1], texts[0]);
-
-    std::string const veryLong(100000, 'x');
-    texts = formatTwice("%s|%d", veryLong.c_str(), 640);
-    EXPECT_EQ(texts[0], veryLong + "|640");
-    EXPECT_EQ(texts[1], texts[0]);
-}
-
-TEST(StringFromVAList, FormatsTextsOfAnyLength) {
-    for (std::size_t power = 1; power <= 1 << 20; power *= 2) {
-        for (std::size_t length = power - 1; length <= power + 1; ++length) {
-            std::string const text(length, 'x');
-            EXPECT_EQ(String::fromFormat("%s", text.c_str()), text);
-        }
-    }
-}
-
-TEST(StringFromVAList, StopsAtTheFirstNulThatTheFormattingProduced) {
-    EXPECT_EQ(String::fromFormat("ab%ccd", 0), "ab");
-    EXPECT_EQ(String::fromFormat("%c", 0), "");
-    std::string const veryLong(100000, 'x');
-    EXPECT_EQ(String::fromFormat("%s%ccd", veryLong.c_str(), 0), veryLong);
-    EXPECT_EQ(String::fromFormat("ab%c%s", 0, veryLong.c_str()), "ab");
-}
-
-TEST(StringFromVAList, NullFormatGivesTheEmptyString) {
-    for (String const& text : formatTwice(noText))
-        EXPECT_EQ(text, "");
-    EXPECT_EQ(String::fromFormat(noText), "");
-}
-
-TEST(StringFromVAList, FormatThatTheCLibraryRejectsGivesTheEmptyString) {
-    wchar_t const noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
-    EXPECT_EQ(String::fromFormat("ab%lscd", noCharacter), "");
-    EXPECT_EQ(String::fromFormat("%s%ls", longText.c_str(), noCharacter), "");
-}
-
-TEST(StringFromFormat, FormatsLikePrintf) {
-    EXPECT_EQ(String::fromFormat("%dx%d", 640, 480), "640x480");
-    EXPECT_EQ(String::fromFormat("no arguments"), "no arguments");
-    EXPECT_EQ(String::fromFormat("%5.1f|%-4s|%04x|%c|%%", 2.25, "ab", 0x1FU, 'z'),
-              "  2.2|ab  |001f|z|%");
-}
-
-TEST(StringFromInteger, IsDecimal) {
-    EXPECT_EQ(String::fromInteger(0), "0");
-    EXPECT_EQ(String::fromInteger(-7), "-7");
-    EXPECT_EQ(String::fromInteger(1920), "1920");
-    EXPECT_EQ(String::fromInteger(INT_MAX), "2147483647");
-    EXPECT_EQ(String::fromInteger(INT_MIN), "-2147483648");
-}
-
-TEST(StringFromFloat, HasTheDecimalsAskedFor) {
-    struct {
-        float value;
-        int decimals;
-        char const* text;
-    } const rows[] = {
-        {2.5F, 2, "2.50"},
-        {-2.5F, 2, "-2.50"},
-        {0.0F, 0, "0"},
-        {-0.0F, 1, "-0.0"},
-        {1.0F / 3.0F, 6, "0.333333"},
-        {0.1F, 10, "0.1000000015"}, // widened to double: the float's own value
-        {0.125F, 3, "0.125"},
-        {16777216.0F, 0, "16777216"},
-        {FLT_MAX, 0, "340282346638528859811704183484516925440"},
-        {2.5F, -1, "2.500000"}, // printf takes a negative precision as none
-        {INFINITY, 2, "inf"},
-        {-INFINITY, 2, "-inf"},
-    };
-    for (auto const& row : rows)
-        EXPECT_EQ(String::fromFloat(row.value, row.decimals), row.text);
-    EXPECT_EQ(String::fromFloat(2.5F, 300), "2.5" + std::string(299, '0'));
-}
+// Text from the environment
 
 TEST(StringFromEnvVarible, IsTheVariablesValue) {
     ASSERT_EQ(setenv("ZN_TEST_VARIABLE", "a value", 1), 0);
@@ -648,9 +560,6 @@ TEST(String, WithoutMemoryTheTextStaysAndNothingLeaks) {
     EXPECT_GT(test::failEachAllocationOf([&] { String{longText}; }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { String{other}; }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { String{characters}; }), 0);
-    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%s", characters); }), 0);
-    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%99d", 1); }), 0);
-    EXPECT_GT(test::failEachAllocationOf([&] { String::fromFloat(FLT_MAX, 3); }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { String::fromEnvVarible("ZN_TEST_VARIABLE"); }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { other.toLower(); }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { other.toXML(); }), 0);

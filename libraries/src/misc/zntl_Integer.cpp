@@ -30,7 +30,7 @@ bool Integer::fromXML(char const* xml) {
     auto const root = znxml::DomIterator::parse(xml);
     if (root.atEnd())
         return false;
-    value_ = parseDecimal(root.getValue().c_str());
+    value_ = parseDecimal(root.getValue().c_str()).value;
     return true;
 }
 

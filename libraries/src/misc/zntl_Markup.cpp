@@ -20,24 +20,31 @@ struct Tag {
     bool selfClosing;
 };
 
+/// What the tags of an element begin with, or are.
+struct Patterns {
+    explicit Patterns(std::string_view name) {
+        opening += name;
+        closing += name;
+        closing += '>';
+    }
+
+    std::string opening = "<";
+    std::string closing = "</";
+};
+
 /// Walks the opening tags of an element, from a position on, as if the text ended at a limit that
 /// moves ahead from call to call. What is found out about a text that ends earlier and stays true
 /// when more of it is shown is not looked at again, so a whole walk is linear.
 class OpenTagScan {
 public:
-    OpenTagScan(std::string_view text, std::string_view name, std::size_t from)
-        : text_(text), pattern_(opening(name)), position_(from) {}
+    OpenTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
+        : text_(text), pattern_(patterns.opening), position_(from) {}
 
     bool next(std::size_t limit, Tag& tag);
 
 private:
-    static std::string opening(std::string_view name) {
-        std::string pattern = "<";
-        return pattern += name;
-    }
-
     std::string_view text_;
-    std::string pattern_;
+    std::string_view pattern_;
     std::size_t position_; // no tag that is still to be found starts before it
 };
 
@@ -87,8 +94,8 @@ bool OpenTagScan::next(std::size_t limit, Tag& tag) {
 /// Walks the closing tags of an element.
 class CloseTagScan {
 public:
-    CloseTagScan(std::string_view text, std::string_view name, std::size_t from)
-        : text_(text), pattern_(closing(name)), position_(from) {}
+    CloseTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
+        : text_(text), pattern_(patterns.closing), position_(from) {}
 
     bool next(Tag& tag) {
         tag.start = findLinear(text_, pattern_, position_);
@@ -101,21 +108,15 @@ public:
     }
 
 private:
-    static std::string closing(std::string_view name) {
-        std::string pattern = "</";
-        pattern += name;
-        return pattern += '>';
-    }
-
     std::string_view text_;
-    std::string pattern_;
+    std::string_view pattern_;
     std::size_t position_;
 };
 
-bool findMatchingCloseTag(std::string_view text, std::size_t from, std::string_view name,
+bool findMatchingCloseTag(std::string_view text, std::size_t from, Patterns const& patterns,
                           Tag& close) {
-    OpenTagScan opens(text, name, from);
-    CloseTagScan closes(text, name, from);
+    OpenTagScan opens(text, patterns, from);
+    CloseTagScan closes(text, patterns, from);
     std::size_t depth = 1; // the element opened before `from`
     while (closes.next(close)) {
         Tag open;
@@ -128,26 +129,26 @@ bool findMatchingCloseTag(std::string_view text, std::size_t from, std::string_v
 }
 
 struct Element {
-    Tag open;
+    std::size_t start;
     std::size_t end; // behind the element; npos where it is not closed
 };
 
-/// All elements of a name, in the order of their opening tags. The stack of those that are still
-/// open is what makes any number of unclosed elements linear: searching each one's closing tag
-/// would look at the rest of the text again and again.
-std::vector<Element> matchElements(std::string_view text, std::string_view name) {
+/// All elements of a name from a position on, in the order of their opening tags. The stack of
+/// those that are still open is what makes any number of unclosed elements linear.
+std::vector<Element> matchElements(std::string_view text, Patterns const& patterns,
+                                   std::size_t from) {
     std::vector<Element> elements;
     std::vector<std::size_t> unclosed;
-    OpenTagScan opens(text, name, 0);
+    OpenTagScan opens(text, patterns, from);
     auto const openUntil = [&](std::size_t limit) {
         Tag open;
         while (opens.next(limit, open)) {
             if (!open.selfClosing)
                 unclosed.push_back(elements.size());
-            elements.push_back({open, open.selfClosing ? open.end + 1 : npos});
+            elements.push_back({open.start, open.selfClosing ? open.end + 1 : npos});
         }
     };
-    CloseTagScan closes(text, name, 0);
+    CloseTagScan closes(text, patterns, from);
     Tag close;
     while (closes.next(close)) {
         openUntil(close.start);
@@ -160,29 +161,13 @@ std::vector<Element> matchElements(std::string_view text, std::string_view name)
     return elements;
 }
 
-/// The same by searching each closing tag afresh, for a name with a "<" in it: its tags can overlap
-/// one another, and then it matters where a search starts.
-std::vector<Element> matchElementsOneByOne(std::string_view text, std::string_view name) {
-    std::vector<Element> elements;
-    std::size_t position = 0;
-    Tag open;
-    while (OpenTagScan(text, name, position).next(text.size(), open)) {
-        position = open.end + 1;
-        Element element{open, open.selfClosing ? position : npos};
-        Tag close;
-        if (!open.selfClosing && findMatchingCloseTag(text, position, name, close))
-            position = element.end = close.end + 1;
-        elements.push_back(element);
-    }
-    return elements;
-}
-
 } // namespace
 
 bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                  unsigned int& end, bool& selfClosing) {
+    Patterns const patterns(name);
     Tag tag;
-    if (!OpenTagScan(text, name, from).next(text.size(), tag))
+    if (!OpenTagScan(text, patterns, from).next(text.size(), tag))
         return false;
     start = static_cast<unsigned int>(tag.start);
     end = static_cast<unsigned int>(tag.end);
@@ -193,7 +178,7 @@ bool findOpenTag(String const& text, unsigned int from, String const& name, unsi
 bool findCloseTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                   unsigned int& end) {
     Tag tag;
-    if (!findMatchingCloseTag(text, from, name, tag))
+    if (!findMatchingCloseTag(text, from, Patterns(name), tag))
         return false;
     start = static_cast<unsigned int>(tag.start);
     end = static_cast<unsigned int>(tag.end);
@@ -202,20 +187,34 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
 
 String String::replaceElement(String const& name, String const& replacement) const {
     std::string_view const text = *this;
-    Tag tag;
-    if (!OpenTagScan(text, name, 0).next(text.size(), tag))
-        return *this;
-    bool const overlapping = name.find('<') != npos;
+    Patterns const patterns(name);
+    // With both in the name, a tag can begin in the last one, and it matters where a search starts.
+    bool const overlapping = name.find('<') != npos && name.find('>') != npos;
     String result;
     std::size_t copied = 0;
-    for (Element const& element :
-         overlapping ? matchElementsOneByOne(text, name) : matchElements(text, name)) {
-        bool const inReplaced = element.open.start < copied;
-        if (inReplaced || element.end == npos)
-            continue;
-        result.append(text, copied, element.open.start - copied);
+    auto const replace = [&](std::size_t start, std::size_t end) {
+        result.append(text, copied, start - copied);
         result += replacement;
-        copied = element.end;
+        copied = end;
+    };
+    std::size_t position = 0;
+    Tag open;
+    while (OpenTagScan(text, patterns, position).next(text.size(), open)) {
+        position = open.end + 1;
+        Tag close;
+        if (open.selfClosing) {
+            replace(open.start, position);
+        } else if (findMatchingCloseTag(text, position, patterns, close)) {
+            position = close.end + 1;
+            replace(open.start, position);
+        } else if (!overlapping) {
+            // Going on one by one, every other one that is not closed would be searched to the end.
+            for (Element const& element : matchElements(text, patterns, position)) {
+                if (element.start >= copied && element.end != npos)
+                    replace(element.start, element.end);
+            }
+            break;
+        }
     }
     result.append(text, copied);
     return result;

@@ -7,11 +7,10 @@
 #include "xml/znxml_DomIterator.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <strings.h>
 
 namespace zntl {
 
@@ -30,60 +29,12 @@ String& String::operator=(char const* text) {
     return *this;
 }
 
-namespace {
-
-/// vsnprintf on a copy of the list that `args` points to, so that the list can be used again.
-int format(char* out, std::size_t size, char const* text, void* args) {
-    std::va_list copy;
-    va_copy(copy, *static_cast<std::va_list*>(args));
-    int const length = std::vsnprintf(out, size, text, copy);
-    va_end(copy);
-    return length;
-}
-
-} // namespace
-
-String String::fromVAList(char const* format, void* args) {
-    if (!format)
-        return {};
-    // Most texts fit here, and then one formatting pass measures and delivers.
-    char brief[4096];
-    int const length = zntl::format(brief, sizeof brief, format, args);
-    if (length < 0)
-        return {};
-    auto const size = static_cast<std::size_t>(length);
-    if (size < sizeof brief)
-        return {brief};
-    String text;
-    text.resize(size);
-    zntl::format(text.data(), size + 1, format, args);
-    text.resize(std::strlen(text.c_str()));
-    return text;
-}
-
-String String::fromFormat(char const* format, ...) {
-    std::va_list args;
-    va_start(args, format);
-    String text = fromVAList(format, &args);
-    va_end(args);
-    return text;
-}
-
-String String::fromInteger(int value) {
-    DecimalDigits digits;
-    return {digits, writeDecimal(digits, value)};
-}
-
-String String::fromFloat(float value, int decimals) {
-    return fromFormat("%.*f", decimals, static_cast<double>(value));
-}
-
 String String::fromEnvVarible(char const* name) { return {name ? std::getenv(name) : nullptr}; }
 
-int String::iCompare(String const& other) const { return zn_stricmp(c_str(), other.c_str()); }
+int String::iCompare(String const& other) const { return strcasecmp(c_str(), other.c_str()); }
 
 unsigned int String::toUnsignedInt() const {
-    return static_cast<unsigned int>(std::max(parseDecimal(c_str()), 0));
+    return static_cast<unsigned int>(std::max(parseDecimal(c_str()).value, 0));
 }
 
 unsigned int String::copyString(char* out, unsigned int max) const {

@@ -71,7 +71,10 @@ public:
 
     /// Whether the string starts with `prefix`; the empty prefix is a prefix of every string.
     bool hasPrefix(String const& prefix) const {
-        return prefix.size() <= size() &&
+        if (prefix.empty())
+            return true;
+        // Most texts differ in the first character, which spares them a call.
+        return prefix.size() <= size() && front() == prefix.front() &&
                traits_type::compare(data(), prefix.data(), prefix.size()) == 0;
     }
 

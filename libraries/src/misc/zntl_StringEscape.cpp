@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstddef>
 #include <string_view>
 
@@ -19,33 +20,72 @@ struct Escape {
 constexpr std::array<Escape, 5> escapes{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}}};
 
+/// For each character the number of its escape, counted from 1; 0 for all that are no markup.
+constexpr std::array<unsigned char, UCHAR_MAX + 1> numberEscapes() {
+    std::array<unsigned char, UCHAR_MAX + 1> numbers{};
+    unsigned char number = 0;
+    for (Escape const& escape : escapes)
+        numbers[static_cast<unsigned char>(escape.character)] = ++number;
+    return numbers;
+}
+
+constexpr auto escapeNumbers = numberEscapes();
+
+unsigned char escapeNumber(char c) { return escapeNumbers[static_cast<unsigned char>(c)]; }
+
+/// Finds the markup characters of a text, one after another.
+class MarkupSearch {
+public:
+    explicit MarkupSearch(std::string_view text) : text_(text) {}
+
+    /// The first markup character at or behind `from`, or the text's end; `from` never decreases.
+    std::size_t next(std::size_t from) {
+        // Where markup is dense it is near. Where it is rare, a search for each character leaps
+        // over the text at the speed of the C library.
+        constexpr std::size_t near = 32;
+        std::size_t const end = std::min(text_.size(), from + near);
+        for (; from < end; ++from) {
+            if (escapeNumber(text_[from]) != 0)
+                return from;
+        }
+        return from < text_.size() ? leap(from) : from;
+    }
+
+private:
+    std::size_t leap(std::size_t from) {
+        for (std::size_t i = 0; i < escapes.size(); ++i) {
+            if (found_[i] < from)
+                found_[i] = std::min(text_.find(escapes[i].character, from), text_.size());
+        }
+        return *std::min_element(found_.begin(), found_.end());
+    }
+
+    std::string_view text_;
+    std::array<std::size_t, escapes.size()> found_{}; // of each character
+};
+
 /// An entity without its "&".
 constexpr std::string_view restOf(Escape const& escape) { return escape.entity.substr(1); }
 
 bool startsWithRest(std::string_view text, Escape const& escape) {
-    return text.substr(0, restOf(escape).size()) == restOf(escape);
+    std::string_view const rest = restOf(escape);
+    return !text.empty() && text.front() == rest.front() && text.substr(0, rest.size()) == rest;
 }
 
 } // namespace
 
-// Each markup character is searched by itself, from one of its occurrences to the next, which leaps
-// over text without markup at the speed of the C library.
 void appendEncoded(std::string& encoded, std::string const& text) {
-    std::array<std::size_t, escapes.size()> next;
-    std::transform(escapes.begin(), escapes.end(), next.begin(),
-                   [&](Escape const& escape) { return text.find(escape.character); });
+    MarkupSearch search(text);
     std::size_t copied = 0;
     while (true) {
-        auto const first = std::min_element(next.begin(), next.end());
-        if (*first == std::string::npos)
+        std::size_t const at = search.next(copied);
+        if (at > copied)
+            encoded.append(text, copied, at - copied);
+        if (at == text.size())
             break;
-        Escape const& escape = escapes[static_cast<std::size_t>(first - next.begin())];
-        encoded.append(text, copied, *first - copied);
-        encoded += escape.entity;
-        copied = *first + 1;
-        *first = text.find(escape.character, copied);
+        encoded += escapes[escapeNumber(text[at]) - std::size_t{1}].entity;
+        copied = at + 1;
     }
-    encoded.append(text, copied);
 }
 
 String String::encodeHtml(String const& text) {
@@ -62,8 +102,13 @@ String String::decodeHtml(String const& text) {
     String result;
     result.reserve(text.size());
     std::size_t copied = 0;
-    for (std::size_t at = all.find('&'); at != npos; at = all.find('&', copied)) {
-        result.append(all, copied, at - copied);
+    while (true) {
+        bool const isNext = copied < all.size() && all[copied] == '&';
+        std::size_t const at = isNext ? copied : all.find('&', copied);
+        if (at == npos)
+            break;
+        if (at > copied)
+            result.append(all, copied, at - copied);
         copied = at + 1;
         if (startsWithRest(all.substr(copied), escapes.front()))
             copied += restOf(escapes.front()).size();

@@ -55,7 +55,7 @@ bool String::toBool() const {
         if (zn_stricmp(c_str(), word) == 0)
             return true;
     }
-    return parseDecimal(c_str()) != 0;
+    return parseDecimal(c_str()).value != 0;
 }
 
 String String::extract(String const& begin, String const& end) const {

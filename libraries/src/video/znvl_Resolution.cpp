@@ -41,27 +41,24 @@ char const* skipSpace(char const* text) {
 /// Scans two numbers as the C library does for "%d x %d", except that numbers beyond 32 bits
 /// saturate on every machine.
 bool scanSize(char const* text, int& width, int& height) {
-    char const* end;
-    int const first = zntl::parseDecimal(text, &end);
-    if (end == text)
+    zntl::Decimal const first = zntl::parseDecimal(text);
+    char const* const separator = skipSpace(first.end);
+    if (first.end == text || *separator != 'x')
         return false;
-    text = skipSpace(end);
-    if (*text != 'x')
+    zntl::Decimal const second = zntl::parseDecimal(separator + 1);
+    if (second.end == separator + 1)
         return false;
-    ++text;
-    int const second = zntl::parseDecimal(text, &end);
-    if (end == text)
-        return false;
-    width = first;
-    height = second;
+    width = first.value;
+    height = second.value;
     return true;
 }
 
-/// The entry of `values` at the place where `keys` holds `text` in any letter case; null when it
-/// does not.
-char const* lookUp(char const* text, char const* const* keys, char const* const* values) {
+/// The entry of `values` at the place where `keys` holds the first text that `isWanted`; null when
+/// there is none.
+template <class IsWanted>
+char const* lookUp(char const* const* keys, char const* const* values, IsWanted isWanted) {
     for (; *keys; ++keys, ++values) {
-        if (zn_stricmp(text, *keys) == 0)
+        if (isWanted(*keys))
             return *values;
     }
     return nullptr;
@@ -72,7 +69,8 @@ char const* lookUp(char const* text, char const* const* keys, char const* const*
 bool parseSize(char const* text, int& width, int& height) {
     if (scanSize(text, width, height))
         return true;
-    char const* const size = lookUp(text, Resolution::NameStrings, Resolution::ResolutionStrings);
+    char const* const size = lookUp(Resolution::NameStrings, Resolution::ResolutionStrings,
+                                    [&](char const* name) { return zn_stricmp(text, name) == 0; });
     return size && parseSize(size, width, height);
 }
 
@@ -120,8 +118,13 @@ zntl::String Resolution::toNameString() const {
     zntl::appendDecimal(size, width.getValue());
     size += 'x';
     zntl::appendDecimal(size, height.getValue());
-    char const* const sizeName = lookUp(size.c_str(), ResolutionStrings, NameStrings);
-    return sizeName ? sizeName : size;
+    // No other character than itself matches the first one, a digit or a sign, in any letter case.
+    char const* const sizeName = lookUp(ResolutionStrings, NameStrings, [&](char const* named) {
+        return *named == size.front() && zn_stricmp(size.c_str(), named) == 0;
+    });
+    if (sizeName)
+        size = sizeName;
+    return size;
 }
 
 unsigned int Resolution::getTypeId() const { return 815; }

@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 
 namespace zntl {
 
 namespace {
 
-/// More than any 32-bit number: digits behind it cannot change what saturates.
+/// What any 32-bit number is below, and has no more digits than.
 constexpr std::uint64_t beyondInt = std::uint64_t{1} << 32;
+constexpr std::ptrdiff_t maxDigits = 10;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -30,7 +32,7 @@ void appendDecimal(std::string& text, int value) {
     text.append(digits, writeDecimal(digits, value));
 }
 
-int parseDecimal(char const* text, char const** end) {
+Decimal parseDecimal(char const* text) {
     char const* number = text;
     while (isSpace(*number))
         ++number;
@@ -38,15 +40,17 @@ int parseDecimal(char const* text, char const** end) {
     if (negative || *number == '+')
         ++number;
     char const* behind = number;
+    while (*behind == '0')
+        ++behind;
+    char const* const significant = behind;
     std::uint64_t magnitude = 0;
-    for (; isDigit(*behind); ++behind) {
-        if (magnitude < beyondInt)
-            magnitude = magnitude * 10 + digitValue(*behind);
-    }
-    if (end)
-        *end = behind == number ? text : behind;
-    auto const value = static_cast<std::int64_t>(magnitude);
-    return static_cast<int>(std::clamp<std::int64_t>(negative ? -value : value, INT_MIN, INT_MAX));
+    for (; isDigit(*behind); ++behind)
+        magnitude = magnitude * 10 + digitValue(*behind);
+    if (behind - significant > maxDigits)
+        magnitude = beyondInt;
+    auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
+    return {static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX)),
+            behind == number ? text : behind};
 }
 
 } // namespace zntl

@@ -19,10 +19,15 @@ void appendDecimal(std::string& text, int value);
 /// Whether a character is white space in the C locale.
 bool isSpace(char c);
 
+struct Decimal {
+    int value;
+    char const* end; // behind the last digit; the start of the text when there was none
+};
+
 /// Reads a base-10 integer from the start of `text` as strtol does in the C locale (leading white
 /// space and a sign are accepted, parsing stops at the first non-digit, no digits give 0),
-/// saturated to 32 bits on every machine. `end`, when given, is set behind the last digit, or to
-/// `text` when there was none. No errno, no locale, nothing to bind when the program starts.
-int parseDecimal(char const* text, char const** end = nullptr);
+/// saturated to 32 bits on every machine. No errno, no locale, nothing to bind when the program
+/// starts.
+Decimal parseDecimal(char const* text);
 
 } // namespace zntl
