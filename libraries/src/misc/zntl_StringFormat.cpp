@@ -45,7 +45,7 @@ bool appendPlain(std::string& text, char const* format, void* list) {
         char const* const literal = format;
         while (*format != '%' && *format != '\0')
             ++format;
-        text.append(literal, format);
+        text.append(literal, static_cast<std::size_t>(format - literal));
         if (*format == '\0')
             return true;
         switch (format[1]) {
@@ -135,7 +135,7 @@ String String::fromFormat(char const* format, ...) {
 }
 
 String String::fromInteger(int value) {
-    DecimalDigits digits;
+    char digits[maxDecimalLength];
     return {digits, writeDecimal(digits, value)};
 }
 

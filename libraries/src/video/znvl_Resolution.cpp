@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <typeinfo>
 
 namespace znvl {
@@ -64,6 +65,15 @@ char const* lookUp(char const* const* keys, char const* const* values, IsWanted 
     return nullptr;
 }
 
+/// Whether a text is a size, in any letter case; of a size's characters only the "x" has two.
+bool equalsSize(char const* text, char const* size) {
+    for (; *text == *size || (*text == 'X' && *size == 'x'); ++text, ++size) {
+        if (*size == '\0')
+            return true;
+    }
+    return false;
+}
+
 /// Takes a size from its numbers, or from the entry that its name leads to.
 // NOLINTNEXTLINE(misc-no-recursion): as deep as one entry's text names another
 bool parseSize(char const* text, int& width, int& height) {
@@ -114,17 +124,16 @@ bool Resolution::fromString(zntl::String const& text) {
 }
 
 zntl::String Resolution::toNameString() const {
-    zntl::String size;
-    zntl::appendDecimal(size, width.getValue());
-    size += 'x';
-    zntl::appendDecimal(size, height.getValue());
-    // No other character than itself matches the first one, a digit or a sign, in any letter case.
-    char const* const sizeName = lookUp(ResolutionStrings, NameStrings, [&](char const* named) {
-        return *named == size.front() && zn_stricmp(size.c_str(), named) == 0;
-    });
+    char size[zntl::maxDecimalLength + sizeof "x" + zntl::maxDecimalLength];
+    std::size_t length = zntl::writeDecimal(size, width.getValue());
+    size[length++] = 'x';
+    length += zntl::writeDecimal(size + length, height.getValue());
+    size[length] = '\0';
+    char const* const sizeName = lookUp(ResolutionStrings, NameStrings,
+                                        [&](char const* named) { return equalsSize(named, size); });
     if (sizeName)
-        size = sizeName;
-    return size;
+        return sizeName;
+    return {size, length};
 }
 
 unsigned int Resolution::getTypeId() const { return 815; }

@@ -22,13 +22,12 @@ unsigned int digitValue(char c) { return static_cast<unsigned int>(c - '0'); }
 
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-std::size_t writeDecimal(DecimalDigits& digits, int value) {
-    char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    return static_cast<std::size_t>(end - digits);
+std::size_t writeDecimal(char* out, int value) {
+    return static_cast<std::size_t>(std::to_chars(out, out + maxDecimalLength, value).ptr - out);
 }
 
 void appendDecimal(std::string& text, int value) {
-    DecimalDigits digits;
+    char digits[maxDecimalLength];
     text.append(digits, writeDecimal(digits, value));
 }
 

@@ -5,12 +5,12 @@
 
 namespace zntl {
 
-/// Room for the digits of any 32-bit number, and a sign.
-using DecimalDigits = char[sizeof "-2147483648"];
+/// The digits of any 32-bit number, and a sign.
+constexpr std::size_t maxDecimalLength = sizeof "-2147483648" - 1;
 
-/// Writes `value` in decimal, without a NUL, as appendDecimal does; returns the number of
-/// characters.
-std::size_t writeDecimal(DecimalDigits& digits, int value);
+/// Writes `value` in decimal to `out`, without a NUL, as appendDecimal does; returns the number of
+/// characters. `out` has room for `maxDecimalLength`.
+std::size_t writeDecimal(char* out, int value);
 
 /// Appends `value` in decimal: a minus sign for negatives, no plus sign, no padding, whatever the
 /// locale is.
