@@ -580,6 +580,29 @@ TEST(MemIOStreamOverflow, BeginsBehindTheLargestCapacity) {
     EXPECT_EQ(out, nullptr);
 }
 
+TEST(MemIOStreamOverflow, IsNoMatterOfTheFirstBuffer) {
+    MemIOStream stream;
+    unsigned char* out = nullptr;
+    EXPECT_TRUE(asksForMemory([&] { stream.getWriteBuffer(out, 0xFFFFFFFF); }));
+    expectWithoutBuffer(stream);
+}
+
+TEST(MemIOStreamOverflow, OfALargeFullBufferIsALengthError) {
+    constexpr unsigned int capacity = 0x44000000; // never touched, so that it takes no memory
+    MemIOStream stream(capacity);
+    unsigned char* out = nullptr;
+    stream.getWriteBuffer(out, capacity);
+    EXPECT_THROW(stream.getWriteBuffer(out, 2 * capacity), std::length_error);
+    EXPECT_EQ(stream.size(), capacity);
+}
+
+TEST(MemIOStreamOverflow, SaysWhatIsTooLarge) {
+    MemIOStream stream(1);
+    unsigned char* out = nullptr;
+    EXPECT_TRUE(test::throws<std::length_error>("znsl::MemIOStream: content beyond 32 bits",
+                                                [&] { stream.getWriteBuffer(out, 0xFFFFFFFF); }));
+}
+
 TEST(MemIOStreamOverflow, OfAWriteBufferIsALengthErrorAndChangesNothing) {
     MemIOStream stream(100);
     fill(stream, 20, 70);
@@ -974,6 +997,25 @@ TEST(MemIOStreamDefrag, OfAnEmptyStreamMovesItsPositionsToTheStart) {
     stream.defrag();
     EXPECT_TRUE(stream.isEmpty());
     EXPECT_EQ(writePosition(stream), begin);
+}
+
+TEST(MemIOStreamDefrag, MovesBackOverWhatWasLessThanARecord) {
+    /// Finds a record of type 7 where the content is less than a header.
+    class Finding : public MemIOStream {
+    public:
+        using MemIOStream::MemIOStream;
+        unsigned int getNextType() const override { return 7; }
+    };
+    Finding stream(100);
+    unsigned char* start = nullptr;
+    stream.getWriteBuffer(start, 8);
+    std::memset(start, 0, 8);
+    stream.finalizeBuffer(start, 1);
+    Blob object(7);
+    stream.read(object);
+    EXPECT_EQ(writePosition(stream), start + 1);
+    stream.defrag();
+    EXPECT_EQ(writePosition(stream), start);
 }
 
 TEST(MemIOStreamDefrag, DoesNothingAtTheStartOrWithoutABuffer) {

@@ -1100,6 +1100,22 @@ TEST(MemIOStreamRawRecord, OfNoBytesChangesNothing) {
     EXPECT_EQ(View(stream), before);
 }
 
+TEST(MemIOStreamRawRecord, ThatIsOnlyPromisedIsOneOfNoBytes) {
+    class Promising : public test::RawSource {
+    public:
+        Promising() : RawSource({}) {}
+        bool readNextObject(unsigned char*& /*data*/, unsigned int& /*length*/) override {
+            return true;
+        }
+    };
+    MemIOStream stream(20);
+    fill(stream, 0, 12);
+    View const before(stream);
+    Promising source;
+    stream << source;
+    EXPECT_EQ(View(stream), before);
+}
+
 TEST(MemIOStreamRawRecord, OfAMemoryStreamIsNotToBeHad) {
     MemIOStream stream;
     MemIOStream source;
