@@ -3,7 +3,8 @@
 
 Each change is compiled alone: the tests are linked against a shared library of which one object is
 exchanged. A change in a header is compiled into the tests that are named after it.
-What survives that is run once more with sanitizers, which see bytes read or written out of place.
+What survives that is run once more with sanitizers, which see bytes read or written out of place,
+and with a changed header compiled into all of the library.
 """
 
 import argparse
@@ -382,16 +383,14 @@ class Bench:
         source.write_text(mutant.mutated, encoding='utf-8')
         in_header = mutant.path.suffix == '.h'
         internal = 'internal' in mutant.path.parts
+        changed = [mutant.path]
+        if in_header:
+            changed = self.dependents(mutant.path) if internal or sanitizer else []
         exchanged = {}
-        for path in self.dependents(mutant.path) if in_header and internal else []:
+        for path in changed:
+            origin = source if path == mutant.path else ROOT / path
             exchanged[path] = folder / f'{path.stem}.o'
-            includes = f'-I{folder}/src'
-            if run(build.compiling(ROOT / path, exchanged[path], includes)).returncode != 0:
-                yield None
-                return
-        if not in_header:
-            exchanged[mutant.path] = folder / 'changed.o'
-            if run(build.compiling(source, exchanged[mutant.path])).returncode != 0:
+            if run(build.compiling(origin, exchanged[path], f'-I{folder}/src')).returncode != 0:
                 yield None
                 return
         library = folder / 'libzn.so'
