@@ -40,6 +40,7 @@ TESTS = {
     'zntl_blank': ['zntl_StringText', 'zntl_Markup'],
     'zntl_search': ['zntl_StringText', 'zntl_Markup'],
     'zntl_CharacterSet': ['zntl_StringText'],
+    'znsl_Set': ['znsl_Set', 'xml_backend'],
 }
 # With checks of what the C++ library can check, so that what steps outside a container is noticed.
 COMPILE = ['-std=c++17', '-O1', '-fPIC', '-ffp-contract=off', '-D_GLIBCXX_ASSERTIONS', '-w',
