@@ -381,6 +381,16 @@ TEST(StringIsNumeric, AgreesWithItsGrammarOnEveryShortText) {
     EXPECT_GT(numeric, 100U);
 }
 
+TEST(StringIsNumeric, TakesDigitsSignsAndAPointAlone) {
+    for (int code = CHAR_MIN; code <= CHAR_MAX; ++code) {
+        std::string const text(1, static_cast<char>(code));
+        bool isInteger = false;
+        EXPECT_EQ(String(text).isNumeric(isInteger),
+                  std::string("0123456789+-.").find(text) != std::string::npos)
+            << code;
+    }
+}
+
 TEST(StringPadEnd, FillsUpAndNeverCuts) {
     struct {
         std::string text;
