@@ -579,6 +579,14 @@ TEST(ResolutionTables, TheFirstMatchCounts) {
     EXPECT_EQ(resolution.toNameString(), "CIF");
 }
 
+TEST(ResolutionTables, AnEntryMatchesAsAWholeOnly) {
+    for (char const* const text :
+         {"", "6", "640x48", "640x4800", "640y480", "64Xx480", "X40x480"}) {
+        TableEntry const size(Resolution::ResolutionStrings[1], text);
+        EXPECT_EQ(Resolution(640, 480).toNameString(), "640x480") << text;
+    }
+}
+
 TEST(ResolutionTables, EndAtTheNullEntry) {
     TableEntry const end(Resolution::NameStrings[2], nullptr);
     TableEntry const endOfSizes(Resolution::ResolutionStrings[2], nullptr);

@@ -133,8 +133,10 @@ struct Element {
     std::size_t end; // behind the element; npos where it is not closed
 };
 
-/// All elements of a name from a position on, in the order of their opening tags. The stack of
-/// those that are still open is what makes any number of unclosed elements linear.
+/// All elements of a name within one that is not closed, whose opening tag ends before a position,
+/// in the order of their opening tags. The stack of those that are still open is what makes any
+/// number of unclosed elements linear. It never runs empty: a closing tag too many would close the
+/// one around them.
 std::vector<Element> matchElements(std::string_view text, Patterns const& patterns,
                                    std::size_t from) {
     std::vector<Element> elements;
@@ -152,8 +154,6 @@ std::vector<Element> matchElements(std::string_view text, Patterns const& patter
     Tag close;
     while (closes.next(close)) {
         openUntil(close.start);
-        if (unclosed.empty())
-            continue;
         elements[unclosed.back()].end = close.end + 1;
         unclosed.pop_back();
     }
