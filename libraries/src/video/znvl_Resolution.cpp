@@ -41,7 +41,7 @@ char const* skipSpace(char const* text) {
 
 /// Scans two numbers as the C library does for "%d x %d", except that numbers beyond 32 bits
 /// saturate on every machine.
-bool scanSize(char const* text, int& width, int& height) {
+bool scanSize(char const* text, Resolution& size) {
     zntl::Decimal const first = zntl::parseDecimal(text);
     char const* const separator = skipSpace(first.end);
     if (first.end == text || *separator != 'x')
@@ -49,8 +49,8 @@ bool scanSize(char const* text, int& width, int& height) {
     zntl::Decimal const second = zntl::parseDecimal(separator + 1);
     if (second.end == separator + 1)
         return false;
-    width = first.value;
-    height = second.value;
+    size.width = first.value;
+    size.height = second.value;
     return true;
 }
 
@@ -72,16 +72,6 @@ bool equalsSize(char const* text, char const* size) {
             return true;
     }
     return false;
-}
-
-/// Takes a size from its numbers, or from the entry that its name leads to.
-// NOLINTNEXTLINE(misc-no-recursion): as deep as one entry's text names another
-bool parseSize(char const* text, int& width, int& height) {
-    if (scanSize(text, width, height))
-        return true;
-    char const* const size = lookUp(Resolution::NameStrings, Resolution::ResolutionStrings,
-                                    [&](char const* name) { return zn_stricmp(text, name) == 0; });
-    return size && parseSize(size, width, height);
 }
 
 } // namespace
@@ -114,13 +104,12 @@ Resolution Resolution::scale(Resolution const& bounds) const {
 }
 
 bool Resolution::fromString(zntl::String const& text) {
-    int parsedWidth;
-    int parsedHeight;
-    if (!parseSize(text.c_str(), parsedWidth, parsedHeight))
-        return false;
-    width = parsedWidth;
-    height = parsedHeight;
-    return true;
+    char const* size = text.c_str();
+    // An entry's text may be a name as well.
+    while (size && !scanSize(size, *this))
+        size = lookUp(NameStrings, ResolutionStrings,
+                      [size](char const* named) { return zn_stricmp(size, named) == 0; });
+    return size != nullptr;
 }
 
 zntl::String Resolution::toNameString() const {

@@ -14,8 +14,7 @@ namespace {
 constexpr std::uint64_t beyondInt = std::uint64_t{1} << 32;
 constexpr std::ptrdiff_t maxDigits = 10;
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
+/// What a digit stands for; more than 9 for what is no digit.
 unsigned int digitValue(char c) { return static_cast<unsigned int>(c - '0'); }
 
 } // namespace
@@ -43,8 +42,8 @@ Decimal parseDecimal(char const* text) {
         ++behind;
     char const* const significant = behind;
     std::uint64_t magnitude = 0;
-    for (; isDigit(*behind); ++behind)
-        magnitude = magnitude * 10 + digitValue(*behind);
+    for (unsigned int digit; (digit = digitValue(*behind)) <= 9; ++behind)
+        magnitude = magnitude * 10 + digit;
     if (behind - significant > maxDigits)
         magnitude = beyondInt;
     auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
