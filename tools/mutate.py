@@ -128,8 +128,8 @@ DECLARATION = re.compile(r'''(?:\[\[.*?\]\]\s*)?(?!delete\b)
     (?:(?:[\w:]+(?:<[^;=]*>)?(?:\s+const)?[\s*&]+)+(?:operator\W+|\w+)\s*(?:[=;[{(]|$)  # T name
     |~?[A-Z]\w*\(  # constructor or destructor
     |.*=\s*(?:default|delete);$)''', re.VERBOSE | re.DOTALL)
-# What the compiler checks, no program differs by.
-STATIC_ASSERT = re.compile(r'\bstatic_assert\(')
+# What is said to the compiler alone, no program differs by.
+ASIDE = re.compile(r'\b(?:static_assert|__attribute__)\(|\[\[\w')
 RAISE = re.compile(r'\braise\((\d+)')
 
 
@@ -142,17 +142,18 @@ def closing(code, opening):
     return None
 
 
-def without_static_asserts(source):
+def without_asides(source):
     code = without_literals(source)
-    for match in STATIC_ASSERT.finditer(code):
-        end = closing(code, match.end() - 1) + 1
+    for match in ASIDE.finditer(code):
+        is_call = match[0][-1] == '('
+        end = closing(code, match.end() - 1) + 1 if is_call else code.index(']]', match.end()) + 2
         source = source[:match.start()] + ' ' * (end - match.start()) + source[end:]
     return source
 
 
 def changes(source):
     """All changes of a source, as (start, end, text)."""
-    source = without_static_asserts(source)
+    source = without_asides(source)
     code = without_literals(source)
     for pattern, texts in SWAPS:
         for match in re.finditer(pattern, code):
