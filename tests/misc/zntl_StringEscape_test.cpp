@@ -3,6 +3,8 @@
 #include "support/failing_allocation.h"
 #include "support/literal_text.h"
 #include "support/print_string.h"
+#include "support/same_text.h"
+#include "support/sample_texts.h"
 
 #include <gtest/gtest.h>
 
@@ -121,6 +123,16 @@ TEST(StringEscape, BothAgreeWithFivePassesWhereMarkupIsRare) {
     }
 }
 
+// What takes more than linear time does not come to its end.
+TEST(StringEscape, BothAreLinearWhereMarkupIsRareAndOfOneKind) {
+    std::string const gap(40, 'x');
+    constexpr unsigned int many = 400000;
+    std::string const plain = test::repeated("&" + gap, many);
+    std::string const encoded = test::repeated("&amp;" + gap, many);
+    EXPECT_TRUE(test::sameText(String::encodeHtml(plain), encoded));
+    EXPECT_TRUE(test::sameText(String::decodeHtml(encoded), plain));
+}
+
 TEST(StringEscape, DecodeUndoesEncodeUnlessTheTextHoldsEntities) {
     char const* const pieces[] = {"&", "<", ">", "'", "\"", "a", ";"};
     std::mt19937 random(20240301);
@@ -129,6 +141,13 @@ TEST(StringEscape, DecodeUndoesEncodeUnlessTheTextHoldsEntities) {
         ASSERT_EQ(String::decodeHtml(String::encodeHtml(text)), text);
     }
     EXPECT_EQ(String::decodeHtml(String::encodeHtml("&lt;")), "<") << "decoded twice";
+}
+
+TEST(StringEscape, TakesMemoryForTheTextAtOnce) {
+    String const text(test::repeated("<" + std::string(40, 'x'), 100));
+    String const encoded = String::encodeHtml(text);
+    EXPECT_EQ(test::failEachAllocationOf([&] { String::decodeHtml(encoded); }), 1);
+    EXPECT_EQ(test::failEachAllocationOf([&] { String::encodeHtml(text); }), 2) << "it is longer";
 }
 
 TEST(StringEscape, WithoutMemoryNothingLeaks) {
