@@ -94,7 +94,9 @@ std::string String::toXML() const { return toXML("zntl_String"); }
 std::string String::toXML(char const* name) const {
     if (!name)
         return {};
-    std::string xml = "<";
+    std::string xml;
+    xml.reserve(size() + 2 * std::strlen(name) + std::strlen("<></>"));
+    xml += '<';
     xml += name;
     if (empty())
         return xml += "/>";
