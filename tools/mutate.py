@@ -374,7 +374,7 @@ class Bench:
         if verdict != 'survived':
             return verdict
         with self.lock:
-            tests = [test for test in own if self.stands_sanitizers(test)]
+            tests = [test for test in tests if self.stands_sanitizers(test)]
         return self.verdict(self.outcomes(mutant, folder, self.sanitized, tests, self.sanitizer))
 
     def outcomes(self, mutant, folder, build, tests, sanitizer=None):
