@@ -12,6 +12,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -64,6 +65,7 @@ TEST(StringFromVAList, FormatsTextsOfAnyLength) {
         for (std::size_t length = power - 1; length <= power + 1; ++length) {
             std::string const text(length, 'x');
             EXPECT_EQ(String::fromFormat("%s", text.c_str()), text);
+            EXPECT_EQ(String::fromFormat("%.9999999s", text.c_str()), text) << "left to printf";
         }
     }
 }
@@ -103,6 +105,16 @@ TEST(StringFromFormat, FormatsPlainTextsAndNumbersInAnyOrder) {
               longText + longText);
     EXPECT_EQ(String::fromFormat((longText + "%d" + longText).c_str(), 1),
               longText + "1" + longText);
+}
+
+TEST(StringFromFormat, LeavesToPrintfWhatOnlyLooksPlain) {
+    EXPECT_EQ(String::fromFormat("%e", 1.5), "1.500000e+00");
+    EXPECT_EQ(String::fromFormat("%td", std::ptrdiff_t{7}), "7");
+}
+
+TEST(StringFromFormat, EndsWithItsFormat) {
+    std::string const format("%d\0dx", 5); // not a literal, which a compiler would complain about
+    EXPECT_EQ(String::fromFormat(format.c_str(), 1), "1");
 }
 
 TEST(StringFromFormat, FormatsFromTheStartWhatIsNotPlainInTheEnd) {
@@ -245,6 +257,31 @@ TEST(StringFromFloat, AgreesWithPrintfAroundTheLargestThatIsNotLeftToIt) {
                       printed("%.*f", decimals, static_cast<double>(value)));
         }
     }
+}
+
+TEST(StringFromFormat, TakesMemoryForWhatFollowsATextToo) {
+    std::string const text(100, 'x');
+    struct {
+        char const* first;
+        char const* second;
+        long allocations;
+    } const rows[] = {
+        {"short", "short", 0},
+        {"fifteenletters.", "", 0},
+        {text.c_str(), "short", 1},
+        {"ten chars.", "0123456789 12345", 1},
+    };
+    for (auto const& row : rows) {
+        EXPECT_EQ(
+            test::failEachAllocationOf([&] { String::fromFormat("%s%s", row.first, row.second); }),
+            row.allocations);
+    }
+    EXPECT_EQ(test::failEachAllocationOf(
+                  [&] { String::fromFormat("%s and behind it a number: %d", text.c_str(), 7); }),
+              1);
+    EXPECT_EQ(test::failEachAllocationOf(
+                  [] { String::fromFormat("ten chars.%s and twenty characters", "0123456789 1"); }),
+              1);
 }
 
 TEST(StringFromFormat, WithoutMemoryNothingLeaks) {
