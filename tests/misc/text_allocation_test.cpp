@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -75,6 +76,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(FindAll, OfTheUsualNumberOfPositionsAllocatesOnce) {
     String const texts(16, ',');
     EXPECT_EQ(test::failEachAllocationOf([&] { texts.findAll(",", ""); }), 1);
+}
+
+TEST(TextToXml, AllocatesOnceWhatItNeeds) {
+    String const plain(std::string(100, 'x'));
+    auto const render = [&] { plain.toXML("element"); };
+    EXPECT_EQ(test::failEachAllocationOf(render), 1);
+    EXPECT_EQ(test::largestAllocation(render),
+              plain.size() + std::strlen("<element></element>") + 1);
 }
 
 // The other pieces that were cut off stay, those of the failed call may be among them.
