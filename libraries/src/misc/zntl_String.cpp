@@ -98,13 +98,16 @@ std::string String::toXML(char const* name) const {
     xml.reserve(size() + 2 * std::strlen(name) + std::strlen("<></>"));
     xml += '<';
     xml += name;
-    if (empty())
-        return xml += "/>";
+    if (empty()) {
+        xml += "/>";
+        return xml;
+    }
     xml += '>';
     appendEncoded(xml, *this);
     xml += "</";
     xml += name;
-    return xml += '>';
+    xml += '>';
+    return xml;
 }
 
 bool String::fromXML(char const* xml) {
