@@ -78,6 +78,14 @@ TEST(FindAll, OfTheUsualNumberOfPositionsAllocatesOnce) {
     EXPECT_EQ(test::failEachAllocationOf([&] { texts.findAll(",", ""); }), 1);
 }
 
+TEST(Tokenize, TakesMemoryForThePiecesAtOnce) {
+    String const texts("a,b,c,d,,,e,f");
+    EXPECT_EQ(test::failEachAllocationOf([&] { texts.tokenize(",", ""); }), 2)
+        << "one for the positions, one for the pieces";
+    EXPECT_EQ(texts.tokenize(",", "").capacity(), 6) << "none for those that are dropped";
+    EXPECT_EQ(String(1000, ',').tokenize(",", "").capacity(), 0);
+}
+
 TEST(TextToXml, AllocatesOnceWhatItNeeds) {
     String const plain(std::string(100, 'x'));
     auto const render = [&] { plain.toXML("element"); };

@@ -6,6 +6,9 @@
 #include "system/znml_constants.h"
 #include "xml/znxml_DomIterator.h"
 
+#include <cstring>
+#include <string_view>
+
 namespace zntl {
 
 unsigned int Integer::getTypeId() const { return 504; }
@@ -15,8 +18,10 @@ std::string Integer::getTypeName() const { return "Integer"; }
 std::string Integer::toXML() const { return toXML("Integer"); }
 
 std::string Integer::toXML(char const* name) const {
-    char const* const element = name ? name : "";
-    std::string xml = "<";
+    std::string_view const element = name ? name : "";
+    std::string xml;
+    xml.reserve(2 * element.size() + std::strlen("<></>") + maxDecimalLength);
+    xml += '<';
     xml += element;
     xml += '>';
     appendDecimal(xml, value_);

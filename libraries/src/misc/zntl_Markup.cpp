@@ -44,14 +44,14 @@ public:
 
 private:
     std::string_view text_;
-    std::string_view pattern_;
+    SearchPattern pattern_;
     std::size_t position_; // no tag that is still to be found starts before it
 };
 
 bool OpenTagScan::next(std::size_t limit, Tag& tag) {
     std::string_view const shown = text_.substr(0, limit);
     while (true) {
-        tag.start = findLinear(shown, pattern_, position_);
+        tag.start = pattern_.findIn(shown, position_);
         if (tag.start == npos) {
             // The pattern may still begin in the last characters and go on behind the limit.
             std::size_t const tail = pattern_.size() - 1;
@@ -98,7 +98,7 @@ public:
         : text_(text), pattern_(patterns.closing), position_(from) {}
 
     bool next(Tag& tag) {
-        tag.start = findLinear(text_, pattern_, position_);
+        tag.start = pattern_.findIn(text_, position_);
         if (tag.start == npos)
             return false;
         position_ = tag.start + pattern_.size();
@@ -109,7 +109,7 @@ public:
 
 private:
     std::string_view text_;
-    std::string_view pattern_;
+    SearchPattern pattern_;
     std::size_t position_;
 };
 

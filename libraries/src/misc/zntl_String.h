@@ -153,18 +153,9 @@ public:
     template <class Container>
     static void tokenize(String const& text, String const& separators, Container& out,
                          String const& quotes) {
-        if (text.empty())
-            return;
-        std::size_t start = 0;
-        if (!separators.empty()) {
-            for (unsigned int const cut : text.findAll(separators, quotes)) {
-                if (cut > start)
-                    out.push_back(text.piece(start, cut));
-                start = cut + std::size_t{1};
-            }
-        }
-        if (start < text.size())
-            out.push_back(text.piece(start, text.size()));
+        text.visitPieces(text.findAll(separators, quotes), [&](std::size_t start, std::size_t end) {
+            out.push_back(text.piece(start, end));
+        });
     }
 
     // Markup
@@ -223,6 +214,20 @@ public:
     operator SmartArray<char>() const;
 
 private:
+    /// Shows where the text's parts between the positions start and end, except the empty ones, to
+    /// `visit(start, end)`.
+    template <class Visit>
+    void visitPieces(std::vector<unsigned int> const& positions, Visit visit) const {
+        std::size_t start = 0;
+        for (unsigned int const position : positions) {
+            if (position > start)
+                visit(start, position);
+            start = position + std::size_t{1};
+        }
+        if (start < size())
+            visit(start, size());
+    }
+
     /// The characters from `start` up to `end`, cut off at their first NUL.
     String piece(std::size_t start, std::size_t end) const;
 };

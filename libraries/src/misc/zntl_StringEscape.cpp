@@ -77,20 +77,21 @@ bool startsWithRest(std::string_view text, Escape const& escape) {
 void appendEncoded(std::string& encoded, std::string const& text) {
     MarkupSearch search(text);
     std::size_t copied = 0;
-    while (true) {
-        std::size_t const at = search.next(copied);
+    std::size_t at = search.next(0);
+    // With entities it becomes longer than the text, so it would grow to twice of that anyway.
+    if (at < text.size())
+        encoded.reserve(encoded.size() + 2 * text.size());
+    for (; at < text.size(); at = search.next(copied)) {
         if (at > copied)
             encoded.append(text, copied, at - copied);
-        if (at == text.size())
-            break;
         encoded += escapes[escapeNumber(text[at]) - std::size_t{1}].entity;
         copied = at + 1;
     }
+    encoded.append(text, copied);
 }
 
 String String::encodeHtml(String const& text) {
     String encoded;
-    encoded.reserve(text.size());
     appendEncoded(encoded, text);
     return encoded;
 }

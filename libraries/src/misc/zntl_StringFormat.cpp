@@ -29,35 +29,65 @@ public:
     std::va_list copy;
 };
 
-/// Appends a text, with room for what follows in a format, which is mostly short.
-void appendText(std::string& text, std::string_view added) {
-    constexpr std::size_t further = 64;
-    if (text.capacity() - text.size() < added.size())
-        text.reserve(text.size() + added.size() + further);
-    text += added;
-}
+/// Appends pieces to a text, the short ones of them together.
+class PieceAppender {
+public:
+    // Zeroing what is written before it is read would cost more than most formats.
+    // cppcheck-suppress uninitMemberVar
+    explicit PieceAppender(std::string& text) : text_(text) {}
+
+    void append(std::string_view piece) {
+        if (piece.size() > sizeof pending_ - count_) {
+            text_.reserve(text_.size() + count_ + piece.size() + sizeof pending_);
+            flush();
+            text_ += piece;
+        } else if (!piece.empty()) {
+            std::memcpy(pending_ + count_, piece.data(), piece.size());
+            count_ += piece.size();
+        }
+    }
+
+    void append(int value) {
+        if (sizeof pending_ - count_ < maxDecimalLength)
+            flush();
+        count_ += writeDecimal(pending_ + count_, value);
+    }
+
+    void flush() {
+        text_.append(pending_, count_);
+        count_ = 0;
+    }
+
+private:
+    std::string& text_;
+    char pending_[64];
+    std::size_t count_ = 0;
+};
 
 /// Formats what most formats are made of, texts and whole numbers as they are, at a fraction of
 /// printf's cost. False when there is more in it; what was appended until then is of no use.
 bool appendPlain(std::string& text, char const* format, void* list) {
     Arguments args(list);
+    PieceAppender out(text);
     while (true) {
         char const* const literal = format;
         while (*format != '%' && *format != '\0')
             ++format;
-        text.append(literal, static_cast<std::size_t>(format - literal));
-        if (*format == '\0')
+        out.append({literal, static_cast<std::size_t>(format - literal)});
+        if (*format == '\0') {
+            out.flush();
             return true;
+        }
         switch (format[1]) {
         case '%':
-            text += '%';
+            out.append("%");
             break;
         case 'd':
-            appendDecimal(text, va_arg(args.copy, int));
+            out.append(va_arg(args.copy, int));
             break;
         case 's':
             if (char const* const string = va_arg(args.copy, char const*)) {
-                appendText(text, string);
+                out.append(std::string_view(string));
                 break;
             }
             return false;

@@ -59,11 +59,11 @@ bool String::toBool() const {
 }
 
 String String::extract(String const& begin, String const& end) const {
-    std::size_t const opening = findLinear(*this, begin);
+    std::size_t const opening = SearchPattern(begin).findIn(*this);
     if (opening == npos)
         return {};
     std::size_t const start = opening + begin.size();
-    std::size_t const closing = findLinear(*this, end, start);
+    std::size_t const closing = SearchPattern(end).findIn(*this, start);
     if (closing == npos)
         return {};
     return substr(start, closing - start);
@@ -94,8 +94,13 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
 }
 
 std::vector<String> String::tokenize(String const& separators, String const& quotes) const {
+    std::vector<unsigned int> const cuts = findAll(separators, quotes);
+    std::size_t count = 0;
+    visitPieces(cuts, [&](std::size_t, std::size_t) { ++count; });
     std::vector<String> pieces;
-    tokenize(*this, separators, pieces, quotes);
+    pieces.reserve(count);
+    visitPieces(cuts,
+                [&](std::size_t start, std::size_t end) { pieces.push_back(piece(start, end)); });
     return pieces;
 }
 

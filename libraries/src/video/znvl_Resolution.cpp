@@ -1,13 +1,14 @@
 #include "video/znvl_Resolution.h"
 
+#include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "streams/znsl_Members.h"
-#include "system/zn_portability.h"
 #include "system/znml_constants.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <strings.h>
 #include <typeinfo>
 
 namespace znvl {
@@ -108,7 +109,7 @@ bool Resolution::fromString(zntl::String const& text) {
     // An entry's text may be a name as well.
     while (size && !scanSize(size, *this))
         size = lookUp(NameStrings, ResolutionStrings,
-                      [size](char const* named) { return zn_stricmp(size, named) == 0; });
+                      [size](char const* named) { return strcasecmp(size, named) == 0; });
     return size != nullptr;
 }
 
@@ -148,8 +149,8 @@ unsigned int Resolution::getBinLength() const {
 unsigned int Resolution::toBin(unsigned char* out) const {
     if (typeid(*this) != typeid(Resolution))
         return znsl::Members(*this).toBin(out);
-    unsigned int const offset = width.toBin(out);
-    return offset + height.toBin(out + offset);
+    zntl::storeNative(zntl::storeNative(out, width.getValue()), height.getValue());
+    return binLength;
 }
 
 unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length) {

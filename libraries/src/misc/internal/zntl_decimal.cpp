@@ -10,16 +10,13 @@ namespace zntl {
 
 namespace {
 
-/// What any 32-bit number is below, and has no more digits than.
+/// What any 32-bit number is below; ten times of it are far from an overflow.
 constexpr std::uint64_t beyondInt = std::uint64_t{1} << 32;
-constexpr std::ptrdiff_t maxDigits = 10;
 
 /// What a digit stands for; more than 9 for what is no digit.
 unsigned int digitValue(char c) { return static_cast<unsigned int>(c - '0'); }
 
 } // namespace
-
-bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 std::size_t writeDecimal(char* out, int value) {
     return static_cast<std::size_t>(std::to_chars(out, out + maxDecimalLength, value).ptr - out);
@@ -38,14 +35,11 @@ Decimal parseDecimal(char const* text) {
     if (negative || *number == '+')
         ++number;
     char const* behind = number;
-    while (*behind == '0')
-        ++behind;
-    char const* const significant = behind;
     std::uint64_t magnitude = 0;
-    for (unsigned int digit; (digit = digitValue(*behind)) <= 9; ++behind)
-        magnitude = magnitude * 10 + digit;
-    if (behind - significant > maxDigits)
-        magnitude = beyondInt;
+    for (unsigned int digit; (digit = digitValue(*behind)) <= 9; ++behind) {
+        if (magnitude < beyondInt)
+            magnitude = magnitude * 10 + digit;
+    }
     auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
     return {static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX)),
             behind == number ? text : behind};

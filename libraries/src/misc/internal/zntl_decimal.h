@@ -17,7 +17,7 @@ std::size_t writeDecimal(char* out, int value);
 void appendDecimal(std::string& text, int value);
 
 /// Whether a character is white space in the C locale.
-bool isSpace(char c);
+inline bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 struct Decimal {
     int value;
