@@ -35,7 +35,7 @@ WORK = TREE / 'mutants'
 TESTS = {
     'zn_File': ['zntl_StringFile', 'znsl_Serializable', 'znsl_MemIOStream_file'],
     'zntl_bytes': ['zntl_Integer', 'zntl_String', 'znsl_MemIOStream_buffer'],
-    'zntl_decimal': ['zntl_Integer', 'zntl_String', 'zntl_StringFormat', 'znvl_Resolution',
+    'zntl_decimal': ['decimal', 'zntl_Integer', 'zntl_StringFormat', 'znvl_Resolution',
                      'zntl_Exception'],
     'zntl_blank': ['zntl_StringText', 'zntl_Markup'],
     'zntl_search': ['zntl_StringText', 'zntl_Markup'],

@@ -148,6 +148,7 @@ TEST(StringEscape, TakesMemoryForTheTextAtOnce) {
     String const encoded = String::encodeHtml(text);
     EXPECT_EQ(test::failEachAllocationOf([&] { String::decodeHtml(encoded); }), 1);
     EXPECT_EQ(test::failEachAllocationOf([&] { String::encodeHtml(text); }), 1);
+    EXPECT_EQ(test::largestAllocation([&] { String::encodeHtml(text); }), 2 * text.size() + 1);
 }
 
 TEST(StringEscape, WithoutMemoryNothingLeaks) {

@@ -107,6 +107,21 @@ TEST(StringFromFormat, FormatsPlainTextsAndNumbersInAnyOrder) {
               longText + "1" + longText);
 }
 
+TEST(StringFromFormat, FormatsPiecesOfAnyLength) {
+    for (std::size_t length = 0; length < 150; ++length) {
+        std::string const first(length, 'f');
+        for (std::size_t further : {0, 1, 40, 63, 64, 65, 149}) {
+            std::string const second(further, 's');
+            EXPECT_EQ(String::fromFormat("%s%s%%%d%d", first.c_str(), second.c_str(), INT_MIN, 1),
+                      first + second + "%-21474836481");
+            EXPECT_EQ(String::fromFormat("%s%d%s%d", first.c_str(), INT_MIN, second.c_str(), -1),
+                      first + "-2147483648" + second + "-1");
+            EXPECT_EQ(String::fromFormat(("%s" + second + "%d").c_str(), first.c_str(), INT_MIN),
+                      first + second + "-2147483648");
+        }
+    }
+}
+
 TEST(StringFromFormat, LeavesToPrintfWhatOnlyLooksPlain) {
     EXPECT_EQ(String::fromFormat("%e", 1.5), "1.500000e+00");
     EXPECT_EQ(String::fromFormat("%td", std::ptrdiff_t{7}), "7");

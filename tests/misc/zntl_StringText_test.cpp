@@ -206,6 +206,16 @@ TEST(StringExtract, GivesTheTextBetweenTheMarkers) {
             << testing::PrintToString(c.text);
 }
 
+// What takes more than linear time does not come to its end.
+TEST(StringExtract, IsLinearWhereAMarkerNearlyStandsEverywhere) {
+    std::string const half(200000, 'a');
+    String const marker = half + 'b' + half;
+    String const text(2000000, 'a');
+    EXPECT_EQ(text.extract(marker, "a"), "");
+    EXPECT_EQ(text.extract("a", marker), "");
+    EXPECT_TRUE(String(text + marker + "found" + marker).extract(marker, marker) == "found");
+}
+
 TEST(StringExtract, SearchesTheEndBehindTheBeginning) {
     EXPECT_EQ(String("aba").extract("ab", "ba"), "");
     EXPECT_EQ(String("abaxba").extract("ab", "ba"), "ax");
