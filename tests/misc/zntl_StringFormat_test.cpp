@@ -110,7 +110,7 @@ TEST(StringFromFormat, FormatsPlainTextsAndNumbersInAnyOrder) {
 TEST(StringFromFormat, FormatsPiecesOfAnyLength) {
     for (std::size_t length = 0; length < 150; ++length) {
         std::string const first(length, 'f');
-        for (std::size_t further : {0, 1, 40, 63, 64, 65, 149}) {
+        for (unsigned int const further : {0U, 1U, 40U, 63U, 64U, 65U, 149U}) {
             std::string const second(further, 's');
             EXPECT_EQ(String::fromFormat("%s%s%%%d%d", first.c_str(), second.c_str(), INT_MIN, 1),
                       first + second + "%-21474836481");
