@@ -13,6 +13,7 @@
 #include <list>
 #include <numeric>
 #include <optional>
+#include <random>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -204,6 +205,20 @@ TEST(StringExtract, GivesTheTextBetweenTheMarkers) {
     for (Extraction const& c : cases)
         EXPECT_EQ(String(c.text).extract(c.begin, c.end), c.result)
             << testing::PrintToString(c.text);
+}
+
+TEST(StringExtract, FindsMarkersOfAnyLengthThatNearlyStandElsewhere) {
+    std::mt19937 random(27);
+    for (int round = 0; round < 5000; ++round) {
+        std::string text;
+        while (text.size() < 100)
+            text += random() % 8 == 0 ? 'b' : 'a';
+        auto const part = [&] { return text.substr(random() % 50, random() % 40); };
+        std::string const begin = part();
+        std::string const end = part();
+        ASSERT_EQ(String(text).extract(begin, end), literal::extract(text, begin, end))
+            << text << ' ' << begin << ' ' << end;
+    }
 }
 
 // What takes more than linear time does not come to its end.

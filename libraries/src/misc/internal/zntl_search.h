@@ -11,8 +11,8 @@ class SearchPattern {
 public:
     /// The characters stay where they are, and are good for as long as the pattern is used.
     explicit SearchPattern(std::string_view pattern)
-        : pattern_(pattern),
-          isPlain_(pattern.find(pattern.substr(0, 1), 1) == std::string_view::npos) {}
+        : pattern_(pattern), isPlain_(pattern.size() <= brief ||
+                                      pattern.find(pattern.front(), 1) == std::string_view::npos) {}
 
     std::size_t size() const { return pattern_.size(); }
 
@@ -27,6 +27,7 @@ public:
 
 private:
     using traits = std::string_view::traits_type;
+    static constexpr std::size_t brief = 16;
 
     std::size_t findPlain(std::string_view text, std::size_t from) const {
         std::size_t const tail = pattern_.size() - 1;
@@ -50,8 +51,9 @@ private:
     }
 
     std::string_view pattern_;
-    // Where its first character does not come again, no character of the text is compared twice,
-    // and the plain search, which leaps to that first character, is linear too.
+    // The plain search leaps to the first character. It is linear too where that does not come
+    // again, because no character of the text is then compared twice, and where few are compared at
+    // all.
     bool isPlain_;
 };
 
