@@ -167,6 +167,14 @@ TEST(Integer, WithoutMemoryTheValueStays) {
     EXPECT_GT(reading, 0);
 }
 
+TEST(Integer, XmlFormTakesMemoryForTheLongestNumberAtOnce) {
+    Integer const least(INT_MIN);
+    auto const render = [&] { least.toXML("element"); };
+    EXPECT_EQ(test::failEachAllocationOf(render), 1);
+    EXPECT_EQ(test::largestAllocation(render),
+              sizeof "<element>" - 1 + sizeof "-2147483648" - 1 + sizeof "</element>");
+}
+
 TEST(Integer, BinaryFormNeedsNoMemory) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         unsigned char bytes[4];
