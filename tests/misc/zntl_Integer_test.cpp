@@ -169,10 +169,10 @@ TEST(Integer, WithoutMemoryTheValueStays) {
 
 TEST(Integer, XmlFormTakesMemoryForTheLongestNumberAtOnce) {
     Integer const least(INT_MIN);
-    auto const render = [&] { least.toXML("element"); };
+    auto const render = [&] { least.toXML("an-element-with-a-long-name"); };
     EXPECT_EQ(test::failEachAllocationOf(render), 1);
     EXPECT_EQ(test::largestAllocation(render),
-              sizeof "<element>" - 1 + sizeof "-2147483648" - 1 + sizeof "</element>");
+              sizeof "<an-element-with-a-long-name>-2147483648</an-element-with-a-long-name>");
 }
 
 TEST(Integer, BinaryFormNeedsNoMemory) {
