@@ -29,10 +29,10 @@ public:
     std::va_list copy;
 };
 
-/// Appends pieces to a text, the short ones of them together.
+/// Appends pieces to a text, the short ones of them together: the last ones with `flush`.
 class PieceAppender {
 public:
-    // Zeroing what is written before it is read would cost more than most formats.
+    // What is collected is written before it is read.
     // cppcheck-suppress uninitMemberVar
     explicit PieceAppender(std::string& text) : text_(text) {}
 
