@@ -6,6 +6,8 @@
 #include "system/znml_constants.h"
 #include "xml/znxml_DomIterator.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 
@@ -19,15 +21,18 @@ std::string Integer::toXML() const { return toXML("Integer"); }
 
 std::string Integer::toXML(char const* name) const {
     std::string_view const element = name ? name : "";
-    std::string xml;
-    xml.reserve(2 * element.size() + std::strlen("<></>") + maxDecimalLength);
-    xml += '<';
-    xml += element;
-    xml += '>';
-    appendDecimal(xml, value_);
-    xml += "</";
-    xml += element;
-    xml += '>';
+    // Room for the longest number; what is left over is cut off.
+    std::string xml(2 * element.size() + std::strlen("<></>") + maxDecimalLength, '\0');
+    char* out = xml.data();
+    *out++ = '<';
+    out = std::copy(element.begin(), element.end(), out);
+    *out++ = '>';
+    out += writeDecimal(out, value_);
+    *out++ = '<';
+    *out++ = '/';
+    out = std::copy(element.begin(), element.end(), out);
+    *out++ = '>';
+    xml.resize(static_cast<std::size_t>(out - xml.data()));
     return xml;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace zntl {
@@ -28,6 +31,23 @@ struct Decimal {
 /// space and a sign are accepted, parsing stops at the first non-digit, no digits give 0),
 /// saturated to 32 bits on every machine. No errno, no locale, nothing to bind when the program
 /// starts.
-Decimal parseDecimal(char const* text);
+inline Decimal parseDecimal(char const* text) {
+    char const* number = text;
+    while (isSpace(*number))
+        ++number;
+    bool const negative = *number == '-';
+    if (negative || *number == '+')
+        ++number;
+    char const* behind = number;
+    std::uint64_t magnitude = 0;
+    for (unsigned int digit; (digit = static_cast<unsigned int>(*behind - '0')) <= 9; ++behind) {
+        // What any 32-bit number is below; ten times of it are far from an overflow.
+        if (magnitude < std::uint64_t{1} << 32)
+            magnitude = magnitude * 10 + digit;
+    }
+    auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
+    return {static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX)),
+            behind == number ? text : behind};
+}
 
 } // namespace zntl
