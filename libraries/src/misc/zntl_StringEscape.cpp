@@ -6,6 +6,7 @@
 #include <array>
 #include <climits>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace zntl {
@@ -20,18 +21,30 @@ struct Escape {
 constexpr std::array<Escape, 5> escapes{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}}};
 
-/// For each character the number of its escape, counted from 1; 0 for all that are no markup.
-constexpr std::array<unsigned char, UCHAR_MAX + 1> numberEscapes() {
-    std::array<unsigned char, UCHAR_MAX + 1> numbers{};
-    unsigned char number = 0;
-    for (Escape const& escape : escapes)
-        numbers[static_cast<unsigned char>(escape.character)] = ++number;
-    return numbers;
+/// What a character is encoded as, in a size that is copied in one step.
+struct Encoded {
+    char text[7];
+    unsigned char length;
+};
+
+constexpr std::array<Encoded, UCHAR_MAX + 1> encodeAll() {
+    std::array<Encoded, UCHAR_MAX + 1> all{};
+    for (std::size_t c = 0; c < all.size(); ++c)
+        all[c] = {{static_cast<char>(c)}, 1};
+    for (Escape const& escape : escapes) {
+        Encoded& encoded = all[static_cast<unsigned char>(escape.character)];
+        encoded.length = 0;
+        for (char const c : escape.entity)
+            encoded.text[encoded.length++] = c;
+    }
+    return all;
 }
 
-constexpr auto escapeNumbers = numberEscapes();
+constexpr auto encodedCharacters = encodeAll();
 
-unsigned char escapeNumber(char c) { return escapeNumbers[static_cast<unsigned char>(c)]; }
+Encoded const& encodedCharacter(char c) { return encodedCharacters[static_cast<unsigned char>(c)]; }
+
+bool isMarkup(char c) { return encodedCharacter(c).length > 1; }
 
 /// Finds the markup characters of a text, one after another.
 class MarkupSearch {
@@ -45,7 +58,7 @@ public:
         constexpr std::size_t near = 32;
         std::size_t const end = std::min(text_.size(), from + near);
         for (; from < end; ++from) {
-            if (escapeNumber(text_[from]) != 0)
+            if (isMarkup(text_[from]))
                 return from;
         }
         return from < text_.size() ? leap(from) : from;
@@ -64,12 +77,35 @@ private:
     std::array<std::size_t, escapes.size()> found_{}; // of each character
 };
 
+// Where one character is markup, others are near. So many are encoded together.
+constexpr std::size_t blockSize = 64;
+
+/// Encodes up to `blockSize` characters, whatever they are: each takes one copy of a fixed size,
+/// and nothing depends on which are markup.
+void appendBlock(std::string& encoded, std::string_view text) {
+    char block[blockSize * sizeof(Encoded)];
+    char* out = block;
+    for (char const c : text) {
+        Encoded const& character = encodedCharacter(c);
+        std::memcpy(out, &character, sizeof character);
+        out += character.length;
+    }
+    encoded.append(block, static_cast<std::size_t>(out - block));
+}
+
 /// An entity without its "&".
 constexpr std::string_view restOf(Escape const& escape) { return escape.entity.substr(1); }
 
 bool startsWithRest(std::string_view text, Escape const& escape) {
     std::string_view const rest = restOf(escape);
-    return !text.empty() && text.front() == rest.front() && text.substr(0, rest.size()) == rest;
+    if (text.size() < rest.size())
+        return false;
+    // Character by character, because a call would cost more than so few of them.
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+        if (text[i] != rest[i])
+            return false;
+    }
+    return true;
 }
 
 /// Copies what stands from `at` up to the next "&", or to the text's end, and moves `at` there;
@@ -98,10 +134,9 @@ void appendEncoded(std::string& encoded, std::string const& text) {
     if (at < text.size())
         encoded.reserve(encoded.size() + 2 * text.size());
     for (; at < text.size(); at = search.next(copied)) {
-        if (at > copied)
-            encoded.append(text, copied, at - copied);
-        encoded += escapes[escapeNumber(text[at]) - std::size_t{1}].entity;
-        copied = at + 1;
+        encoded.append(text, copied, at - copied);
+        copied = std::min(at + blockSize, text.size());
+        appendBlock(encoded, std::string_view(text).substr(at, copied - at));
     }
     encoded.append(text, copied);
 }

@@ -29,16 +29,19 @@ std::size_t findClosingQuote(std::string const& text, std::size_t open) {
     return at;
 }
 
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
 } // namespace
 
 String String::trim() const {
-    std::size_t begin = 0;
-    std::size_t end = size();
-    while (begin < end && isBlank((*this)[begin]))
-        ++begin;
-    while (end > begin && isBlank((*this)[end - 1]))
-        --end;
-    return {data() + begin, end - begin};
+    std::string_view const text = trimmed(*this);
+    return {text.data(), text.size()};
 }
 
 String String::sanitize(String const& text, char const* allowed) {
@@ -47,7 +50,9 @@ String String::sanitize(String const& text, char const* allowed) {
     result.erase(
         std::remove_if(result.begin(), result.end(), [&](char c) { return !kept.contains(c); }),
         result.end());
-    return result.trim();
+    std::string_view const content = trimmed(result);
+    result.assign(content.data(), content.size());
+    return result;
 }
 
 bool String::toBool() const {
