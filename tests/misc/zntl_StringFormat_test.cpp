@@ -100,6 +100,9 @@ TEST(StringFromFormat, FormatsLikePrintf) {
 TEST(StringFromFormat, FormatsPlainTextsAndNumbersInAnyOrder) {
     EXPECT_EQ(String::fromFormat("%s", ""), "");
     EXPECT_EQ(String::fromFormat("%d%d%d", INT_MIN, 0, INT_MAX), "-214748364802147483647");
+    EXPECT_EQ(String::fromFormat("%u|%u|%u", 0U, 1U + INT_MAX, UINT_MAX),
+              "0|2147483648|4294967295");
+    EXPECT_EQ(String::fromFormat("%i|%i", INT_MIN, INT_MAX), "-2147483648|2147483647");
     EXPECT_EQ(String::fromFormat("%%%s%%%d%%", "%d", 7), "%%d%7%");
     EXPECT_EQ(String::fromFormat("%s%s%s", longText.c_str(), "", longText.c_str()),
               longText + longText);

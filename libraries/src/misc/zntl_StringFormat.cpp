@@ -47,7 +47,8 @@ public:
         }
     }
 
-    void append(int value) {
+    template <class Number>
+    void appendNumber(Number value) {
         if (sizeof pending_ - count_ < maxDecimalLength)
             flush();
         count_ += writeDecimal(pending_ + count_, value);
@@ -83,7 +84,11 @@ bool appendPlain(std::string& text, char const* format, void* list) {
             out.append("%");
             break;
         case 'd':
-            out.append(va_arg(args.copy, int));
+        case 'i':
+            out.appendNumber(va_arg(args.copy, int));
+            break;
+        case 'u':
+            out.appendNumber(va_arg(args.copy, unsigned int));
             break;
         case 's':
             if (char const* const string = va_arg(args.copy, char const*)) {
