@@ -128,6 +128,7 @@ TEST(StringFromFormat, FormatsPiecesOfAnyLength) {
 TEST(StringFromFormat, LeavesToPrintfWhatOnlyLooksPlain) {
     EXPECT_EQ(String::fromFormat("%e", 1.5), "1.500000e+00");
     EXPECT_EQ(String::fromFormat("%td", std::ptrdiff_t{7}), "7");
+    EXPECT_EQ(String::fromFormat("%jd", std::intmax_t{7}), "7");
 }
 
 TEST(StringFromFormat, EndsWithItsFormat) {
