@@ -13,8 +13,11 @@ namespace znsl {
 ///
 ///     void Point::fillSerializable(std::list<znsl::Serializable*>& list,
 ///                                  std::map<std::string, znsl::Serializable*>& table) const;
-///     unsigned int Point::toBin(unsigned char* out) const { return
-///     znsl::Members(*this).toBin(out); }
+///
+///     unsigned int Point::toBin(unsigned char* out) const
+///     {
+///         return znsl::Members(*this).toBin(out);
+///     }
 ///
 /// The list holds the members of the binary form in the order in which they are written; the table
 /// holds those of the XML form under their element names. A class that names fewer or more members

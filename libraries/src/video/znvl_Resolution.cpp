@@ -75,6 +75,24 @@ bool equalsSize(char const* text, char const* size) {
     return false;
 }
 
+// Only a subclass can list other members than the width and the height; for a plain resolution no
+// list is made, and what would make one stays out of the way.
+
+bool isPlain(Resolution const& resolution) { return typeid(resolution) == typeid(Resolution); }
+
+[[gnu::noinline]] unsigned int getMembersLength(Resolution const& resolution) {
+    return znsl::Members(resolution).getBinLength();
+}
+
+[[gnu::noinline]] unsigned int writeMembers(Resolution const& resolution, unsigned char* out) {
+    return znsl::Members(resolution).toBin(out);
+}
+
+[[gnu::noinline]] unsigned int readMembers(Resolution const& resolution, unsigned char const* data,
+                                           unsigned int length) {
+    return znsl::Members(resolution).fromBin(data, length);
+}
+
 } // namespace
 
 char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p", nullptr};
@@ -138,24 +156,20 @@ std::string Resolution::toXML(char const* element) const {
 
 bool Resolution::fromXML(char const* xml) { return znsl::Members(*this).fromXML(xml, withoutXML); }
 
-// Only a subclass can list other members than these two; for a plain resolution no list is made.
-
 unsigned int Resolution::getBinLength() const {
-    if (typeid(*this) == typeid(Resolution))
-        return binLength;
-    return znsl::Members(*this).getBinLength();
+    return isPlain(*this) ? binLength : getMembersLength(*this);
 }
 
 unsigned int Resolution::toBin(unsigned char* out) const {
-    if (typeid(*this) != typeid(Resolution))
-        return znsl::Members(*this).toBin(out);
+    if (!isPlain(*this))
+        return writeMembers(*this, out);
     zntl::storeNative(zntl::storeNative(out, width.getValue()), height.getValue());
     return binLength;
 }
 
 unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length) {
-    if (typeid(*this) != typeid(Resolution))
-        return znsl::Members(*this).fromBin(data, length);
+    if (!isPlain(*this))
+        return readMembers(*this, data, length);
     unsigned int const offset = width.fromBin(data, length);
     return offset + height.fromBin(data + offset, length - offset);
 }
