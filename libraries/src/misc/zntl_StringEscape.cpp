@@ -77,7 +77,7 @@ private:
     std::array<std::size_t, escapes.size()> found_{}; // of each character
 };
 
-// Where one character is markup, others are near. So many are encoded together.
+// How many characters are encoded together: where one is markup, others are near.
 constexpr std::size_t blockSize = 64;
 
 /// Encodes up to `blockSize` characters, whatever they are: each takes one copy of a fixed size,
