@@ -76,7 +76,8 @@ bool equalsSize(char const* text, char const* size) {
 }
 
 // Only a subclass can list other members than the width and the height; for a plain resolution no
-// list is made, and what would make one stays out of the way.
+// list is made. What makes one stays out of line, so that the others need no room and no clean-up
+// for it.
 
 bool isPlain(Resolution const& resolution) { return typeid(resolution) == typeid(Resolution); }
 
