@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of a build tree and reports; ./bench builds them and calls this."""
+"""Runs the benchmarks of a build tree and reports; tools/bench builds them and calls this."""
 
 import argparse
 import json
@@ -102,13 +102,13 @@ def update_page(results):
     if 'rows' in results:
         rows = results['rows']
         sections = {'conditions': conditions,
-                    'summary': f'`./bench`\n\n{report.summary_text(rows)}.',
-                    'rows': '`./bench`\n\n' + report.markdown_table(rows),
+                    'summary': f'`tools/bench`\n\n{report.summary_text(rows)}.',
+                    'rows': '`tools/bench`\n\n' + report.markdown_table(rows),
                     'reasons': report.markdown_reasons(rows)}
         PLOT.write_text(report.plot(rows))
     for name in ('startup', 'scaling'):
         if name in results:
-            sections[name] = command_block(f'./bench {name}', results[name])
+            sections[name] = command_block(f'tools/bench {name}', results[name])
     page = PAGE.read_text()
     for name, content in sections.items():
         page = report.replace_section(page, name, content)

@@ -1,9 +1,12 @@
-# What the commands of this tree share; sourced by them.
+# What the commands of this tree share; sourced by them. Each defines $usage, offers it, and rejects
+# what it does not understand. Exit status: 0 for success, 1 for failure or findings, 2 for misuse.
 # shellcheck shell=bash
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 command=${0##*/}
+# The last sentence of most usages.
+installs="Missing packages are installed first, through apt-get as root or with sudo."
 
 say() { echo "$command: $*" >&2; }
 
@@ -12,14 +15,13 @@ fail() {
     exit 1
 }
 
-# A call that makes no sense.
 misused() {
     say "$*"
-    echo "Try: ./$command --help" >&2
+    echo "Try: $0 --help" >&2
     exit 2
 }
 
-# offer_help USAGE ARGUMENT...: answers --help, wherever it stands.
+# offer_help USAGE ARGUMENT...: answers --help, wherever it appears.
 offer_help() {
     local usage=$1 argument
     shift

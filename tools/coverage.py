@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reports the lines and branches that no test has reached; used by ./coverage.
+"""Reports the lines and branches that no test has reached; used by tools/coverage.
 
 Those for which tests/unreached.txt gives a reason are counted apart. There, an entry is the path of
 a file, a "= " in front of each line of the source that is meant, and the reason, indented.

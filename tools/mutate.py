@@ -443,7 +443,7 @@ def summary(count):
 
 def main():
     parser = argparse.ArgumentParser(
-        prog='./mutate', description='Changes operators, constants, conditions, messages and '
+        prog='tools/mutate', description='Changes operators, constants, conditions, messages and '
         'statements of the library one at a time and runs the unit tests, which must notice. '
         'Changes that nothing can notice are in tests/mutants.txt, each with the reason. The exit '
         'status is 0 when no other change went unnoticed.')

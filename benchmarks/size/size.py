@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What the code weighs on a camera: the program, each feature, each object, the heaviest symbols,
-and what has changed since the last release. ./size builds the trees and calls this."""
+and what has changed since the last release. tools/size builds the trees and calls this."""
 
 import argparse
 import re
@@ -85,7 +85,7 @@ def load():
 
 def save(trees, version):
     lines = [f'# Sizes of release {version}: target, kind, name, text, data, bss. '
-             'Kept by ./size --record.']
+             'Kept by tools/size --record.']
     for tree in trees:
         lines += [f'{tree.target} {kind} {name} {" ".join(map(str, sizes))}'
                   for (kind, name), sizes in sorted(tree.figures().items())]
@@ -96,7 +96,7 @@ def update_page(trees, version):
     """The documentation has the sizes of the release."""
     features = {tree.target: tree.features() for tree in trees}
     first = features[trees[0].target]
-    lines = [f'`./size`, release {version}', '',
+    lines = [f'`tools/size`, release {version}', '',
              '| | ' + ' | '.join(f'{tree.target} text | data | bss | price' for tree in trees) + ' |',
              '|---|' + '--:|' * 4 * len(trees)]
     for name in sorted(first, key=lambda name: sum(first[name])):

@@ -72,6 +72,17 @@ class Architecture(unittest.TestCase):
             self.assertEqual([header for header in included(path) if '/internal/' in header], [])
 
 
+class Commands(unittest.TestCase):
+
+    def test_table_of_contributing_lists_every_command_and_no_other(self):
+        listed = {re.match(r'`([^ `]+)', row[0])[1].removeprefix('./')
+                  for row in table('CONTRIBUTING.md', 'for')}
+        commands = {str(path.relative_to(SOURCES))
+                    for path in [*SOURCES.glob('*'), *SOURCES.glob('tools/*')]
+                    if path.is_file() and os.access(path, os.X_OK)}
+        self.assertEqual(listed, commands - {'tools/install-packages'})
+
+
 class Links(unittest.TestCase):
 
     def anchors(self, path):
