@@ -1,24 +1,25 @@
-# What makes the program small, quick to start and hard to attack: all in this file.
+# What makes the code small, quick to start and hard to attack. Three sets of flags; each includes the
+# one before.
 
-# How all code is compiled that is installed.
-add_library(zn-optimized INTERFACE)
-target_compile_options(zn-optimized INTERFACE
-    # Each function can be dropped alone.
+# All code that is installed.
+add_library(zn-flags-installed INTERFACE)
+target_compile_options(zn-flags-installed INTERFACE
+    # The linker can drop each function alone.
     -ffunction-sections
     -fdata-sections
     "$<$<CONFIG:Release>:-O2;-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 
-# How the program's own code and the library in it are compiled.
-add_library(zn-code INTERFACE)
-target_link_libraries(zn-code INTERFACE zn-optimized)
-# A fixed address makes the loader copy the SDK's two records into the program.
-target_compile_options(zn-code INTERFACE -fno-pie)
-target_link_options(zn-code INTERFACE -no-pie)
+# The program's code, and the library as it is linked into the program: a fixed address makes the
+# loader copy the SDK's two records into the program.
+add_library(zn-flags-fixed-address INTERFACE)
+target_link_libraries(zn-flags-fixed-address INTERFACE zn-flags-installed)
+target_compile_options(zn-flags-fixed-address INTERFACE -fno-pie)
+target_link_options(zn-flags-fixed-address INTERFACE -no-pie)
 
-# How the program is linked.
-add_library(zn-program INTERFACE)
-target_link_libraries(zn-program INTERFACE zn-code)
-target_link_options(zn-program INTERFACE
+# The program as a whole.
+add_library(zn-flags-program INTERFACE)
+target_link_libraries(zn-flags-program INTERFACE zn-flags-fixed-address)
+target_link_options(zn-flags-program INTERFACE
     # Only what is reached, and only the libraries that are used.
     -Wl,--gc-sections
     -Wl,--as-needed
@@ -31,5 +32,14 @@ target_link_options(zn-program INTERFACE
     -Wl,-z,noexecstack)
 if(NOT ZN_SANITIZE)
     # The camera needs no C++ runtime. (Sanitizers replace parts of the shared one.)
-    target_link_options(zn-program INTERFACE -static-libstdc++ -static-libgcc)
+    target_link_options(zn-flags-program INTERFACE -static-libstdc++ -static-libgcc)
 endif()
+
+# zn_find_stand_in_sdk(TARGET PATH): the program finds the stand-in SDK in the build tree by its PATH
+# from the program's folder, so that the tree can be moved. (CMake's own run path would end in an empty
+# element, which makes the loader search the working directory.)
+function(zn_find_stand_in_sdk target path)
+    set_target_properties(${target} PROPERTIES
+        SKIP_BUILD_RPATH ON
+        LINK_FLAGS "-Wl,-rpath,'\$ORIGIN/${path}'")
+endfunction()

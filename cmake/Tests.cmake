@@ -1,3 +1,5 @@
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
 set(ZN_TEST_TIMEOUT 300 CACHE STRING "Seconds after which a test is stopped and has failed")
 
 # zn_add_test(SOURCE [PART...]): a GoogleTest source under tests/, and what else belongs to the same
@@ -31,4 +33,29 @@ function(zn_add_test source)
 
     add_test(NAME "${name}" COMMAND ${target})
     set_tests_properties("${name}" PROPERTIES LABELS "${area}" TIMEOUT ${ZN_TEST_TIMEOUT})
+endfunction()
+
+# zn_add_python_test(NAME SCRIPT [VARIABLE=VALUE...]): a test in Python, with nothing but its standard
+# library and the modules in tests/support. app.session is labelled app. Its environment describes the
+# build; VARIABLE=VALUE adds to it.
+function(zn_add_python_test name script)
+    string(REGEX REPLACE "\\..*" "" area "${name}")
+    string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")
+    add_test(NAME ${name}
+        COMMAND "${Python3_EXECUTABLE}" -B "${CMAKE_CURRENT_SOURCE_DIR}/${script}")
+    set_tests_properties(${name} PROPERTIES LABELS ${area} TIMEOUT 600 ENVIRONMENT "\
+PYTHONPATH=${PROJECT_SOURCE_DIR}/tests/support;\
+ZN_SOURCES=${PROJECT_SOURCE_DIR};\
+ZN_BUILD=${PROJECT_BINARY_DIR};\
+ZN_SIMULATOR=${PROJECT_BINARY_DIR}/simulator;\
+ZN_VERSION=${PROJECT_VERSION};\
+ZN_EMULATOR=${emulator};\
+ZN_TOOLCHAIN=${CMAKE_TOOLCHAIN_FILE};\
+ZN_CMAKE=${CMAKE_COMMAND};\
+ZN_CC=${CMAKE_C_COMPILER};\
+ZN_CXX=${CMAKE_CXX_COMPILER};\
+ZN_NM=${CMAKE_NM};\
+ZN_READELF=${CMAKE_READELF};\
+ZN_STRIP=${CMAKE_STRIP};\
+${ARGN}")
 endfunction()

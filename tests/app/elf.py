@@ -37,6 +37,11 @@ def needed():
     return [library for library, _ in dynamic('NEEDED')]
 
 
+def run_path():
+    """Where the loader looks first; empty for nowhere."""
+    return next((path for path, _ in dynamic('RUNPATH') + dynamic('RPATH')), '')
+
+
 def symbols(*options):
     """Of the whole symbol table, or of --dyn-syms."""
     found = []

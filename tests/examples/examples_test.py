@@ -13,7 +13,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 EXAMPLES = ROOT / "examples"
 GOLDEN = ROOT / "tests" / "golden"
-COLLECT = [*os.environ.get("ZN_EMULATOR", "").split(), os.environ["ZN_COLLECT_RESOLUTIONS"]]
+COLLECT = [*os.environ["ZN_EMULATOR"].split(), os.environ["ZN_COLLECT_RESOLUTIONS"]]
 
 sys.path.insert(0, str(EXAMPLES))
 import object_stream_reader  # noqa: E402

@@ -12,7 +12,7 @@ from pathlib import Path
 CMAKE = os.environ['ZN_CMAKE']
 SOURCES = Path(os.environ['ZN_SOURCES'])
 PROGRAM = os.environ['ZN_PROGRAM']
-SIMULATOR = Path(os.environ['ZN_SIMULATOR'])
+SIMULATOR = Path(os.environ['ZN_SIMULATOR'], 'libsdk.so')
 TOOLCHAIN = os.environ['ZN_TOOLCHAIN']
 EMULATOR = os.environ['ZN_EMULATOR'].split()
 READELF = os.environ['ZN_READELF']
