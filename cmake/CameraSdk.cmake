@@ -14,7 +14,7 @@ endif()
 set(zn_sdk "${CSDK_LIBRARY}")
 if(NOT zn_sdk)
     find_library(zn_sdk_found NAMES libsdk.so PATHS "${CSDK_ROOT}"
-        PATH_SUFFIXES . lib usr/lib
+        PATH_SUFFIXES lib usr/lib
             lib/${CMAKE_CXX_LIBRARY_ARCHITECTURE} usr/lib/${CMAKE_CXX_LIBRARY_ARCHITECTURE}
         NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE)
     if(NOT zn_sdk_found)

@@ -17,6 +17,11 @@ TOOLCHAIN = os.environ['ZN_TOOLCHAIN']
 EMULATOR = os.environ['ZN_EMULATOR'].split()
 READELF = os.environ['ZN_READELF']
 CC, CXX = os.environ['ZN_CC'], os.environ['ZN_CXX']
+TRIPLET = os.environ['ZN_TRIPLET']
+
+# The flags in the header of a 32-bit ELF file, and what they say on ARM.
+FLAGS_OFFSET = 0x24
+EABI5, SOFT_FLOAT, HARD_FLOAT = 0x05000000, 0x200, 0x400
 
 FITTING = {
     'csdk': 'char csdk[20] = {1};',
@@ -42,10 +47,11 @@ class SdkTest(unittest.TestCase):
         source.write_text('\n'.join({**FITTING, **changes}.values()) + '\n')
         subprocess.run([CC, '-shared', '-fPIC', *options, source, '-o', self.library], check=True)
 
-    def call(self, *command):
+    def call(self, *command, **variables):
         done = subprocess.run([CMAKE, *map(str, command)], stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding='utf-8',
-                              timeout=300, check=False)
+                              timeout=300, check=False, env=os.environ | variables)
+        self.said = done.stdout
         # Messages are wrapped at a width that depends on where they come from.
         return done.returncode, re.sub(r'\s+', ' ', done.stderr)
 
@@ -73,6 +79,13 @@ class Fitting(Check):
 
     def test_stand_in(self):
         self.assert_taken(SIMULATOR)
+
+    @unittest.skipUnless('arm-linux' in CC, 'only 32-bit ARM has float ABIs')
+    def test_library_that_names_no_float_abi(self):
+        content = bytearray(SIMULATOR.read_bytes())
+        struct.pack_into('<I', content, FLAGS_OFFSET, EABI5)
+        self.library.write_bytes(content)
+        self.assert_taken()
 
     def test_other_library_with_the_same_interface(self):
         self.compile()
@@ -170,49 +183,113 @@ class OtherMachines(Check):
     def test_other_float_abi(self):
         hard = 'gnueabihf' in CC
         self.assert_refused_with(
-            0x24, '<I', 0x05000200 if hard else 0x05000400,
+            FLAGS_OFFSET, '<I', EABI5 | (SOFT_FLOAT if hard else HARD_FLOAT),
             r'it is for ELF32, little endian, ARM, {}-float ABI, and this build for ELF32, little '
             r'endian, ARM, {}-float ABI'.format(*('soft', 'hard') if hard else ('hard', 'soft')))
 
 
 class Configuring(SdkTest):
-    """The same through the build, for the library named and for the folder that it is in."""
+    """The same through the build, for the library named and for the folder that it is in. All tests
+    share one build tree."""
 
-    def configure(self, *options):
+    @classmethod
+    def setUpClass(cls):
+        tree = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(tree.cleanup)
+        cls.tree = Path(tree.name)
+
+    def configure(self, library='', root='', **variables):
         toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
-        return self.call('-S', SOURCES, '-B', self.folder / 'build', '-G', 'Ninja', *toolchain,
+        return self.call('-S', SOURCES, '-B', self.tree, '-G', 'Ninja', *toolchain,
                          f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}',
                          '-DCMAKE_BUILD_TYPE=Debug', '-DZN_BUILD_TESTS=OFF', '-DZN_INSTALL=OFF',
-                         *options)
+                         f'-DCSDK_LIBRARY={library}', f'-DCSDK_ROOT={root}', **variables)
+
+    def assert_refused(self, outcome, words):
+        status, message = outcome
+        self.assertNotEqual(status, 0)
+        self.assertIn(words, message)
+
+    def compile_program(self):
+        return self.call('--build', self.tree, '--parallel', '2', '--target', 'resolution')
+
+    def build(self, **sdk):
+        """The program for this SDK."""
+        self.assertEqual(self.configure(**sdk), (0, ''))
+        status, message = self.compile_program()
+        self.assertEqual(status, 0, message)
+        return self.tree / 'resolution'
+
+    def needed(self, program):
+        """The shared libraries that the program names, without those of the C library."""
+        done = subprocess.run([READELF, '--dynamic', program], encoding='utf-8',
+                              stdout=subprocess.PIPE, check=True, env={'LC_ALL': 'C'})
+        named = re.findall(r'\(NEEDED\).*\[(.*)\]', done.stdout)
+        return [name for name in named if not re.match(r'(libc|libm|ld-linux.*)\.so\.', name)]
 
     def test_refuses_a_library_that_does_not_fit(self):
         self.compile(csdk_settings='char csdk_settings[44];')
-        status, message = self.configure(f'-DCSDK_LIBRARY={self.library}')
-        self.assertNotEqual(status, 0)
-        self.assertIn("csdk_settings has 44 bytes, and the program's has 40", message)
+        self.assert_refused(self.configure(library=self.library),
+                            "csdk_settings has 44 bytes, and the program's has 40")
 
     def test_refuses_a_library_that_is_not_there(self):
-        status, message = self.configure('-DCSDK_LIBRARY=/no/such/libsdk.so')
-        self.assertNotEqual(status, 0)
-        self.assertIn('CSDK_LIBRARY is "/no/such/libsdk.so", and there is no such file', message)
+        self.assert_refused(self.configure(library='/no/such/libsdk.so'),
+                            'CSDK_LIBRARY is "/no/such/libsdk.so", and there is no such file')
 
-    def test_refuses_a_root_without_a_library(self):
-        status, message = self.configure(f'-DCSDK_ROOT={self.folder}')
-        self.assertNotEqual(status, 0)
-        self.assertIn(f'CSDK_ROOT is "{self.folder}", and there is no libsdk.so in it', message)
+    def test_refuses_a_folder_as_library(self):
+        self.assert_refused(self.configure(library=self.folder),
+                            f'CSDK_LIBRARY is "{self.folder}", and there is no such file')
 
-    def test_takes_the_library_of_a_root_and_builds_with_it(self):
-        place = self.folder / 'sdk/usr/lib'
-        place.mkdir(parents=True)
-        shutil.copy(SIMULATOR, place / 'libsdk.so')
-        status, message = self.configure(f'-DCSDK_ROOT={self.folder / "sdk"}')
-        self.assertEqual((status, message), (0, ''))
-        self.assertEqual(self.call('--build', self.folder / 'build', '--parallel', '2',
-                                   '--target', 'resolution')[0], 0)
-        done = subprocess.run([*EMULATOR, self.folder / 'build/resolution'], encoding='utf-8',
-                              env=os.environ | {'LD_LIBRARY_PATH': str(place)},
+    def test_refuses_a_root_without_a_library_even_if_this_machine_has_one(self):
+        outcome = self.configure(root=self.folder, CMAKE_LIBRARY_PATH=str(SIMULATOR.parent))
+        self.assert_refused(
+            outcome, f'CSDK_ROOT is "{self.folder}", and there is no libsdk.so in it')
+
+    def test_refuses_a_library_that_no_longer_fits(self):
+        self.compile()
+        self.build(library=self.library)
+        self.compile(csdk='char csdk[24];')
+        self.assert_refused(self.compile_program(),
+                            "csdk has 24 bytes, and the program's has 20")
+
+    def test_program_built_with_a_real_sdk_runs_with_it(self):
+        program = self.build(library=SIMULATOR)
+        done = subprocess.run([*EMULATOR, program], encoding='utf-8',
+                              env=os.environ | {'LD_LIBRARY_PATH': str(SIMULATOR.parent)},
                               stdout=subprocess.PIPE, timeout=60, check=True)
         self.assertIn('[{"resolution": "160x120", "default": true }', done.stdout)
+
+    def test_finds_the_library_in_each_place_of_a_root(self):
+        for number, place in enumerate(('.', 'lib', 'usr/lib', f'lib/{TRIPLET}',
+                                        f'usr/lib/{TRIPLET}')):
+            with self.subTest(place):
+                root = self.folder / str(number)
+                library = root / place / 'libsdk.so'
+                library.parent.mkdir(parents=True)
+                shutil.copy(SIMULATOR, library)
+                self.assertEqual(self.configure(root=root), (0, ''))
+                self.assertIn(f'Camera SDK: {library.resolve()}\n', self.said)
+
+    def test_prefers_the_library_named_to_the_root(self):
+        self.assertEqual(self.configure(library=SIMULATOR, root='/no/such/root'), (0, ''))
+
+    def test_program_asks_for_the_soname_of_the_library(self):
+        self.compile('-Wl,-soname,libcamera.so.7')
+        self.assertEqual(self.needed(self.build(library=self.library)), ['libcamera.so.7'])
+
+    def test_program_asks_for_a_library_without_soname_by_its_file_name(self):
+        self.compile()
+        self.assertEqual(self.needed(self.build(library=self.library)), ['libsdk.so'])
+
+    def test_library_may_need_one_that_only_the_camera_has(self):
+        source = self.folder / 'sensor.c'
+        source.write_text('int sensor(void) { return 0; }\n')
+        sensor = self.folder / 'libsensor.so'
+        subprocess.run([CC, '-shared', '-fPIC', source, '-o', sensor], check=True)
+        self.compile(sensor, csdk_init='int sensor(void);'
+                                       'int csdk_init(void) { return sensor(); }')
+        sensor.unlink()
+        self.assertEqual(self.needed(self.build(library=self.library)), ['libsdk.so'])
 
 
 if __name__ == '__main__':
