@@ -31,14 +31,19 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn.pc"
     COMPONENT development)
 
 if(TARGET resolution)
+    # Manual pages are installed compressed.
+    set(zn_manual "${CMAKE_CURRENT_BINARY_DIR}/resolution.1.gz")
+    execute_process(COMMAND gzip -9nc "${PROJECT_SOURCE_DIR}/packaging/resolution.1"
+        OUTPUT_FILE "${zn_manual}" COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+        "${PROJECT_SOURCE_DIR}/packaging/resolution.1")
+
     # Where the distribution's web servers look for such programs.
     install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
     # The way to the stand-in SDK stays in the build tree.
     install(CODE "file(RPATH_REMOVE FILE
         \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/cgi-bin/resolution\")" COMPONENT program)
-    install(FILES "${PROJECT_SOURCE_DIR}/packaging/resolution.1"
-        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
-        COMPONENT program)
+    install(FILES "${zn_manual}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
 
     # The servers' configurations, filled in for the program's place in a package.
     set(PROGRAM /usr/lib/cgi-bin/resolution)

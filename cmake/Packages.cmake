@@ -1,30 +1,28 @@
-# cpack: Debian packages of the program (zn-resolution), the shared library (libzn1) and what is
-# needed to build with it (libzn-dev), and one archive each of the program and of the library.
-set(CPACK_GENERATOR TGZ DEB)
-set(CPACK_PACKAGE_VENDOR "Zenthra, Inc.")
-set(CPACK_PACKAGE_CONTACT "Zenthra, Inc. <packages@zenthra.invalid>")
-set(CPACK_PACKAGE_CHECKSUM SHA256)
-set(CPACK_STRIP_FILES TRUE)
-# Whatever the umask of the one who packs.
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+# cmake --build TREE --target packages, in a tree that was configured with -DZN_PACKAGES=ON: one
+# Debian package for each zn_add_package() and one archive for each zn_add_archive(), in
+# TREE/packages. Two builds of the same sources give the same bytes, wherever they are built.
+set(zn_packages "${PROJECT_BINARY_DIR}/packages")
+set(zn_make_package "${PROJECT_SOURCE_DIR}/packaging/make-package")
+set(zn_changelog "${PROJECT_SOURCE_DIR}/packaging/changelog")
+set(zn_maintainer "Zenthra Inc. <packages@zenthra.invalid>")
 
-set(CPACK_COMPONENTS_ALL runtime development)
-if(TARGET resolution)
-    list(APPEND CPACK_COMPONENTS_ALL program)
+# The newest entry dates the packages, so an entry for another version would be a wrong date.
+file(STRINGS "${zn_changelog}" zn_newest LIMIT_COUNT 1)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${zn_changelog}")
+if(NOT zn_newest MATCHES "^zn \\(${PROJECT_VERSION}\\) ")
+    message(FATAL_ERROR "${zn_changelog} starts with \"${zn_newest}\" and needs an entry for "
+        "version ${PROJECT_VERSION}.")
 endif()
-set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/cpack-project.cmake")
 
 # The distribution's name for the processor and ABI.
 set(zn_architecture_x86_64-linux-gnu amd64)
 set(zn_architecture_arm-linux-gnueabihf armhf)
 set(zn_architecture_arm-linux-gnueabi armel)
 set(zn_architecture_aarch64-linux-gnu arm64)
-set(CPACK_SYSTEM_NAME "${zn_architecture_${CMAKE_CXX_LIBRARY_ARCHITECTURE}}")
-if(NOT CPACK_SYSTEM_NAME)
-    set(CPACK_SYSTEM_NAME "${CMAKE_SYSTEM_PROCESSOR}")
+set(zn_architecture "${zn_architecture_${CMAKE_CXX_LIBRARY_ARCHITECTURE}}")
+if(NOT zn_architecture)
+    message(FATAL_ERROR "There is no package architecture for \"${CMAKE_CXX_LIBRARY_ARCHITECTURE}\".")
 endif()
-set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${CPACK_SYSTEM_NAME}")
 
 # What is built with a C library runs with this one and newer ones.
 execute_process(
@@ -32,47 +30,109 @@ execute_process(
     OUTPUT_VARIABLE zn_macros ERROR_QUIET)
 string(REGEX REPLACE ".*#define __GLIBC__ ([0-9]+).*" "\\1" zn_glibc "${zn_macros}")
 string(REGEX REPLACE ".*#define __GLIBC_MINOR__ ([0-9]+).*" "\\1" zn_glibc_minor "${zn_macros}")
-set(zn_libc "libc6 (>= ${zn_glibc}.${zn_glibc_minor})")
 string(REGEX MATCH "^[0-9]+" zn_gcc "${CMAKE_CXX_COMPILER_VERSION}")
 
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)
+# What packages depend on: the C library, and the C++ runtime.
+set(ZN_LIBC "libc6 (>= ${zn_glibc}.${zn_glibc_minor})")
+set(ZN_CXX_RUNTIME "libstdc++6 (>= ${zn_gcc})" libgcc-s1)
 
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME zn-resolution)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION web)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${zn_libc}")
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "lighttpd | httpd-cgi")
-set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "list a camera's small video resolutions over HTTP
+add_custom_target(packages)
+
+# zn_add_package(NAME COMPONENT component SECTION section DESCRIPTION text [TARGETS target...]
+#     [DEPENDS package...] [SUGGESTS package...] [MULTI_ARCH value] [SHARED_LIBRARY name])
+#
+# The Debian package NAME of an installed component. TARGETS are what must be built for it. The first
+# line of the description is its summary. SHARED_LIBRARY names the library in it (libzn, without
+# the version). packaging/lintian/NAME, when there is one, excuses what a checker would report.
+function(zn_add_package name)
+    cmake_parse_arguments(PARSE_ARGV 1 package ""
+        "COMPONENT;SECTION;DESCRIPTION;MULTI_ARCH;SHARED_LIBRARY" "TARGETS;DEPENDS;SUGGESTS")
+    set(control "Package: ${name}\nSource: zn\nVersion: ${PROJECT_VERSION}\n")
+    string(APPEND control "Architecture: ${zn_architecture}\nMaintainer: ${zn_maintainer}\n")
+    string(APPEND control "Section: ${package_SECTION}\nPriority: optional\n")
+    foreach(field IN ITEMS Multi-Arch Depends Suggests)
+        string(TOUPPER "${field}" variable)
+        string(REPLACE "-" "_" variable "package_${variable}")
+        if(${variable})
+            list(JOIN ${variable} ", " value)
+            string(APPEND control "${field}: ${value}\n")
+        endif()
+    endforeach()
+    string(REPLACE "\n" "\n " description "${package_DESCRIPTION}")
+    string(APPEND control "Description: ${description}\n")
+
+    set(folder "${PROJECT_BINARY_DIR}/packaging/${name}")
+    file(REMOVE_RECURSE "${folder}")
+    file(WRITE "${folder}/control" "${control}")
+    if(package_SHARED_LIBRARY)
+        # How other packages depend on the library, and that the loader is to look for it.
+        set(major ${PROJECT_VERSION_MAJOR})
+        file(WRITE "${folder}/shlibs"
+            "${package_SHARED_LIBRARY} ${major} ${name} (>= ${PROJECT_VERSION})\n")
+        file(WRITE "${folder}/triggers" "activate-noawait ldconfig\n")
+    endif()
+
+    zn_add_to_packages(${name} "${package_TARGETS}"
+        "${zn_packages}/${name}_${PROJECT_VERSION}_${zn_architecture}.deb"
+        "${package_COMPONENT}" "${folder}")
+endfunction()
+
+# zn_add_archive(NAME COMPONENTS component... [TARGETS target...]): NAME-VERSION-ARCHITECTURE.tar.gz,
+# which holds one folder that can be unpacked anywhere.
+function(zn_add_archive name)
+    cmake_parse_arguments(PARSE_ARGV 1 archive "" "" "COMPONENTS;TARGETS")
+    zn_add_to_packages(${name}-archive "${archive_TARGETS}"
+        "${zn_packages}/${name}-${PROJECT_VERSION}-${zn_architecture}.tar.gz"
+        "${archive_COMPONENTS}" "zn-${PROJECT_VERSION}-${zn_architecture}")
+endfunction()
+
+function(zn_add_to_packages name targets file components contents)
+    list(JOIN components "," components)
+    add_custom_target(package.${name}
+        COMMAND "${CMAKE_COMMAND}" -E env "CMAKE=${CMAKE_COMMAND}" "STRIP=${CMAKE_STRIP}"
+            "${zn_make_package}" "${PROJECT_BINARY_DIR}" "${components}" "${contents}" "${file}"
+        VERBATIM)
+    add_dependencies(packages package.${name})
+    if(targets)
+        add_dependencies(package.${name} ${targets})
+    endif()
+endfunction()
+
+if(TARGET resolution)
+    zn_add_package(zn-resolution
+        COMPONENT program
+        TARGETS resolution
+        SECTION web
+        DEPENDS ${ZN_LIBC}
+        SUGGESTS "lighttpd | httpd-cgi"
+        DESCRIPTION "list a camera's small video resolutions over HTTP
 A CGI program for the web server of a network camera. It asks the camera's
 SDK, which comes with the camera as libsdk.so, for the resolutions and answers
 with one line of JSON.")
+    zn_add_archive(zn-resolution COMPONENTS program TARGETS resolution)
+endif()
 
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzn${PROJECT_VERSION_MAJOR})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${zn_libc}, libstdc++6 (>= ${zn_gcc}), libgcc-s1")
-# How other packages depend on the library, and that the loader is to look for it.
-set(zn_control_dir "${CMAKE_CURRENT_BINARY_DIR}/packaging")
-file(WRITE "${zn_control_dir}/shlibs" "libzn ${PROJECT_VERSION_MAJOR} \
-libzn${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})\n")
-file(WRITE "${zn_control_dir}/triggers" "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    "${zn_control_dir}/shlibs" "${zn_control_dir}/triggers")
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "values, text and object streams for network cameras
+zn_add_package(libzn${PROJECT_VERSION_MAJOR}
+    COMPONENT runtime
+    TARGETS zn-shared
+    SECTION libs
+    MULTI_ARCH same
+    SHARED_LIBRARY libzn
+    DEPENDS ${ZN_LIBC} ${ZN_CXX_RUNTIME}
+    DESCRIPTION "values, text and object streams for network cameras
 A C++ library of serializable values, text operations, object streams and
 video types. This package holds the shared library that programs run with.")
 
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzn-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "libzn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "g++, cmake, pkg-config")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "values, text and object streams, for development
+zn_add_package(libzn-dev
+    COMPONENT development
+    TARGETS zn-static zn-shared
+    SECTION libdevel
+    MULTI_ARCH same
+    DEPENDS "libzn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})"
+    SUGGESTS g++ cmake pkg-config
+    DESCRIPTION "values, text and object streams, for development
 A C++ library of serializable values, text operations, object streams and
 video types. This package holds the headers, the static library, the CMake
 package, the pkg-config file and the documents.")
 
-include(CPack)
-cpack_add_component(program GROUP program-archive)
-cpack_add_component(runtime GROUP library-archive)
-cpack_add_component(development GROUP library-archive DEPENDS runtime)
+zn_add_archive(libzn COMPONENTS runtime development TARGETS zn-static zn-shared)

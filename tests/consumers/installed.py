@@ -40,15 +40,19 @@ def run(program, **variables):
 def build_with_find_package(tree, prefix, *options):
     """The consumer, built in a project that finds the library below the prefix. A toolchain file
     may confine all searches to its own root, so there the project is told the very place."""
-    place = f'-Dzn_DIR={prefix}/lib/cmake/zn' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
+    config = next(prefix.glob('lib/**/zn-config.cmake'))
+    place = f'-Dzn_DIR={config.parent}' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
     return build_project('find_package', tree, place, *options)
 
 
-def build_project(project, tree, *options):
+def configure(sources, tree, *options):
     toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
-    call(CMAKE, '-S', HERE / project, '-B', tree, '-G', 'Ninja', *toolchain,
-         f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}', '-DCMAKE_BUILD_TYPE=Debug',
-         *options)
+    call(CMAKE, '-S', sources, '-B', tree, '-G', 'Ninja', *toolchain,
+         f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}', *options)
+
+
+def build_project(project, tree, *options):
+    configure(HERE / project, tree, '-DCMAKE_BUILD_TYPE=Debug', *options)
     call(CMAKE, '--build', tree, '--parallel', '2', '--target', 'consumer')
     return tree / 'consumer'
 

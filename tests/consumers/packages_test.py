@@ -1,38 +1,42 @@
-"""The packages: what they say about themselves, what is in them, and that it works from a clean
-root and from an unpacked archive."""
+"""The packages: their fields, their files, lintian's opinion, that two builds give the same bytes,
+and that all works from a clean root and from an unpacked archive."""
 
+import gzip
 import os
 import re
+import shutil
 import subprocess
 import tarfile
 import tempfile
 import unittest
+from email.utils import parsedate_to_datetime
 from pathlib import Path
 
-from installed import (BUILD, OUTPUT, READELF, SOURCES, VERSION, build_with_find_package, call,
-                       needed, run)
+from installed import (BUILD, CMAKE, CXX, OUTPUT, READELF, SOURCES, VERSION,
+                       build_with_find_package, call, configure, needed, run)
 
-CPACK = os.environ['ZN_CPACK']
 MAJOR = VERSION.split('.', maxsplit=1)[0]
+TRIPLET = call(CXX, '-print-multiarch').strip() or call(CXX, '-dumpmachine').strip()
+LIBRARIES = f'lib/{TRIPLET}'
 
 PROGRAM_FILES = {
     'lib/cgi-bin/resolution',
-    'share/man/man1/resolution.1',
+    'share/man/man1/resolution.1.gz',
     'share/doc/zn-resolution/CHANGELOG.md',
     'share/doc/zn-resolution/deployment.md',
     'share/doc/zn-resolution/sdk-requirements.md',
     *(f'share/doc/zn-resolution/servers/{path.name}'
       for path in SOURCES.glob('packaging/servers/*.conf')),
 }
-RUNTIME_FILES = {f'lib/libzn.so.{MAJOR}', f'lib/libzn.so.{VERSION}'}
+RUNTIME_FILES = {f'{LIBRARIES}/libzn.so.{MAJOR}', f'{LIBRARIES}/libzn.so.{VERSION}'}
 DEVELOPMENT_FILES = {
-    'lib/libzn.a',
-    'lib/libzn.so',
-    'lib/pkgconfig/zn.pc',
-    'lib/cmake/zn/zn-config.cmake',
-    'lib/cmake/zn/zn-config-version.cmake',
-    'lib/cmake/zn/zn-targets.cmake',
-    'lib/cmake/zn/zn-targets-release.cmake',
+    f'{LIBRARIES}/libzn.a',
+    f'{LIBRARIES}/libzn.so',
+    f'{LIBRARIES}/pkgconfig/zn.pc',
+    f'{LIBRARIES}/cmake/zn/zn-config.cmake',
+    f'{LIBRARIES}/cmake/zn/zn-config-version.cmake',
+    f'{LIBRARIES}/cmake/zn/zn-targets.cmake',
+    f'{LIBRARIES}/cmake/zn/zn-targets-release.cmake',
     'share/doc/libzn-dev/CHANGELOG.md',
     *(f'include/zn/{path.relative_to(SOURCES / "libraries/src")}'
       for path in SOURCES.glob('libraries/src/*/*.h')),
@@ -40,6 +44,19 @@ DEVELOPMENT_FILES = {
       for path in SOURCES.glob('docs/*') if path.suffix in ('.md', '.svg')
       and path.name not in ('deployment.md', 'sdk-requirements.md')),
 }
+
+
+DEBS = {
+    'zn-resolution': PROGRAM_FILES,
+    f'libzn{MAJOR}': RUNTIME_FILES,
+    'libzn-dev': DEVELOPMENT_FILES,
+}
+ARCHIVES = {
+    'zn-resolution': PROGRAM_FILES,
+    'libzn': RUNTIME_FILES | DEVELOPMENT_FILES,
+}
+# Development packages for several processors are installed side by side.
+SAME_ON_EVERY_MACHINE = (f'libzn{MAJOR}', 'libzn-dev')
 
 
 def architecture(file):
@@ -50,44 +67,88 @@ def architecture(file):
     return names[machine]
 
 
+ARCHITECTURE = architecture(BUILD / 'resolution')
+
+
 def glibc_versions(file):
     """The versions of the C library that a program or library asks for."""
     found = re.findall(r'Name: GLIBC_(\d+)\.(\d+)', call(READELF, '--version-info', file))
     return {(int(major), int(minor)) for major, minor in found}
 
 
+def make_packages(folder, **variables):
+    """The packages, made in the folder from a copy of the sources."""
+    sources = folder / 'sources'
+    shutil.copytree(SOURCES, sources, ignore=shutil.ignore_patterns('build', '.git'))
+    configure(sources, folder / 'tree', '-DCMAKE_BUILD_TYPE=Release', '-DZN_BUILD_TESTS=OFF',
+              '-DZN_PACKAGES=ON')
+    call(CMAKE, '--build', folder / 'tree', '--parallel', '2', '--target', 'packages',
+         env=os.environ | variables)
+    return folder / 'tree/packages'
+
+
+def install(root, debs):
+    """By dpkg, which notices packages that are in each other's way; the scripts and triggers of a
+    root that has no other packages in it are left out."""
+    books = root / 'var/lib/dpkg'
+    for name in ('info', 'updates', 'triggers'):
+        (books / name).mkdir(parents=True)
+    (books / 'status').touch()
+    call('dpkg', f'--root={root}', '--log=/dev/null', '--force-architecture', '--force-depends',
+         '--force-not-root', '--force-bad-path', '--unpack', *debs)
+
+
+def setUpModule():
+    folder = tempfile.TemporaryDirectory()
+    unittest.addModuleCleanup(folder.cleanup)
+    PackagesTest.folder = Path(folder.name)
+    PackagesTest.packages = make_packages(PackagesTest.folder / 'here')
+    PackagesTest.root = PackagesTest.folder / 'root'
+    install(PackagesTest.root, [PackagesTest.deb(name) for name in DEBS])
+
+
 class PackagesTest(unittest.TestCase):
     """With the packages in self.packages, and the .deb packages installed below self.root."""
 
     @classmethod
-    def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-        cls.packages = cls.folder / 'packages'
-        call(CPACK, '--config', BUILD / 'CPackConfig.cmake', '-B', cls.packages)
-        cls.architecture = architecture(BUILD / 'resolution')
-        cls.root = cls.folder / 'root'
-        cls.install_debs()
-
-    @classmethod
-    def install_debs(cls):
-        """By dpkg, which notices packages that are in each other's way; the scripts and triggers
-        of a root that has no other packages in it are left out."""
-        books = cls.root / 'var/lib/dpkg'
-        for name in ('info', 'updates', 'triggers'):
-            (books / name).mkdir(parents=True)
-        (books / 'status').touch()
-        debs = [cls.deb(name) for name in (f'libzn{MAJOR}', 'libzn-dev', 'zn-resolution')]
-        call('dpkg', f'--root={cls.root}', '--log=/dev/null', '--force-architecture',
-             '--force-depends', '--force-not-root', '--force-bad-path', '--unpack', *debs)
-
-    @classmethod
     def deb(cls, name):
-        return cls.packages / f'{name}_{VERSION}_{cls.architecture}.deb'
+        return cls.packages / f'{name}_{VERSION}_{ARCHITECTURE}.deb'
 
     def archive(self, name):
-        return self.packages / f'{name}-{VERSION}-{self.architecture}.tar.gz'
+        return self.packages / f'{name}-{VERSION}-{ARCHITECTURE}.tar.gz'
+
+    def field(self, package, name):
+        return call('dpkg-deb', '--field', self.deb(package), name).strip()
+
+
+class Builds(PackagesTest):
+
+    @unittest.skipUnless(ARCHITECTURE in ('amd64', 'armhf'), 'takes long; two machines are enough')
+    def test_give_the_same_bytes_in_another_folder_at_another_time(self):
+        # A compiler cache would only repeat the first build.
+        again = make_packages(self.folder / 'somewhere/else', CCACHE_DISABLE='1')
+        names = sorted(path.name for path in self.packages.iterdir())
+        self.assertEqual(sorted(path.name for path in again.iterdir()), names)
+        for name in names:
+            with self.subTest(name):
+                self.assertEqual((again / name).read_bytes(), (self.packages / name).read_bytes())
+
+
+class Lintian(PackagesTest):
+
+    def test_has_no_complaint(self):
+        done = subprocess.run(
+            ['lintian', '--allow-root', '--display-info', '--pedantic', '--fail-on',
+             'error,warning,info,pedantic', *map(self.deb, DEBS)],
+            encoding='utf-8', stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+        self.assertEqual((done.returncode, done.stdout), (0, ''))
+
+    def test_overrides_give_their_reason(self):
+        for path in (self.root / 'usr/share/lintian/overrides').iterdir():
+            lines = path.read_text().splitlines()
+            for before, line in zip(['', *lines], lines):
+                if not line.startswith('#'):
+                    self.assertRegex(before, '^# .{20}', f'{path.name}: {line}')
 
 
 class Names(PackagesTest):
@@ -96,35 +157,32 @@ class Names(PackagesTest):
         found = {path.name for path in self.packages.iterdir()
                  if path.suffix in ('.deb', '.gz')}
         self.assertEqual(found, {
-            *(self.deb(name).name for name in ('zn-resolution', f'libzn{MAJOR}', 'libzn-dev')),
-            *(self.archive(name).name for name in ('zn-resolution', 'libzn'))})
+            *(self.deb(name).name for name in DEBS),
+            *(self.archive(name).name for name in ARCHIVES)})
 
     def test_come_with_checksums(self):
         for checksum in self.packages.glob('*.sha256'):
             call('sha256sum', '--check', '--strict', checksum.name, cwd=self.packages)
-        self.assertEqual(len(list(self.packages.glob('*.sha256'))), 5)
+        self.assertEqual(len(list(self.packages.glob('*.sha256'))), len(DEBS) + len(ARCHIVES))
 
 
 class Fields(PackagesTest):
 
-    def field(self, package, name):
-        return call('dpkg-deb', '--field', self.deb(package), name).strip()
-
     def test_name_version_and_architecture(self):
-        for package in ('zn-resolution', f'libzn{MAJOR}', 'libzn-dev'):
+        for package in DEBS:
             self.assertEqual([self.field(package, name)
                               for name in ('Package', 'Version', 'Architecture')],
-                             [package, VERSION, self.architecture])
+                             [package, VERSION, ARCHITECTURE])
 
     def test_first_line_of_the_description_fits_a_list(self):
-        for package in ('zn-resolution', f'libzn{MAJOR}', 'libzn-dev'):
+        for package in DEBS:
             self.assertLessEqual(len(self.field(package, 'Description').splitlines()[0]), 72)
 
     def test_dependencies_of_the_program_are_a_c_library_that_has_what_it_asks_for(self):
         self.assert_depends('zn-resolution', BUILD / 'resolution', [])
 
     def test_dependencies_of_the_library_are_its_languages_runtime(self):
-        self.assert_depends(f'libzn{MAJOR}', self.root / f'usr/lib/libzn.so.{VERSION}',
+        self.assert_depends(f'libzn{MAJOR}', self.root / f'usr/{LIBRARIES}/libzn.so.{VERSION}',
                             [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1'])
 
     def assert_depends(self, package, file, others):
@@ -173,21 +231,47 @@ class Contents(PackagesTest):
 
     def archive_members(self, name):
         with tarfile.open(self.archive(name)) as archive:
-            return set(self.members(archive, f'zn-{VERSION}-{self.architecture}/'))
+            return set(self.members(archive, f'zn-{VERSION}-{ARCHITECTURE}/'))
 
-    def test_of_the_program(self):
-        self.assertEqual(self.deb_members('zn-resolution'), PROGRAM_FILES)
-        self.assertEqual(self.archive_members('zn-resolution'), PROGRAM_FILES)
+    def test_are_the_installed_files_and_what_the_distribution_asks_for(self):
+        for package, files in DEBS.items():
+            with self.subTest(package):
+                documents = {f'share/doc/{package}/copyright', f'share/doc/{package}/changelog.gz'}
+                if (SOURCES / 'packaging/lintian' / package).exists():
+                    documents.add(f'share/lintian/overrides/{package}')
+                self.assertEqual(self.deb_members(package), files | documents)
 
-    def test_of_the_library(self):
-        self.assertEqual(self.deb_members(f'libzn{MAJOR}'), RUNTIME_FILES)
-        self.assertEqual(self.deb_members('libzn-dev'), DEVELOPMENT_FILES)
-        self.assertEqual(self.archive_members('libzn'), RUNTIME_FILES | DEVELOPMENT_FILES)
+    def test_of_archives_are_the_installed_files(self):
+        for archive, files in ARCHIVES.items():
+            with self.subTest(archive):
+                self.assertEqual(self.archive_members(archive), files)
+
+    def test_shared_with_packages_for_other_processors_come_unchanged_from_the_sources(self):
+        folders = ('packaging/**/*', 'docs/*', 'libraries/**/*', 'CHANGELOG.md')
+        sources = {path.read_bytes() for pattern in folders for path in SOURCES.glob(pattern)
+                   if path.is_file()}
+        for package in SAME_ON_EVERY_MACHINE:
+            self.assertEqual(self.field(package, 'Multi-Arch'), 'same')
+            for name in self.deb_members(package):
+                if not name.startswith(f'{LIBRARIES}/'):
+                    with self.subTest(name):
+                        content = (self.root / 'usr' / name).read_bytes()
+                        if name.endswith('.gz'):
+                            content = gzip.decompress(content)
+                        self.assertIn(content, sources)
+
+    def test_are_dated_by_the_newest_entry_of_the_changelog_which_is_this_version(self):
+        for package in DEBS:
+            path = self.root / f'usr/share/doc/{package}/changelog.gz'
+            newest = gzip.decompress(path.read_bytes()).decode()
+            self.assertTrue(newest.startswith(f'zn ({VERSION}) '), newest)
+            date = parsedate_to_datetime(re.search(r'^ -- .*>  (.*)$', newest, re.MULTILINE)[1])
+            self.assertEqual(path.stat().st_mtime, date.timestamp())
 
     def test_are_for_the_architecture_and_stripped(self):
-        for file in ('lib/cgi-bin/resolution', f'lib/libzn.so.{VERSION}'):
+        for file in ('lib/cgi-bin/resolution', f'{LIBRARIES}/libzn.so.{VERSION}'):
             path = self.root / 'usr' / file
-            self.assertEqual(architecture(path), self.architecture)
+            self.assertEqual(architecture(path), ARCHITECTURE)
             self.assertNotIn('.symtab', call(READELF, '--sections', '--wide', path))
 
     def test_name_no_folder_of_the_machine_that_made_them(self):
@@ -198,8 +282,7 @@ class Contents(PackagesTest):
             if path.is_file() and not path.is_symlink() and 'var' not in path.parts:
                 with self.subTest(path.name):
                     content = path.read_bytes()
-                    self.assertNotIn(bytes(SOURCES), content)
-                    self.assertNotIn(bytes(BUILD), content)
+                    self.assertNotIn(bytes(self.folder), content)
 
     def test_configurations_of_servers_are_filled_in(self):
         for path in (self.root / 'usr/share/doc/zn-resolution/servers').iterdir():
@@ -232,13 +315,13 @@ class Use(PackagesTest):
     def test_unpacked_archive_is_found_and_linked(self):
         with tarfile.open(self.archive('libzn')) as archive:
             archive.extractall(self.folder / 'anywhere')
-        prefix = self.folder / f'anywhere/zn-{VERSION}-{self.architecture}'
+        prefix = self.folder / f'anywhere/zn-{VERSION}-{ARCHITECTURE}'
         program = build_with_find_package(self.folder / 'unpacked', prefix)
         self.assertEqual(run(program), OUTPUT)
 
     def test_pkg_config_finds_the_installed_library(self):
         flags = call('pkg-config', '--cflags', 'zn',
-                     env=os.environ | {'PKG_CONFIG_LIBDIR': str(self.root / 'usr/lib/pkgconfig')})
+                     env=os.environ | {'PKG_CONFIG_LIBDIR': str(self.root / 'usr' / LIBRARIES / 'pkgconfig')})
         folder = Path(flags.strip().removeprefix('-I')).resolve()
         self.assertEqual(folder, (self.root / 'usr/include/zn').resolve())
 
