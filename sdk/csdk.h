@@ -92,12 +92,13 @@ static_assert(sizeof(struct csdk_state) == 20, "csdk is 20 bytes");
 static_assert(offsetof(struct csdk_state, handle) == 0, "the handle is the first word of csdk");
 static_assert(sizeof(int) == 4, "resolutions and handles are 32-bit numbers");
 static_assert(sizeof(struct csdk_settings_record) == 40, "csdk_settings is 40 bytes");
-static_assert(sizeof(void*) != 4 || (offsetof(struct csdk_settings_record, application_name) == 0 &&
-                                     offsetof(struct csdk_settings_record, vendor_name) == 4 &&
-                                     offsetof(struct csdk_settings_record, mode) == 8 &&
-                                     offsetof(struct csdk_settings_record, option) == 12 &&
-                                     offsetof(struct csdk_settings_record, flags) == 13),
-              "the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines");
+static_assert(offsetof(struct csdk_settings_record, application_name) == 0 &&
+                  offsetof(struct csdk_settings_record, vendor_name) == sizeof(void*) &&
+                  offsetof(struct csdk_settings_record, mode) == 2 * sizeof(void*) &&
+                  offsetof(struct csdk_settings_record, option) == 2 * sizeof(void*) + 4 &&
+                  offsetof(struct csdk_settings_record, flags) == 2 * sizeof(void*) + 5,
+              "the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines, and "
+              "follow one another on others");
 
 #ifdef __cplusplus
 }
