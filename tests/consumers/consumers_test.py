@@ -4,6 +4,7 @@ The installed tree is moved before it is used, as packages and copies on other m
 """
 
 import os
+import re
 import subprocess
 import unittest
 
@@ -39,16 +40,26 @@ class CMakeProjects(ConsumerTest):
         self.assertEqual(run(program), OUTPUT)
         self.assertIn('libzn.so.1', needed(program))
 
-    def test_find_package_refuses_another_major_version(self):
-        changed = self.folder / 'wrong-version'
-        changed.mkdir()
-        text = (HERE / 'find_package/CMakeLists.txt').read_text()
-        (changed / 'CMakeLists.txt').write_text(text.replace('zn 1.0', 'zn 2.0'))
-        done = subprocess.run([CMAKE, '-S', changed, '-B', changed / 'build', '-G', 'Ninja',
-                               f'-DCMAKE_CXX_COMPILER={CXX}', f'-Dzn_ROOT={self.prefix}'],
-                              capture_output=True, encoding='utf-8', timeout=120, check=False)
-        self.assertNotEqual(done.returncode, 0)
-        self.assertIn(f'version: {VERSION}', done.stderr)
+    def test_find_package_takes_this_major_version_up_to_its_own(self):
+        major, minor, patch = map(int, VERSION.split('.'))
+        taken = [f'{major}', f'{major}.0', f'{major}.{minor}', VERSION, VERSION]
+        refused = [f'{major - 1}.9', f'{major + 1}', f'{major + 1}.0', f'{major}.{minor + 1}',
+                   f'{major}.{minor}.{patch + 1}']
+        # One after another in one folder: nothing is in the way of the next.
+        project = self.folder / 'versions'
+        project.mkdir()
+        (project / 'CMakeLists.txt').write_text(f"""
+            cmake_minimum_required(VERSION 3.18)
+            project(consumer LANGUAGES CXX)
+            foreach(wanted IN ITEMS {' '.join(taken + refused)})
+                find_package(zn ${{wanted}} CONFIG QUIET)
+                message(STATUS "found: ${{zn_FOUND}}")
+            endforeach()
+        """)
+        said = call(CMAKE, '-S', project, '-B', project / 'build', '-G', 'Ninja',
+                    f'-DCMAKE_CXX_COMPILER={CXX}', f'-Dzn_ROOT={self.prefix}')
+        self.assertEqual(re.findall('found: (.*)', said),
+                         ['1'] * len(taken) + ['0'] * len(refused))
 
     def test_subdirectory(self):
         self.assertEqual(run(self.build('subdirectory')), OUTPUT)
