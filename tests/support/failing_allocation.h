@@ -3,14 +3,19 @@
 // Replaces the global operators new and delete of the executable, so that tests can make any
 // allocation fail and count the blocks that are alive. Include it in ONE source of an executable;
 // a second one does not link. Sanitizers keep working: they see the malloc() and free() beneath.
+// Which operator a block came from they cannot see, so `delete` for `delete[]` is found here, in
+// every build: it ends the test.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <sanitizer/asan_interface.h>
 
 namespace test {
 
@@ -21,21 +26,40 @@ inline thread_local std::size_t largest = 0;
 // Allocations that this thread still makes until one fails; 0: none fails.
 inline thread_local long countdown = 0;
 
+enum class Kind : unsigned char { object = 0xA1, array = 0xA2 };
+
+// Before each block, out of reach for whoever owns the block, stands its kind.
+constexpr std::size_t prefixSize = alignof(std::max_align_t);
+
 // Neither is inlined: the compiler would take new and free() for a mismatched pair.
-[[gnu::noinline]] inline void* allocate(std::size_t size) noexcept {
+[[gnu::noinline]] inline void* allocate(std::size_t size, Kind kind) noexcept {
     largest = std::max(largest, size);
     if (countdown > 0 && --countdown == 0)
         return nullptr;
-    void* const block = std::malloc(size > 0 ? size : 1);
-    if (block)
-        ++liveBlocks;
-    return block;
+    if (size > PTRDIFF_MAX - prefixSize)
+        return nullptr;
+    auto* const prefix = static_cast<Kind*>(std::malloc(prefixSize + size));
+    if (!prefix)
+        return nullptr;
+    *prefix = kind;
+    ASAN_POISON_MEMORY_REGION(prefix, prefixSize);
+    ++liveBlocks;
+    return prefix + prefixSize;
 }
 
-[[gnu::noinline]] inline void release(void* block) noexcept {
-    if (block)
-        --liveBlocks;
-    std::free(block);
+[[gnu::noinline]] inline void release(void* block, Kind kind) noexcept {
+    if (!block)
+        return;
+    auto* const prefix = static_cast<Kind*>(block) - prefixSize;
+    ASAN_UNPOISON_MEMORY_REGION(prefix, prefixSize);
+    if (*prefix != kind) {
+        std::fputs(kind == Kind::array ? "delete[] of what new made\n"
+                                       : "delete of what new[] made\n",
+                   stderr);
+        std::abort();
+    }
+    --liveBlocks;
+    std::free(prefix);
 }
 
 } // namespace heap
@@ -131,22 +155,34 @@ long failEachAllocationOf(Operation operation) {
 
 } // namespace test
 
-void* operator new(std::size_t size) {
-    void* const block = test::heap::allocate(size);
+namespace test::heap {
+
+inline void* allocateOrThrow(std::size_t size, Kind kind) {
+    void* const block = allocate(size, kind);
     if (!block)
         throw std::bad_alloc();
     return block;
 }
-void* operator new[](std::size_t size) { return operator new(size); }
+
+} // namespace test::heap
+
+void* operator new(std::size_t size) {
+    return test::heap::allocateOrThrow(size, test::heap::Kind::object);
+}
+void* operator new[](std::size_t size) {
+    return test::heap::allocateOrThrow(size, test::heap::Kind::array);
+}
 void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    return test::heap::allocate(size);
+    return test::heap::allocate(size, test::heap::Kind::object);
 }
 void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
-    return test::heap::allocate(size);
+    return test::heap::allocate(size, test::heap::Kind::array);
 }
-void operator delete(void* block) noexcept { test::heap::release(block); }
-void operator delete[](void* block) noexcept { test::heap::release(block); }
-void operator delete(void* block, std::size_t) noexcept { test::heap::release(block); }
-void operator delete[](void* block, std::size_t) noexcept { test::heap::release(block); }
-void operator delete(void* block, std::nothrow_t const&) noexcept { test::heap::release(block); }
-void operator delete[](void* block, std::nothrow_t const&) noexcept { test::heap::release(block); }
+void operator delete(void* block) noexcept { test::heap::release(block, test::heap::Kind::object); }
+void operator delete[](void* block) noexcept {
+    test::heap::release(block, test::heap::Kind::array);
+}
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+void operator delete[](void* block, std::size_t) noexcept { operator delete[](block); }
+void operator delete(void* block, std::nothrow_t const&) noexcept { operator delete(block); }
+void operator delete[](void* block, std::nothrow_t const&) noexcept { operator delete[](block); }
