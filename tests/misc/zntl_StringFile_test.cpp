@@ -219,9 +219,11 @@ TEST_F(StringToFile, IsFalseWhereItMayNotWrite) {
 }
 
 TEST_F(StringToFile, IsFalseWhenTheDiskIsFull) {
+    test::Device const full("/dev/full");
     for (std::size_t const length : {1U, 100U, 4096U, 8192U, 1U << 20})
-        EXPECT_FALSE(String(std::string(length, 'x')).toFile("/dev/full")) << length;
-    EXPECT_TRUE(String().toFile("/dev/full")) << "nothing is written, so nothing fails";
+        EXPECT_FALSE(String(std::string(length, 'x')).toFile(full.path())) << length;
+    EXPECT_TRUE(String().toFile(full.path())) << "nothing is written, so nothing fails";
+    EXPECT_TRUE(full.isUntouched());
 }
 
 TEST_F(StringToFile, IsFalseWhenTheFileMayNotGrow) {
@@ -305,7 +307,7 @@ TEST_F(StringFromFile, TakesTheWholeFileAsItIs) {
 TEST_F(StringFromFile, TakesAnEmptyFile) {
     make("");
     EXPECT_EQ(read(), holding(""));
-    EXPECT_EQ(read("/dev/null"), holding(""));
+    EXPECT_EQ(read(test::Device("/dev/null").path()), holding(""));
 }
 
 TEST_F(StringFromFile, GivesBackWhatWasWritten) {

@@ -123,9 +123,11 @@ TEST_F(MemIOStreamSave, IsFalseWhereNoFileCanBeMade) {
 }
 
 TEST_F(MemIOStreamSave, IsFalseOnAFullDisk) {
-    EXPECT_FALSE(stream.save("/dev/full"));
-    EXPECT_TRUE(stream.save("/dev/null"));
-    EXPECT_TRUE(MemIOStream().save("/dev/full")) << "nothing to write fits everywhere";
+    test::Device const full("/dev/full");
+    EXPECT_FALSE(stream.save(full.path()));
+    EXPECT_TRUE(stream.save(test::Device("/dev/null").path()));
+    EXPECT_TRUE(MemIOStream().save(full.path())) << "nothing to write fits everywhere";
+    EXPECT_TRUE(full.isUntouched());
 }
 
 TEST_F(MemIOStreamSave, WritesIntoAPipe) {
@@ -337,7 +339,7 @@ TEST_F(MemIOStreamLoad, IsFalseForAPipeWhateverItHolds) {
 TEST_F(MemIOStreamLoad, OfADeviceWithoutASizeIsThatOfAnEmptyFile) {
     for (char const* const device : {"/dev/null", "/dev/zero", "/dev/full"}) {
         fill(stream, 0, 20);
-        EXPECT_TRUE(stream.load(device)) << device;
+        EXPECT_TRUE(stream.load(test::Device(device).path())) << device;
         EXPECT_TRUE(stream.isEmpty()) << device;
     }
 }

@@ -75,9 +75,6 @@ void interruptAndCutShort(test::SystemCalls& calls, std::string const& function)
         calls.fail(function, k, EINTR).fail(function, k + 1, EINTR);
 }
 
-/// One that opens, but has no room for what is written.
-char const* const fullDevice = "/dev/full";
-
 // Writing
 
 using SerializableToFile = TypedFile;
@@ -178,8 +175,10 @@ TEST_F(SerializableToFile, IsFalseWhenAnOperationThrows) {
 }
 
 TEST_F(SerializableToFile, IsFalseWhenTheDiskIsFull) {
+    test::Device const full("/dev/full");
     for (std::size_t const size : {0U, 1U, 4096U, 1U << 20})
-        EXPECT_FALSE(blob(7, Bytes(size)).toFile(fullDevice)) << size;
+        EXPECT_FALSE(blob(7, Bytes(size)).toFile(full.path())) << size;
+    EXPECT_TRUE(full.isUntouched());
 }
 
 TEST_F(SerializableToFile, IsFalseWhenTheFileMayNotGrow) {
@@ -252,13 +251,14 @@ TEST_F(SerializableToFile, KeepsNoFileOpen) {
     wrong.reported = 5;
     Blob throwing = value;
     throwing.onToBin = [](unsigned char*) { throw 7; };
+    test::Device const full("/dev/full");
     int const before = dup(0);
     close(before);
     EXPECT_TRUE(value.toFile(path().c_str()));
     EXPECT_FALSE(wrong.toFile(path().c_str()));
     EXPECT_FALSE(throwing.toFile(path().c_str()));
     EXPECT_FALSE(value.toFile(directory_.path().c_str()));
-    EXPECT_FALSE(value.toFile(fullDevice));
+    EXPECT_FALSE(value.toFile(full.path()));
     int const behind = dup(0);
     close(behind);
     EXPECT_EQ(behind, before) << "the lowest free descriptor is still the same";

@@ -37,6 +37,23 @@ private:
     std::filesystem::path path_;
 };
 
+/// A device of this machine, under a symbolic link of its own: tests run as root, and a wrong
+/// change that removes or replaces the file that it was told must not reach the machine's.
+class Device {
+public:
+    explicit Device(std::string const& target) : path_(directory_ / "device") {
+        std::filesystem::create_symlink(target, path_);
+    }
+
+    char const* path() const { return path_.c_str(); }
+    /// Whether the link is still there.
+    bool isUntouched() const { return std::filesystem::is_symlink(path_); }
+
+private:
+    TemporaryDirectory directory_;
+    std::string path_;
+};
+
 /// The whole content of a file. Throws when it cannot be read.
 inline Bytes readFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
