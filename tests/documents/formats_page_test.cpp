@@ -1,7 +1,6 @@
 // docs/formats.md says what is so: its dumps are the golden files, and its code is what is tested
 // here.
 
-#include "../../examples/check_before_reading.h"
 #include "misc/zntl_String.h"
 #include "streams/records.h"
 #include "streams/znsl_MemIOStream.h"
@@ -79,87 +78,6 @@ TEST(FormatsPage, ShowsEveryGoldenFileByteByByte) {
     }
     EXPECT_EQ(files, shown.size());
     EXPECT_EQ(files, 12U);
-}
-
-TEST(FormatsPage, QuotesTheChecksAsTheyAre) {
-    std::string const page = readText(root() / "docs/formats.md");
-    std::string const checks = readText(root() / "examples/check_before_reading.h");
-    std::size_t const begin = checks.find("/// Whether zntl::String::fromBin");
-    std::size_t const end = checks.find("/// Whether read() and peek()");
-    ASSERT_NE(begin, std::string::npos);
-    ASSERT_NE(end, std::string::npos);
-    std::string const quoted = checks.substr(begin, end - begin - 1); // without the blank line
-    EXPECT_NE(page.find("```cpp\n" + quoted + "```\n"), std::string::npos);
-}
-
-// The checks themselves
-
-TEST(CheckBeforeReading, OfAStringLooksForItsEnd) {
-    struct Case {
-        char const* payload;
-        bool safe;
-    };
-    for (Case const& c : {Case{"", false}, Case{"00", false}, Case{"00 00 00 00", false},
-                          Case{"00 00 00 00 00", true}, Case{"00 00 00 00 61", false},
-                          Case{"01 00 00 00 61 00", true}, Case{"ff ff ff ff 61 00", true},
-                          Case{"02 00 00 00 00 61", false}}) {
-        Bytes const payload = fromHex(c.payload);
-        EXPECT_EQ(holdsString(payload.data(), static_cast<unsigned int>(payload.size())), c.safe)
-            << c.payload;
-    }
-}
-
-TEST(CheckBeforeReading, OfAStreamComparesItsSize) {
-    struct Case {
-        char const* payload;
-        bool safe;
-    };
-    for (Case const& c :
-         {Case{"", false}, Case{"00 00 00", false}, Case{"00 00 00 00", true},
-          Case{"01 00 00 00", false}, Case{"01 00 00 00 ff", true}, Case{"00 00 00 00 ff", true},
-          Case{"02 00 00 00 ff", false}, Case{"fc ff ff ff", false}, Case{"ff ff ff ff", false}}) {
-        Bytes const payload = fromHex(c.payload);
-        EXPECT_EQ(holdsStream(payload.data(), static_cast<unsigned int>(payload.size())), c.safe)
-            << c.payload;
-    }
-}
-
-TEST(CheckBeforeReading, OfARecordLooksAtItsLengthAndItsType) {
-    struct Case {
-        char const* what;
-        Bytes content;
-        bool safe;
-    };
-    Case const cases[] = {
-        {"nothing", {}, false},
-        {"a fragment", Bytes(7, 0), false},
-        {"an integer", record(504, Bytes(4, 0)), true},
-        {"an integer cut short, which its own reader finds out", record(504, Bytes(3, 0)), true},
-        {"a payload cut short", concat(recordHeader(504, 5), Bytes(4, 0)), false},
-        {"a length that wraps", concat(recordHeader(504, 0xFFFFFFF8), Bytes(4, 0)), false},
-        {"a string", record(501, fromHex("01 00 00 00 61 00")), true},
-        {"a string without its end", record(501, fromHex("01 00 00 00 61 62")), false},
-        {"a stream", record(6, fromHex("00 00 00 00")), true},
-        {"a stream that runs out of its record",
-         concat(record(6, fromHex("0c 00 00 00")), record(504, Bytes(4, 0))), false},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.what);
-        // A buffer that ends where the content ends, so that sanitizers see a step too far.
-        znsl::MemIOStream stream(static_cast<unsigned int>(c.content.size()));
-        append(stream, c.content);
-        ASSERT_EQ(isSafeToRead(stream), c.safe);
-        if (!c.safe || stream.getNextType() == 504)
-            continue;
-        zntl::String text;
-        znsl::MemIOStream inner;
-        znsl::Serializable* const objects[] = {&text, &inner};
-        for (znsl::Serializable* const object : objects) {
-            if (object->getTypeId() == stream.getNextType()) {
-                EXPECT_EQ(stream.peek(*object), stream.size());
-            }
-        }
-    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "misc/zntl_String.h"
 
+#include "misc/internal/zntl_binLength.h"
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "misc/internal/zntl_escape.h"
@@ -13,6 +14,15 @@
 #include <strings.h>
 
 namespace zntl {
+
+namespace {
+
+/// The length field, the characters and a NUL.
+unsigned int formLength(std::size_t characters) {
+    return binLength(sizeof(std::uint32_t) + std::uint64_t{characters} + 1);
+}
+
+} // namespace
 
 String& String::operator=(std::string const& text) {
     assign(text);
@@ -85,7 +95,7 @@ String String::padEnd(unsigned int width, char fill) const {
     return text;
 }
 
-unsigned int String::getTypeId() const { return 501; }
+unsigned int String::getTypeId() const { return typeId; }
 
 std::string String::getTypeName() const { return "zntl_String"; }
 
@@ -118,18 +128,24 @@ bool String::fromXML(char const* xml) {
     return true;
 }
 
-unsigned int String::getBinLength() const {
-    return static_cast<unsigned int>(sizeof(std::uint32_t) + size() + 1);
-}
+unsigned int String::getBinLength() const { return formLength(size()); }
 
 unsigned int String::toBin(unsigned char* out) const {
+    unsigned int const length = formLength(size());
     unsigned char* const text = storeNative(out, static_cast<std::uint32_t>(size()));
     std::memcpy(text, c_str(), size() + 1);
-    return static_cast<unsigned int>(sizeof(std::uint32_t) + size() + 1);
+    return length;
 }
 
+bool String::canReadBin(unsigned char const* data, unsigned int length) {
+    constexpr unsigned int start = sizeof(std::uint32_t);
+    // The text is usually the whole form, so its NUL is the last byte.
+    return length > start &&
+           (data[length - 1] == 0 || std::memchr(data + start, 0, length - start) != nullptr);
+}
+
+// Contract: the text stops at its first NUL, and neither length is consulted.
 unsigned int String::fromBin(unsigned char const* data, unsigned int /*length*/) {
-    // Neither length is consulted, on purpose: the text ends at its first NUL.
     assign(reinterpret_cast<char const*>(data + sizeof(std::uint32_t)));
     return getBinLength();
 }

@@ -178,6 +178,7 @@ public:
 
     // The storable value
 
+    static constexpr unsigned int typeId = 501;
     /// 501.
     unsigned int getTypeId() const override;
     /// "zntl_String".
@@ -188,15 +189,18 @@ public:
     std::string toXML(char const* name) const override;
     /// Takes the root element's value.
     bool fromXML(char const* xml) override;
-    /// The length + 5.
+    /// The length + 5. Throws std::length_error if that does not fit 32 bits.
     unsigned int getBinLength() const override;
-    /// Writes the length (32 bits), the characters and one NUL.
+    /// Writes the length (32 bits), the characters and one NUL. Throws what `getBinLength` throws.
     unsigned int toBin(unsigned char* out) const override;
+    /// Whether `fromBin` stays within the `length` bytes at `data`: one of them, from the fifth on,
+    /// is a NUL.
+    static bool canReadBin(unsigned char const* data, unsigned int length);
     /// Takes the text from `data` + 4 up to the first NUL and returns the new `getBinLength()`.
     ///
-    /// TRUSTS ITS INPUT, deliberately: neither the stored length nor `length` is consulted, so
-    /// a NUL must stand at or behind `data` + 4 within the caller's buffer. A caller that cannot
-    /// trust the bytes checks that `length` is at least 5 and that `data[length - 1]` is 0.
+    /// TRUSTS ITS INPUT when called directly: neither the stored length nor `length` is consulted,
+    /// and a NUL must be there. Ask `canReadBin` first if the bytes are not your own. The library
+    /// asks before it calls this for a record, a member or a file.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 
     /// Writes the characters to a plain text file, exactly as they are; the file is created, or cut

@@ -17,7 +17,7 @@ bool readRest(znst::File& file, std::string& text) {
     std::size_t used = text.size();
     // A byte more than the file has shows its end. Where the size is not known, or is 0 like that
     // of files which the system makes up, the text doubles.
-    std::uint64_t const expected = file.size(used).value_or(0) + 1;
+    std::uint64_t const expected = file.size().value_or(0) + 1;
     if (expected > text.max_size())
         return false;
     text.resize(std::max(static_cast<std::size_t>(expected), 2 * used));

@@ -1,30 +1,34 @@
 #include "streams/znsl_MemIOStream.h"
 
+#include "misc/internal/zntl_binLength.h"
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
+#include "streams/internal/znsl_readWithin.h"
 #include "streams/znsl_EndOfFile.h"
 #include "system/internal/zn_File.h"
 #include "system/znml_constants.h"
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
 
 namespace znsl {
 
-/// What stands before every payload.
+/// Comes before every payload.
 struct MemIOStream::RecordHeader {
     std::uint16_t type;
     std::uint16_t reserved; // written as 0, never read
     std::uint32_t length;   // of the payload
 };
 
-/// Where the reports on an object that could not be read come from.
+/// The operation and the two line numbers that a failed read reports.
 struct MemIOStream::ReadFaults {
     char const* operation;
     int withMessage;
@@ -33,25 +37,40 @@ struct MemIOStream::ReadFaults {
 
 namespace {
 
-constexpr unsigned int headerSize = 8;
+constexpr unsigned int headerSize = MemIOStream::recordHeaderSize;
 constexpr unsigned int lengthPrefixSize = sizeof(std::uint32_t);
 constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
-// What reports faults stays out of the functions that would otherwise carry its texts around.
+/// Follows the capacity in every buffer.
+struct Tail {
+    // A class derived from String, or one that reads a String by hand, is not recognised as a
+    // reader that needs a NUL. It finds one here, even for an empty payload.
+    unsigned char nul[lengthPrefixSize + 1];
+    // While an object is written, the binary form of the stream is limited to the bytes that were
+    // unread before. Kept with the buffer, which then must not be replaced, because programs built
+    // with earlier versions fix the size of the stream object.
+    unsigned char formLimit[sizeof(std::uint32_t)];
+};
 
-[[noreturn, gnu::noinline]] void raise(int line, char const* text) {
-    throw zntl::Exception(zntl::locatedMessage(
-        "../../../../../libraries/src/streams/znsl_MemIOStream", line, "znsl::MemIOStream", text));
+constexpr std::uint32_t unlimited = maxSize;
+
+// Contract: messages carry fixed line numbers, which programs and logs compare, instead of the
+// lines that raise them.
+std::string locate(int line, char const* text) {
+    return zntl::locatedMessage("../../../../../libraries/src/streams/znsl_MemIOStream", line,
+                                "znsl::MemIOStream", text);
 }
 
-[[noreturn, gnu::noinline]] void raise(int line, char const* operation, char const* fault) {
+[[noreturn]] void raise(int line, char const* text) { throw zntl::Exception(locate(line, text)); }
+
+[[noreturn]] void raise(int line, char const* operation, char const* fault) {
     std::string text = operation;
     text += " - ";
-    text += fault;
+    text += fault ? fault : "(null)";
     raise(line, text.c_str());
 }
 
-[[noreturn, gnu::noinline]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
+[[noreturn]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
     std::string text = "type mismatch ";
     zntl::appendDecimal(text, static_cast<int>(found));
     text += " != ";
@@ -59,12 +78,18 @@ constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
     raise(376, "peek()", text.c_str());
 }
 
-std::unique_ptr<unsigned char[]> allocate(unsigned int size) {
-    return std::unique_ptr<unsigned char[]>(new unsigned char[size]);
+std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
+    if (capacity > PTRDIFF_MAX - sizeof(Tail))
+        throw std::bad_alloc();
+    std::unique_ptr<unsigned char[]> buffer(
+        new unsigned char[std::size_t{capacity} + sizeof(Tail)]);
+    std::memset(buffer.get() + capacity, 0, sizeof(Tail::nul));
+    zntl::storeNative(buffer.get() + capacity + offsetof(Tail, formLimit), unlimited);
+    return buffer;
 }
 
-/// Copies bytes that may overlap, and where there are none to copy, not even from null.
-void move(unsigned char* to, unsigned char const* from, unsigned int count) {
+/// memmove, except that null pointers are allowed when there is nothing to copy.
+void copyBytes(unsigned char* to, unsigned char const* from, unsigned int count) {
     if (count > 0)
         std::memmove(to, from, count);
 }
@@ -74,11 +99,8 @@ class ObjectArguments {
 public:
     ObjectArguments(Serializable* first, std::va_list* further)
         : first_(first), further_(further) {}
-    ObjectArguments(ObjectArguments const&) = delete;
-    ObjectArguments& operator=(ObjectArguments const&) = delete;
-    ~ObjectArguments() { va_end(*further_); }
 
-    /// The next object; may only be called for as many as were given.
+    /// The next object. May only be called as often as there are arguments.
     Serializable* next() {
         if (std::exchange(isFirst_, false))
             return first_;
@@ -115,25 +137,33 @@ MemIOStream& MemIOStream::operator=(MemIOStream const& other) {
         purge();
         replaceBuffer(other.capacity_);
     }
-    // Before the source is looked at, so that a stream assigned to itself ends up empty; kept.
+    // Contract: the positions are reset before the source is read, so a stream that is assigned to
+    // itself ends up empty.
     clear();
     unsigned int const size = other.size();
-    move(buffer_.get(), other.buffer_.get() + other.readPos_, size);
+    copyBytes(buffer_.get(), other.buffer_.get() + other.readPos_, size);
     writePos_ = size;
     return *this;
 }
 
 // Buffer
 
-/// The growth rule's second half: a new buffer with the unread bytes at its start.
+/// Allocates a buffer of `capacity` bytes and moves the unread bytes to its start.
 void MemIOStream::replaceBuffer(unsigned int capacity) {
+    requireReplaceable();
     std::unique_ptr<unsigned char[]> replacement = allocate(capacity);
     unsigned int const used = size();
-    move(replacement.get(), buffer_.get() + readPos_, used);
+    copyBytes(replacement.get(), buffer_.get() + readPos_, used);
     buffer_ = std::move(replacement);
     capacity_ = capacity;
     readPos_ = 0;
     writePos_ = used;
+}
+
+/// Throws while an object is being written, because the object holds an address in the buffer.
+void MemIOStream::requireReplaceable() const {
+    if (formLimit() != unlimited)
+        throw zntl::Exception("znsl::MemIOStream - an object replaces the buffer it is written to");
 }
 
 void MemIOStream::reserve(unsigned int const& n) {
@@ -141,19 +171,20 @@ void MemIOStream::reserve(unsigned int const& n) {
         replaceBuffer(n);
 }
 
+// Contract: computed in 32 bits. Sums that wrap lead to a smaller buffer than asked for, or to
+// none.
 void MemIOStream::checkBuff(unsigned int const& n) {
-    std::uint64_t const needed = std::uint64_t{size()} + n;
-    if (needed > capacity_) {
-        std::uint64_t const grown = std::uint64_t{capacity_} * 2 + n;
-        if (grown <= maxSize)
-            replaceBuffer(static_cast<unsigned int>(grown));
+    if (capacity_ < size() + n) {
+        unsigned int const grown = 2 * capacity_ + n;
+        if (grown > capacity_)
+            replaceBuffer(grown);
     } else if (capacity_ - writePos_ < n) {
         defrag();
     }
 }
 
-/// Makes room for `n` bytes at the write position and returns where that is, or throws before
-/// anything is changed.
+/// Makes room for `n` bytes at the write position and returns its address. Throws before anything
+/// is changed.
 unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
     if (capacity_ - writePos_ < n)
         makeRoom(n);
@@ -161,10 +192,10 @@ unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
 }
 
 void MemIOStream::makeRoom(std::uint64_t n) {
-    if (n <= maxSize)
-        checkBuff(static_cast<unsigned int>(n));
-    if (capacity_ - writePos_ < n)
+    bool const grows = size() + n > capacity_;
+    if (grows && std::uint64_t{capacity_} * 2 + n > maxSize)
         throw std::length_error("znsl::MemIOStream: content beyond 32 bits");
+    checkBuff(static_cast<unsigned int>(n));
 }
 
 void MemIOStream::getWriteBuffer(unsigned char*& out, unsigned int n) {
@@ -192,13 +223,14 @@ void MemIOStream::setBuffer(unsigned char const* data, unsigned int const& lengt
     if (!data || count == 0)
         return;
     if (capacity_ < count) {
+        requireReplaceable();
         // The bytes may be in the buffer that is replaced.
         std::unique_ptr<unsigned char[]> replacement = allocate(count);
-        move(replacement.get(), data, count);
+        copyBytes(replacement.get(), data, count);
         buffer_ = std::move(replacement);
         capacity_ = count;
     } else {
-        move(buffer_.get(), data, count);
+        copyBytes(buffer_.get(), data, count);
     }
     writePos_ = count;
     if (!validate())
@@ -209,7 +241,7 @@ void MemIOStream::defrag() {
     if (readPos_ == 0)
         return;
     unsigned int const used = size();
-    move(buffer_.get(), buffer_.get() + readPos_, used);
+    copyBytes(buffer_.get(), buffer_.get() + readPos_, used);
     readPos_ = 0;
     writePos_ = used;
 }
@@ -217,6 +249,7 @@ void MemIOStream::defrag() {
 void MemIOStream::clear() { readPos_ = writePos_ = 0; }
 
 void MemIOStream::purge() {
+    requireReplaceable();
     buffer_.reset();
     capacity_ = readPos_ = writePos_ = 0;
 }
@@ -225,14 +258,14 @@ void MemIOStream::purge() {
 
 MemIOStream::RecordHeader MemIOStream::headerAt(unsigned int position) const {
     RecordHeader header;
-    static_assert(sizeof header == headerSize, "the header is copied as it lies in the buffer");
+    static_assert(sizeof header == headerSize, "the header is copied from the buffer as it is");
     std::memcpy(&header, buffer_.get() + position, sizeof header);
     return header;
 }
 
 MemIOStream::RecordWalk MemIOStream::walkRecords() const {
     RecordWalk walk{0, true};
-    // Positions of 64 bits, which no length field makes wrap.
+    // 64 bits, so that no length field makes the position wrap.
     std::uint64_t position = readPos_;
     while (position < writePos_) {
         ++walk.records;
@@ -249,9 +282,11 @@ bool MemIOStream::validate() const { return walkRecords().whole; }
 
 unsigned int MemIOStream::count() const { return size() < headerSize ? 0 : walkRecords().records; }
 
-/// Shows the next `n` complete records to `visit(header, payload position)`, for as long as that
-/// returns true, and returns their total size; 0 when there are not that many. A payload must
-/// start strictly before the end of the content, so a last record without one is not reached; kept.
+/// Calls `visit(header, payload position)` for the next `n` complete records while it returns true,
+/// and returns their total size; 0 when there are fewer.
+///
+/// Contract: a payload must start strictly before the end of the content, so a last record without
+/// a payload does not count.
 template <class Visit>
 unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     std::uint64_t position = readPos_;
@@ -267,11 +302,16 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     return static_cast<unsigned int>(position - readPos_);
 }
 
-/// Reads a payload into an object, with the object's failures reported as `faults` says.
-void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
-                           ReadFaults faults) const {
+/// Reads a payload into an object of type `type`, and reports its failures as `faults` says. Of an
+/// incomplete payload the object gets the bytes that are there.
+void MemIOStream::readInto(Serializable& object, unsigned int type, unsigned int payload,
+                           std::uint32_t length, ReadFaults faults) const {
+    unsigned char const* const data = buffer_.get() + payload;
+    unsigned int const available = std::min(length, writePos_ - payload);
     try {
-        object.fromBin(buffer_.get() + payload, length);
+        if (isReadTrustingly(type))
+            requireWithin(object, data, available);
+        object.fromBin(data, available);
     } catch (zntl::Exception const& e) {
         raise(faults.withMessage, faults.operation, e.what());
     } catch (...) {
@@ -281,20 +321,66 @@ void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint
 
 // Writing
 
+/// While it lives, the buffer stays, and the stream's own binary form is limited to the bytes that
+/// are unread now: a stream that is written into itself, alone or as a member, stores its earlier
+/// content.
+class MemIOStream::FormLimit {
+public:
+    explicit FormLimit(MemIOStream& stream) : stream_(stream), previous_(stream.formLimit()) {
+        stream_.setFormLimit(stream_.formSize());
+    }
+    FormLimit(FormLimit const&) = delete;
+    FormLimit& operator=(FormLimit const&) = delete;
+    ~FormLimit() { stream_.setFormLimit(previous_); }
+
+private:
+    MemIOStream& stream_;
+    std::uint32_t previous_;
+};
+
+std::uint32_t MemIOStream::formLimit() const {
+    if (!buffer_)
+        return unlimited;
+    return zntl::loadNative<std::uint32_t>(buffer_.get() + capacity_ + offsetof(Tail, formLimit));
+}
+
+void MemIOStream::setFormLimit(std::uint32_t limit) {
+    zntl::storeNative(buffer_.get() + capacity_ + offsetof(Tail, formLimit), limit);
+}
+
+/// The number of unread bytes that belong to the stream's binary form.
+unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()); }
+
+/// Appends what the object's `toBin` writes at the write position.
+void MemIOStream::appendPayload(Serializable const& object, unsigned int length) {
+    constexpr int line = 262;
+    constexpr char const* fault = "couldn't convert object to binary data";
+    try {
+        object.toBin(buffer_.get() + writePos_);
+    } catch (std::bad_alloc const&) {
+        throw OutOfMemory(locate(line, fault));
+    } catch (OutOfMemory const&) {
+        throw OutOfMemory(locate(line, fault));
+    } catch (...) {
+        raise(line, fault);
+    }
+    // The object may have used up its own room by writing to this stream.
+    if (capacity_ - writePos_ < length)
+        raise(line, fault);
+    writePos_ += length;
+}
+
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
-    unsigned char* const record = appendRoom(std::uint64_t{headerSize} + length);
+    std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
+    appendRoom(recordSize);
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
-    std::memcpy(record, &header, sizeof header);
-    // The write position follows the object's own work, which finds the stream as it was when the
-    // object is this stream.
-    try {
-        object.toBin(record + headerSize);
-    } catch (...) {
-        writePos_ += headerSize;
-        raise(262, "couldn't convert object to binary data");
-    }
-    writePos_ += headerSize + length;
+    // Repeated, because the object may have used the room when it was asked for its type.
+    std::memcpy(appendRoom(recordSize), &header, sizeof header);
+    FormLimit const limit(*this);
+    // Contract: the header stays in the stream when the object cannot be written.
+    writePos_ += headerSize;
+    appendPayload(object, length);
     return headerSize + length;
 }
 
@@ -309,7 +395,7 @@ OStream& MemIOStream::operator<<(IStream& source) {
     if (!getNextObject(source, data, length))
         return *this;
     std::unique_ptr<unsigned char[]> const record(data);
-    move(appendRoom(length), record.get(), length);
+    copyBytes(appendRoom(length), record.get(), length);
     writePos_ += length;
     return *this;
 }
@@ -336,15 +422,22 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
     std::va_list further;
     va_start(further, first);
     ObjectArguments objects(first, &further);
-    auto const isExpected = [&](RecordHeader const& header, unsigned int) {
-        Serializable const* const expected = objects.next();
-        return !expected || header.type == expected->getTypeId();
-    };
-    return n == 0 || visitRecords(n, isExpected) > 0;
+    bool matched = false;
+    try {
+        matched = n == 0 || visitRecords(n, [&](RecordHeader const& header, unsigned int) {
+                                Serializable const* const expected = objects.next();
+                                return !expected || header.type == expected->getTypeId();
+                            }) > 0;
+    } catch (...) {
+        va_end(further);
+        throw;
+    }
+    va_end(further);
+    return matched;
 }
 
-/// Moves the read position behind a record with a payload of `length` bytes, but never beyond the
-/// content; returns the record's size, as far as 32 bits hold it.
+/// Moves the read position past a record with a payload of `length` bytes, but never beyond the
+/// content. Returns the record's size modulo 2^32.
 unsigned int MemIOStream::consume(std::uint32_t length) {
     readPos_ += static_cast<unsigned int>(
         std::min<std::uint64_t>(std::uint64_t{headerSize} + length, size()));
@@ -358,7 +451,7 @@ unsigned int MemIOStream::read(Serializable& object) {
     if (getNextType() != expected)
         raise(341, "read() - type mismatch");
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, readPos_ + headerSize, length, {"read()", 354, 359});
+    readInto(object, expected, readPos_ + headerSize, length, {"read()", 354, 359});
     return consume(length);
 }
 
@@ -375,7 +468,7 @@ unsigned int MemIOStream::peek(Serializable& object) const {
     if (found != expected)
         raiseTypeMismatch(found, expected);
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, readPos_ + headerSize, length, {"peek()", 389, 394});
+    readInto(object, expected, readPos_ + headerSize, length, {"peek()", 389, 394});
     return headerSize + length;
 }
 
@@ -383,18 +476,30 @@ unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
     std::va_list further;
     va_start(further, first);
     ObjectArguments objects(first, &further);
-    return visitRecords(n, [&](RecordHeader const& header, unsigned int payload) {
-        Serializable* const object = objects.next();
-        if (!object)
+    unsigned int total = 0;
+    try {
+        total = visitRecords(n, [&](RecordHeader const& header, unsigned int payload) {
+            if (Serializable* const object = objects.next())
+                peekInto(*object, header, payload);
             return true;
-        unsigned int const expected = object->getTypeId();
-        if (expected == EndOfFile::typeId)
-            raise(423, "peek() - trying to read EOF");
-        if (header.type != expected)
-            raise(424, "peek() - type mismatch");
-        readInto(*object, payload, header.length, {"peek()", 433, 438});
-        return true;
-    });
+        });
+    } catch (...) {
+        va_end(further);
+        throw;
+    }
+    va_end(further);
+    return total;
+}
+
+/// One step of the peek at several records.
+void MemIOStream::peekInto(Serializable& object, RecordHeader const& header,
+                           unsigned int payload) const {
+    unsigned int const expected = object.getTypeId();
+    if (expected == EndOfFile::typeId)
+        raise(423, "peek() - trying to read EOF");
+    if (header.type != expected)
+        raise(424, "peek() - type mismatch");
+    readInto(object, expected, payload, header.length, {"peek()", 433, 438});
 }
 
 unsigned int MemIOStream::skip() {
@@ -409,7 +514,7 @@ bool MemIOStream::readNextObject(unsigned char*& /*data*/, unsigned int& /*lengt
 
 // Forms
 
-unsigned int MemIOStream::getTypeId() const { return 6; }
+unsigned int MemIOStream::getTypeId() const { return typeId; }
 
 std::string MemIOStream::getTypeName() const { return "znsl_MemIOStream"; }
 
@@ -421,16 +526,23 @@ std::string MemIOStream::toXML(char const* /*name*/) const {
 
 bool MemIOStream::fromXML(char const* /*xml*/) { raise(694, "fromXML() - not implemented"); }
 
-unsigned int MemIOStream::getBinLength() const { return lengthPrefixSize + size(); }
+unsigned int MemIOStream::getBinLength() const {
+    return zntl::binLength(std::uint64_t{lengthPrefixSize} + formSize());
+}
 
 unsigned int MemIOStream::toBin(unsigned char* out) const {
-    unsigned char* const content = zntl::storeNative(out, std::uint32_t{size()});
-    move(content, buffer_.get() + readPos_, size());
+    std::uint32_t const length = formSize();
+    copyBytes(zntl::storeNative(out, length), buffer_.get() + readPos_, length);
     return getBinLength();
 }
 
+bool MemIOStream::canReadBin(unsigned char const* data, unsigned int length) {
+    return length >= lengthPrefixSize &&
+           zntl::loadNative<std::uint32_t>(data) <= length - lengthPrefixSize;
+}
+
+// Contract: the length prefix is trusted and `available` is ignored.
 unsigned int MemIOStream::fromBin(unsigned char const* data, unsigned int /*available*/) {
-    // The prefix is trusted as it stands, on purpose.
     setBuffer(data + lengthPrefixSize, zntl::loadNative<std::uint32_t>(data));
     return getBinLength();
 }
@@ -446,7 +558,7 @@ bool MemIOStream::save(char const* path) const {
 bool MemIOStream::load(char const* path) {
     try {
         znst::File file = znst::File::open(path);
-        if (!file || !file.isReadable())
+        if (!file)
             return false;
         std::optional<std::uint64_t> const fileSize = file.size();
         if (!fileSize || *fileSize > maxSize)

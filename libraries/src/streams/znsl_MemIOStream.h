@@ -1,5 +1,6 @@
 #pragma once
 
+#include "misc/zntl_Exception.h"
 #include "streams/znsl_IOStream.h"
 #include "streams/znsl_Serializable.h"
 
@@ -10,34 +11,39 @@
 
 namespace znsl {
 
-/// A first-in, first-out queue of serialized objects in one growable byte buffer, which can be
-/// saved to a file and loaded from one, and which is itself a storable value.
+/// A first-in, first-out queue of serialized objects in one growable byte buffer. It can be saved
+/// to a file and loaded from one, and it is itself a storable value.
 ///
 /// The unread content is a sequence of object records, back to back: type id (2 bytes), reserved
 /// (2 bytes, 0), payload length N (4 bytes), payload (N bytes), in the machine's byte order.
-/// Writing appends records, reading takes them from the front; a reader may skip a record without
-/// knowing its type. Appending is amortised constant time per byte, and a queue in steady state
-/// stops growing: consumed space is reclaimed by compaction when an append finds too little room.
+/// Writing appends records, reading takes them from the front. A reader may skip a record without
+/// knowing its type. Appending is amortised constant time per byte. A queue in steady state stops
+/// growing: compaction reclaims consumed space when an append finds too little room.
 ///
-/// TRUST: `read`, both `peek` and `fromBin` take the content to be whole records, as `write`
-/// produces them. Bytes from outside come in through `setBuffer` or `load`, which check that;
-/// a caller who filled the stream in another way asks `validate()` first. All other operations
-/// are safe on any content.
+/// Every operation except a direct call of `fromBin` is safe on any content, whatever bytes `load`,
+/// `setBuffer` or the caller put there: no access leaves the buffer, provided that the `fromBin` of
+/// the objects read stays within the length that it is given. Strings and streams that are read
+/// from a stream do (see `fromBin` for subclasses).
 ///
-/// Faults are zntl::Exception with a located message; every operation says what it leaves behind.
-/// std::bad_alloc, and std::length_error for content beyond 32 bits, leave the stream as it was
-/// unless said otherwise. One thread at a time uses a stream.
+/// Faults are zntl::Exception with a located message. Every operation documents what it leaves
+/// behind. std::bad_alloc, and std::length_error for content beyond 32 bits, leave the stream
+/// unchanged unless documented otherwise. A stream may be used by one thread at a time.
 class MemIOStream : public Serializable, public IOStream {
 public:
+    static constexpr unsigned int typeId = 6;
+    /// The bytes before every payload: type id, reserved field, payload length.
+    static constexpr unsigned int recordHeaderSize =
+        sizeof(std::uint16_t) + sizeof(std::uint16_t) + sizeof(std::uint32_t);
+
     /// A stream without a buffer, or with one of exactly `capacity` bytes.
     explicit MemIOStream(unsigned int const& capacity = 0);
     /// A stream with a copy of the given records; throws what `setBuffer` throws.
     MemIOStream(unsigned char const* data, unsigned int const& size);
     /// Copies the unread content, into a buffer of the other stream's capacity.
     MemIOStream(MemIOStream const& other);
-    /// Copies the unread content, and takes on the other stream's capacity. Assigning a stream to
-    /// itself deliberately empties it and keeps its buffer. Without memory for a buffer of another
-    /// capacity, the stream is left without a buffer.
+    /// Copies the unread content and adopts the other stream's capacity. Assigning a stream to
+    /// itself empties it and keeps its buffer. If allocating a buffer of another capacity fails,
+    /// the stream is left without a buffer.
     MemIOStream& operator=(MemIOStream const& other);
     ~MemIOStream() override = default;
 
@@ -51,16 +57,23 @@ public:
     std::string toXML(char const* name) const override;
     /// Not implemented: throws "fromXML() - not implemented" (line 694).
     bool fromXML(char const* xml) override;
-    /// `size()` + 4.
+    /// `size()` + 4. Throws std::length_error if that does not fit 32 bits.
     unsigned int getBinLength() const override;
-    /// Writes `size()` (4 bytes) and the unread content; returns `getBinLength()`.
+    /// Writes `size()` (4 bytes) and the unread content; returns `getBinLength()`. Throws what
+    /// `getBinLength` throws.
     unsigned int toBin(unsigned char* out) const override;
-    /// Replaces the content with the records behind a 4-byte length S at `data`; returns
+
+    /// Whether `fromBin` stays within the `length` bytes at `data`: they hold a 4-byte length S and
+    /// at least S more bytes. Does not check the records.
+    static bool canReadBin(unsigned char const* data, unsigned int length);
+
+    /// Replaces the content with the records that follow a 4-byte length S at `data`; returns
     /// `getBinLength()`. Throws what `setBuffer` throws.
     ///
-    /// TRUSTS ITS INPUT, deliberately: `available` is ignored, and S + 4 bytes are taken to be
-    /// there. A caller that cannot trust the bytes checks first that `available` is at least 4 and
-    /// that S is at most `available` - 4.
+    /// TRUSTS ITS INPUT when called directly: `available` is ignored, and S + 4 bytes must be
+    /// there. Ask `canReadBin` first if the bytes are not your own. The library asks before it
+    /// calls this for a member, a file or a record of type 6; a subclass with a type id of its own
+    /// must ask in its own `fromBin`.
     unsigned int fromBin(unsigned char const* data, unsigned int available) override;
 
     /// Does nothing.
@@ -69,12 +82,17 @@ public:
     void close() override;
 
     /// Appends a record of `object` and returns its size. The object serializes itself straight
-    /// into the buffer. A stream written into itself stores the content that it had before.
+    /// into the buffer, after the header: it finds the stream 8 bytes longer. A stream written into
+    /// itself, alone or as a member of `object`, stores the content that it had before.
     ///
     /// When the object's `toBin` throws anything, throws "couldn't convert object to binary data"
-    /// (line 262); the record's header then stays in the stream without its payload, and the
-    /// stream is no longer valid. What `getBinLength`, `getTypeId` and the allocation throw passes
-    /// through, with the content unchanged.
+    /// (line 262). The record's header then stays in the stream without its payload, and the stream
+    /// is no longer valid. Exceptions from `getBinLength`, `getTypeId` and the allocation pass
+    /// through, with the content unchanged; the buffer may have grown or been compacted.
+    ///
+    /// While the object writes itself, operations that would replace this stream's buffer throw
+    /// zntl::Exception. An object that uses up its own room by writing to this stream is reported
+    /// like one that throws.
     unsigned int write(Serializable const& object) override;
     OStream& operator<<(Serializable const& object) override;
 
@@ -85,9 +103,8 @@ public:
     /// Whether the next `n` records are complete and of the types of the `n` objects named; further
     /// arguments are `znsl::Serializable*` too (convert pointers to subclasses). A null pointer
     /// stands for a record of any type. Throws "checkTypes() - no data" (line 313) when fewer than
-    /// 8 bytes are left, also for an `n` of 0.
-    ///
-    /// A record without a payload at the very end of the content does not count; that is kept.
+    /// 8 bytes are left, even for an `n` of 0. A record without a payload at the very end of the
+    /// content does not count.
     virtual bool checkTypes(unsigned int n, Serializable* first, ...) const;
 
     bool isEmpty() const override;
@@ -98,7 +115,11 @@ public:
     /// mismatch" (line 341) when the next record is of another type or there is none, what
     /// `getNextType` throws, and when the object's `fromBin` throws, "read() - " with the message
     /// of a zntl::Exception (line 354), or "read() - could not read object" (line 359). The record
-    /// then stays in the stream, and the object may be partly changed.
+    /// then stays in the stream, and the object may be partly changed. A String without a NUL or a
+    /// stream longer than its payload is not read: line 354.
+    ///
+    /// From a record that runs past the content the object reads the bytes that are there; the
+    /// stream is then empty, and the returned size is that of the length field.
     unsigned int read(Serializable& object) override;
 
     /// As `read`, but the record stays in the stream: lines 374, 376 ("peek() - type mismatch %d !=
@@ -109,9 +130,8 @@ public:
     /// taking them out, and returns their total size; 0 when there are not that many complete
     /// records. Throws "peek() - trying to read EOF" (line 423), "peek() - type mismatch" (line
     /// 424), "peek() - " with a message (line 433) and "peek() - could not read object" (line 438).
-    /// Objects before the one that failed keep what was read into them.
-    ///
-    /// A record without a payload at the very end of the content does not count; that is kept.
+    /// Objects before the one that failed keep what was read into them. A record without a payload
+    /// at the very end of the content does not count.
     virtual unsigned int peek(unsigned int n, Serializable* first, ...) const;
 
     /// The number of records, an incomplete last one included; 0 for fewer than 8 bytes. Takes
@@ -142,28 +162,30 @@ public:
     void reserve(unsigned int const& n);
 
     /// Makes room for `n` more bytes: grows to twice the capacity plus `n` when the unread bytes
-    /// and `n` exceed the capacity, or moves the unread bytes to the start when just the room
-    /// behind them is too small. Does nothing when these sums exceed 32 bits.
+    /// and `n` exceed the capacity, or moves the unread bytes to the start when only the room after
+    /// them is too small. These sums wrap at 32 bits, and a sum that wrapped to no more than the
+    /// capacity changes nothing: for an `n` near 4 GB, check `capacity()` afterwards.
     void checkBuff(unsigned int const& n);
 
-    /// Makes room as `checkBuff` does and appends `n` bytes that the caller fills at `out`; good
-    /// until the next operation that appends to, compacts or replaces the buffer.
+    /// Makes room as `checkBuff` does and appends `n` bytes that the caller fills at `out`, which
+    /// is valid until the next operation that appends to, compacts or replaces the buffer. Throws
+    /// std::length_error when the room would exceed 32 bits.
     void getWriteBuffer(unsigned char*& out, unsigned int n);
 
-    /// Gives back what was appended behind the first `n` bytes at `p`, which `getWriteBuffer` gave;
-    /// does nothing when no more than that was appended.
+    /// Removes what was appended after the first `n` bytes at `p`, an address from
+    /// `getWriteBuffer`; does nothing when no more than that was appended.
     void finalizeBuffer(unsigned char*& p, unsigned int n);
 
-    /// The unread bytes, in place, good as long as `getWriteBuffer`'s; null and 0 when there are
-    /// none.
+    /// The unread bytes, in place, valid as long as an address from `getWriteBuffer`; null and 0
+    /// when there are none.
     void getBuffer(unsigned char const*& data, unsigned int& length) const;
 
     /// Replaces the content with a copy of the given records, which may be in the stream's own
     /// buffer; null data or a length of 0 empty the stream. A larger buffer is kept.
     ///
     /// Throws "setBuffer() - resulting memory is not valid." (line 643) when the bytes are not
-    /// a whole number of records; they stay in the stream. Without memory the stream is left empty.
-    /// Safe on any bytes.
+    /// a whole number of records; they stay in the stream. If the allocation fails, the stream is
+    /// left empty.
     void setBuffer(unsigned char const* data, unsigned int const& length);
 
     /// Whether the unread bytes are a whole number of records. Takes time proportional to it.
@@ -183,11 +205,11 @@ public:
 
     /// Replaces the content with the records in a file. A larger buffer is kept.
     ///
-    /// False, with the stream unchanged, when the file cannot be opened, is a directory or cannot
-    /// be sought in, does not fit 32 bits, or there is no memory; false, with the bytes behind the
-    /// read position possibly overwritten, when it cannot be read; false, with its bytes in the
-    /// stream, when they are not a whole number of records. One read. Never throws. Safe on any
-    /// file.
+    /// False, with the stream unchanged, when the file cannot be opened, has no size (a directory,
+    /// a pipe, a file that the system makes up), does not fit 32 bits, or the allocation fails.
+    /// False, with the bytes after the read position possibly overwritten, when it cannot be read.
+    /// False, with its bytes in the stream, when they are not a whole number of records. One read.
+    /// Never throws.
     bool load(char const* path);
 
 private:
@@ -198,17 +220,32 @@ private:
         bool whole;           // whether the last one ended where the content ends
     };
 
+    class FormLimit;
+    template <class T>
+    friend class Set;
+    /// A fault of `write` or of a set that an allocation failure caused.
+    class OutOfMemory : public zntl::Exception {
+        using zntl::Exception::Exception;
+    };
+
     RecordWalk walkRecords() const;
     template <class Visit>
     unsigned int visitRecords(unsigned int n, Visit visit) const;
     RecordHeader headerAt(unsigned int position) const;
-    void readInto(Serializable& object, unsigned int payload, std::uint32_t length,
-                  ReadFaults faults) const;
+    void readInto(Serializable& object, unsigned int type, unsigned int payload,
+                  std::uint32_t length, ReadFaults faults) const;
+    void peekInto(Serializable& object, RecordHeader const& header, unsigned int payload) const;
     unsigned int consume(std::uint32_t length);
+
+    void appendPayload(Serializable const& object, unsigned int length);
+    std::uint32_t formLimit() const;
+    void setFormLimit(std::uint32_t limit);
+    unsigned int formSize() const;
 
     unsigned char* appendRoom(std::uint64_t n);
     void makeRoom(std::uint64_t n);
     void replaceBuffer(unsigned int capacity);
+    void requireReplaceable() const;
 
     std::unique_ptr<unsigned char[]> buffer_; // null exactly when capacity_ is 0
     unsigned int capacity_ = 0;

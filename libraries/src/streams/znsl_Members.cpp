@@ -1,15 +1,19 @@
 #include "streams/znsl_Members.h"
 
+#include "misc/internal/zntl_binLength.h"
 #include "misc/zntl_Exception.h"
+#include "streams/internal/znsl_readWithin.h"
 #include "xml/znxml_DomIterator.h"
+
+#include <cstdint>
 
 namespace znsl {
 
 unsigned int Members::getBinLength() const {
-    unsigned int length = 0;
+    std::uint64_t length = 0;
     for (Serializable const* const member : list_)
         length += member->getBinLength();
-    return length;
+    return zntl::binLength(length);
 }
 
 unsigned int Members::toBin(unsigned char* out) const {
@@ -21,8 +25,12 @@ unsigned int Members::toBin(unsigned char* out) const {
 
 unsigned int Members::fromBin(unsigned char const* data, unsigned int length) {
     unsigned int offset = 0;
-    for (Serializable* const member : list_)
-        offset += member->fromBin(data + offset, length - offset);
+    for (Serializable* const member : list_) {
+        unsigned int const consumed = readWithin(*member, data + offset, length - offset);
+        if (consumed > length - offset)
+            throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
+        offset += consumed;
+    }
     return offset;
 }
 

@@ -38,14 +38,16 @@ public:
         object.fillSerializable(list_, table_);
     }
 
-    /// The sum of the members' lengths.
+    /// The sum of the members' lengths. Throws std::length_error if it does not fit 32 bits.
     unsigned int getBinLength() const;
 
     /// Writes the members one after another; returns the number of bytes written.
     unsigned int toBin(unsigned char* out) const;
 
-    /// Reads the members one after another and returns the number of bytes consumed. Each member
-    /// checks its own share; when one throws, those before it keep what they read.
+    /// Reads the members one after another and returns the number of bytes consumed. Safe on any
+    /// bytes: throws zntl::Exception when a member would leave the `length` bytes at `data` or
+    /// reports that it did, and passes on what a member throws. The members before it keep what
+    /// they read.
     unsigned int fromBin(unsigned char const* data, unsigned int length);
 
     /// One element called `element` with the members' XML in it, in the order of their names; null

@@ -1,12 +1,16 @@
 #include "streams/znsl_Serializable.h"
 
 #include "misc/internal/zntl_bytes.h"
+#include "streams/internal/znsl_readWithin.h"
 #include "system/internal/zn_File.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <optional>
+#include <utility>
 
 namespace znsl {
 
@@ -16,16 +20,39 @@ using TypeField = std::uint16_t;
 using LengthField = std::uint32_t;
 constexpr std::size_t headerSize = sizeof(TypeField) + sizeof(LengthField);
 
-/// The payload's place in a buffer that the header fits in front of, and that leaves the payload as
-/// aligned as an allocation of its own.
+/// The payload's offset in the buffer: the header fits before it, and the payload is as aligned as
+/// an allocation of its own.
 constexpr std::size_t payloadOffset = alignof(std::max_align_t);
 static_assert(payloadOffset >= headerSize);
 
-/// Whether the file is known to end before the payload does, so that a length field from a hostile
-/// file cannot ask for memory that no payload stands for.
-bool endsBefore(znst::File& file, LengthField length) {
-    std::optional<std::uint64_t> const fileSize = file.size(headerSize);
-    return fileSize && *fileSize < std::uint64_t{headerSize} + length;
+/// A String among the members of a class finds a NUL here, even after an empty payload.
+constexpr std::size_t zeros = sizeof(LengthField) + 1;
+
+/// Reads a payload of `length` bytes; null when the file ends before that. The size of a regular
+/// file is checked first. From a pipe or a device the memory grows with the bytes that arrive, so
+/// that a length field alone cannot claim memory.
+std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField length) {
+    constexpr std::uint64_t firstBlock = 64 * 1024;
+    std::optional<std::uint64_t> const fileSize = file.size();
+    if (fileSize && *fileSize < std::uint64_t{headerSize} + length)
+        return nullptr;
+    std::unique_ptr<unsigned char[]> payload;
+    std::uint64_t size = 0;
+    do {
+        std::uint64_t const next =
+            fileSize ? length : std::min<std::uint64_t>(length, std::max(firstBlock, 2 * size));
+        if (next > PTRDIFF_MAX - zeros)
+            throw std::bad_alloc();
+        auto const count = static_cast<std::size_t>(next);
+        std::unique_ptr<unsigned char[]> larger(new unsigned char[count + zeros]);
+        std::copy_n(payload.get(), size, larger.get());
+        std::fill_n(larger.get() + count, zeros, static_cast<unsigned char>(0));
+        if (!file.read(larger.get() + size, count - static_cast<std::size_t>(size)))
+            return nullptr;
+        payload = std::move(larger);
+        size = next;
+    } while (size < length);
+    return payload;
 }
 
 } // namespace
@@ -61,15 +88,12 @@ bool Serializable::fromFile(char const* path) {
         unsigned char header[headerSize];
         if (!file.read(header, sizeof header))
             return false;
-        // The whole id is compared, so a class whose id exceeds 16 bits never loads; kept.
+        // Contract: the whole id is compared, so a class whose id exceeds 16 bits never loads.
         if (zntl::loadNative<TypeField>(header) != getTypeId())
             return false;
         auto const length = zntl::loadNative<LengthField>(header + sizeof(TypeField));
-        if (endsBefore(file, length))
-            return false;
-
-        std::unique_ptr<unsigned char[]> const payload(new unsigned char[length]);
-        return file.read(payload.get(), length) && fromBin(payload.get(), length) == length;
+        std::unique_ptr<unsigned char[]> const payload = readPayload(file, length);
+        return payload && readWithin(*this, payload.get(), length) == length;
     } catch (...) {
         return false;
     }

@@ -58,9 +58,9 @@ public:
     ///
     /// False when the file cannot be read, is a directory, belongs to another type, is shorter than
     /// its length field says, or when `fromBin` throws or consumes another number of bytes. The
-    /// object may then already be changed by `fromBin`; nothing is restored. Bytes behind the
-    /// payload are ignored. Never throws. Safe on any file as far as the class's `fromBin` is safe
-    /// on any bytes.
+    /// object may then already be changed by `fromBin`; nothing is restored. Bytes after the
+    /// payload are ignored. Never throws. Safe on any file if the class's `fromBin` stays within
+    /// its length, as that of every class of the library does here.
     virtual bool fromFile(char const* path);
 };
 

@@ -8,8 +8,10 @@
 #include "xml/znxml_DomIterator.h"
 
 #include <cstdint>
-#include <cstring>
+#include <limits>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 namespace znsl {
@@ -67,20 +69,38 @@ public:
         return true;
     }
 
-    /// The number of bytes that `toBin` writes; 0 when the record could not be built. Builds the
-    /// record to find out.
+    /// The number of bytes that `toBin` writes; 0 when an element throws. Builds the record to find
+    /// out; if an allocation fails, adds up the elements' lengths instead. Throws std::length_error
+    /// for lengths beyond 32 bits.
     unsigned int getBinLength() const override {
-        MemIOStream record;
-        return serialize(record) ? record.getBinLength() : 0;
+        try {
+            MemIOStream record;
+            appendTo(record);
+            return record.getBinLength();
+        } catch (std::bad_alloc const&) {
+            return measure();
+        } catch (MemIOStream::OutOfMemory const&) {
+            return measure();
+        } catch (std::length_error const&) {
+            throw;
+        } catch (...) {
+            return 0;
+        }
     }
 
     /// Writes the binary form; returns the number of bytes written. Throws zntl::Exception
-    /// "znsl::Serializable::fromBin() - Failed!" when the record could not be built; that the
-    /// message names `fromBin` is deliberate.
+    /// "znsl::Serializable::fromBin() - Failed!" when the record cannot be built.
     unsigned int toBin(unsigned char* out) const override {
         MemIOStream record;
-        if (!serialize(record))
-            fail();
+        try {
+            appendTo(record);
+        } catch (std::bad_alloc const&) {
+            throw MemIOStream::OutOfMemory(failure);
+        } catch (MemIOStream::OutOfMemory const&) {
+            throw MemIOStream::OutOfMemory(failure);
+        } catch (...) {
+            throw zntl::Exception(failure);
+        }
         return record.toBin(out);
     }
 
@@ -90,12 +110,12 @@ public:
     /// Throws zntl::Exception "znsl::Serializable::fromBin() - Failed!" when the record cannot be
     /// read: the set then holds the elements read before the failure, and is empty when the length
     /// at the start is missing or exceeds `length`. Throws what MemIOStream::setBuffer throws, with
-    /// the set unchanged, when the content is not whole records. Safe on any bytes as far as `T`'s
-    /// `fromBin` is safe on any bytes.
+    /// the set unchanged, when the content is not whole records. Safe on any bytes if the `fromBin`
+    /// of `T` stays within its length.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override {
-        if (!holdsWholeStream(data, length)) {
+        if (!MemIOStream::canReadBin(data, length)) {
             this->clear();
-            fail();
+            throw zntl::Exception(failure);
         }
         MemIOStream record;
         unsigned int const consumed = record.fromBin(data, length);
@@ -103,7 +123,7 @@ public:
         try {
             return readElements(record) ? consumed : 0;
         } catch (...) {
-            fail();
+            throw zntl::Exception(failure);
         }
     }
 
@@ -118,13 +138,11 @@ public:
         return xml;
     }
 
-    /// Appends the objects of the binary form to `stream`; false when a write threw.
+    /// Appends the objects of the binary form to `stream`; false when a write threw. The objects
+    /// written before stay in the stream, and so may the header of the one that failed.
     bool serialize(MemIOStream& stream) const {
         try {
-            stream << zntl::Integer(elementTypeId())
-                   << zntl::Integer(static_cast<int>(this->size()));
-            for (T const& element : *this)
-                stream << element;
+            appendTo(stream);
             return true;
         } catch (...) {
             return false;
@@ -132,15 +150,27 @@ public:
     }
 
 private:
+    // Contract: the message names `fromBin` even when `toBin` fails.
+    static constexpr char const* failure = "znsl::Serializable::fromBin() - Failed!";
+
     static int elementTypeId() { return static_cast<int>(T().getTypeId()); }
 
-    /// Whether the stream that the bytes begin with, by its own length prefix, ends within them.
-    static bool holdsWholeStream(unsigned char const* data, unsigned int length) {
-        std::uint32_t content;
-        if (length < sizeof content)
-            return false;
-        std::memcpy(&content, data, sizeof content);
-        return content <= length - sizeof content;
+    void appendTo(MemIOStream& stream) const {
+        stream << zntl::Integer(elementTypeId()) << zntl::Integer(static_cast<int>(this->size()));
+        for (T const& element : *this)
+            stream << element;
+    }
+
+    /// The length of the binary form by the elements' own lengths. Allocates nothing itself.
+    unsigned int measure() const {
+        constexpr std::uint64_t header = MemIOStream::recordHeaderSize;
+        std::uint64_t length = MemIOStream().getBinLength();
+        length += 2 * (header + zntl::Integer(0).getBinLength());
+        for (T const& element : *this)
+            length += header + element.getBinLength();
+        if (length > std::numeric_limits<std::uint32_t>::max())
+            throw std::length_error("znsl::Set: binary form beyond 32 bits");
+        return static_cast<unsigned int>(length);
     }
 
     bool readElements(MemIOStream& record) {
@@ -149,6 +179,8 @@ private:
         if (field.getValue() != elementTypeId())
             return false;
         record >> field;
+        if (field.getValue() <= 0)
+            return true;
         T element;
         for (int remaining = field.getValue(); remaining > 0; --remaining) {
             record >> element;
@@ -170,10 +202,6 @@ private:
         xml += name;
         xml += '>';
         return xml;
-    }
-
-    [[noreturn]] static void fail() {
-        throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
     }
 };
 

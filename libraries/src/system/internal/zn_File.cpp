@@ -5,13 +5,14 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace znst {
 
 namespace {
 
-/// Makes a system call again for as long as a signal interrupts it.
+/// Repeats a system call while a signal interrupts it.
 template <class Call>
 auto uninterrupted(Call call) noexcept {
     auto result = call();
@@ -36,18 +37,18 @@ File File::create(char const* path) noexcept {
 
 File::~File() { close(); }
 
-bool File::isReadable() noexcept { return readSome(nullptr, 0) == 0; }
-
-std::optional<std::uint64_t> File::size(std::uint64_t position) noexcept {
-    off_t const end = ::lseek(descriptor_, 0, SEEK_END);
-    if (end < 0)
+std::optional<std::uint64_t> File::size() noexcept {
+    struct stat status;
+    if (::fstat(descriptor_, &status) != 0)
         return std::nullopt;
-    auto const back = static_cast<off_t>(position);
-    if (::lseek(descriptor_, back, SEEK_SET) != back) {
-        close(); // reading on from a wrong place would pass for the end of the file
+    if (S_ISCHR(status.st_mode))
+        return 0;
+    if (!S_ISREG(status.st_mode))
         return std::nullopt;
-    }
-    return static_cast<std::uint64_t>(end);
+    char byte;
+    if (status.st_size == 0 && ::pread(descriptor_, &byte, 1, 0) > 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_size);
 }
 
 std::ptrdiff_t File::readSome(void* bytes, std::size_t count) noexcept {
@@ -81,7 +82,7 @@ bool File::write(void const* bytes, std::size_t count) noexcept {
 bool File::close() noexcept {
     if (descriptor_ < 0)
         return true;
-    // Never taken up again: after an interruption the descriptor is gone all the same.
+    // Never retried: after an interruption the descriptor is closed all the same.
     bool const closed = ::close(descriptor_) == 0 || errno == EINTR;
     descriptor_ = -1;
     return closed;

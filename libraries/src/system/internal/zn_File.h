@@ -6,14 +6,14 @@
 
 namespace znst {
 
-/// One open file. Closed when it goes out of scope. Nothing here throws; interrupted calls are
-/// taken up again, and there is no buffer: what was written is with the system.
+/// One open file, closed when it goes out of scope. Nothing here throws. Interrupted calls are
+/// retried. There is no buffer: the system has whatever was written.
 class File {
 public:
     /// Opens a file for reading; a null path counts as a file that cannot be opened. A directory
-    /// can be opened, but neither be read nor measured.
+    /// can be opened, but has no size and cannot be read.
     static File open(char const* path) noexcept;
-    /// Creates a file for writing, or cuts an existing one to zero length.
+    /// Creates a file for writing, or truncates an existing one to zero length.
     static File create(char const* path) noexcept;
 
     File(File const&) = delete;
@@ -23,13 +23,9 @@ public:
     /// Whether the file could be opened.
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
-    /// Whether the file can be read at all, which a directory cannot.
-    bool isReadable() noexcept;
-
-    /// The size in bytes, measured by seeking to the end and then to `position`, where reading goes
-    /// on; nothing for what cannot be sought in, such as a pipe. Where the way back fails the file
-    /// is closed, and everything that follows fails. Directories pretend to have a size.
-    std::optional<std::uint64_t> size(std::uint64_t position = 0) noexcept;
+    /// The size in bytes; 0 for a device like /dev/null; nothing for a directory, a pipe, or a file
+    /// like those in /proc, whose size is only known after reading it.
+    std::optional<std::uint64_t> size() noexcept;
 
     /// Reads up to `count` bytes: their number, 0 at the end of the file, negative on an error.
     std::ptrdiff_t readSome(void* bytes, std::size_t count) noexcept;
