@@ -178,6 +178,7 @@ public:
 
     // The storable value
 
+    /// What `getTypeId` returns.
     static constexpr unsigned int typeId = 501;
     /// 501.
     unsigned int getTypeId() const override;
