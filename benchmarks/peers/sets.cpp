@@ -2,9 +2,8 @@
 
 #include "objects.pb.h"
 #include "support/data.h"
-#include "support/memory_buffer.h"
+#include "support/objects.h"
 #include "support/row.h"
-#include "support/size.h"
 
 #include "streams/znsl_Set.h"
 #include "video/znvl_Resolution.h"
@@ -18,37 +17,25 @@
 #include <cereal/types/set.hpp>
 #include <msgpack.hpp>
 
-#include <algorithm>
 #include <istream>
 #include <memory>
 #include <ostream>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
 
 namespace {
 
-std::vector<std::pair<int, int>> randomSizes(int count) {
+template <class Set>
+auto inserting(int count) {
     generator().seed(2);
     std::vector<std::pair<int, int>> sizes;
     for (int i = 0; i < count; ++i)
         sizes.emplace_back(randomInt(1, 1'000'000), randomInt(1, 2160));
-    return sizes;
-}
-
-template <class Set>
-Set makeSet(int count) {
-    Set set;
-    for (auto const& [width, height] : randomSizes(count))
-        set.emplace(width, height);
-    return set;
-}
-
-template <class Set>
-auto inserting(int count) {
-    return [sizes = randomSizes(count)] {
+    return [sizes] {
         Set set;
         for (auto const& [width, height] : sizes)
             set.emplace(width, height);
@@ -56,114 +43,100 @@ auto inserting(int count) {
     };
 }
 
-/// What any ordering costs at least: the same values sorted in an array.
-auto sorting(int count) {
-    return [sizes = randomSizes(count)] {
-        auto sorted = sizes;
-        std::sort(sorted.begin(), sorted.end());
-        sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-        return sorted.size();
-    };
+template <class Set>
+Set makeSet(int count) {
+    generator().seed(2);
+    Set set;
+    for (int i = 0; i < count; ++i)
+        set.emplace(randomInt(1, 1'000'000), randomInt(1, 2160));
+    return set;
 }
 
-std::size_t sumOf(znsl::Set<znvl::Resolution> const& set) {
+template <class Set>
+std::size_t sumOf(Set const& set) {
     std::size_t sum = 0;
-    for (znvl::Resolution const& size : set)
-        sum = sum * 3 + static_cast<unsigned int>(size.width.getValue());
-    return sum;
-}
-
-std::size_t sumOf(std::set<Size> const& set) {
-    std::size_t sum = 0;
-    for (Size const& size : set)
-        sum = sum * 3 + static_cast<unsigned int>(size.width);
+    for (auto const& size : set)
+        sum = sum * 3 + static_cast<unsigned int>(int{size.width});
     return sum;
 }
 
 // To bytes in a buffer that is kept, and back into a set that is kept.
 
+using ZnSet = znsl::Set<znvl::Resolution>;
+using PeerSet = std::set<Size>;
+
 auto zn(int count) {
-    using Set = znsl::Set<znvl::Resolution>;
-    return
-        [set = makeSet<Set>(count), read = Set(), bytes = std::vector<unsigned char>()]() mutable {
-            bytes.resize(set.getBinLength());
-            set.toBin(bytes.data());
-            read.fromBin(bytes.data(), static_cast<unsigned int>(bytes.size()));
-            return sumOf(read);
-        };
+    return [set = makeSet<ZnSet>(count), read = ZnSet(),
+            bytes = std::vector<unsigned char>()]() mutable {
+        bytes.resize(set.getBinLength());
+        set.toBin(bytes.data());
+        read.fromBin(bytes.data(), static_cast<unsigned int>(bytes.size()));
+        std::size_t sum = 0;
+        for (auto const& size : read)
+            sum = sum * 3 + static_cast<unsigned int>(size.width.getValue());
+        return sum;
+    };
 }
 
-auto cereal(int count) {
-    using Set = std::set<Size>;
-    return [set = makeSet<Set>(count), read = Set(),
-            buffer = std::make_shared<MemoryBuffer>()]() mutable {
+/// `pass` carries a set through the buffer into another one.
+template <class Buffer, class Pass>
+auto passing(int count, Pass pass) {
+    return [=, set = makeSet<PeerSet>(count), read = PeerSet(),
+            buffer = std::make_shared<Buffer>()]() mutable {
         buffer->clear();
-        std::ostream out(buffer.get());
-        ::cereal::BinaryOutputArchive{out}(set);
-        buffer->turnAround();
-        std::istream in(buffer.get());
-        ::cereal::BinaryInputArchive{in}(read);
+        pass(set, *buffer, read);
         return sumOf(read);
     };
 }
 
-auto boost(int count) {
-    using Set = std::set<Size>;
-    return [set = makeSet<Set>(count), read = Set(),
-            buffer = std::make_shared<MemoryBuffer>()]() mutable {
-        constexpr unsigned int flags = ::boost::archive::no_header | ::boost::archive::no_codecvt;
-        buffer->clear();
-        ::boost::archive::binary_oarchive(*buffer, flags) << set;
-        buffer->turnAround();
-        ::boost::archive::binary_iarchive(*buffer, flags) >> read;
-        return sumOf(read);
-    };
+void cereal(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    std::ostream out(&buffer);
+    ::cereal::BinaryOutputArchive{out}(set);
+    buffer.turnAround();
+    std::istream in(&buffer);
+    ::cereal::BinaryInputArchive{in}(read);
 }
 
-auto msgpack(int count) {
-    using Set = std::set<Size>;
-    return [set = makeSet<Set>(count), read = Set(),
-            buffer = std::make_shared<::msgpack::sbuffer>()]() mutable {
-        buffer->clear();
-        ::msgpack::pack(*buffer, set);
-        ::msgpack::unpack(buffer->data(), buffer->size()).get().convert(read);
-        return sumOf(read);
-    };
+void boost(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    constexpr unsigned int flags = ::boost::archive::no_header | ::boost::archive::no_codecvt;
+    ::boost::archive::binary_oarchive(buffer, flags) << set;
+    buffer.turnAround();
+    ::boost::archive::binary_iarchive(buffer, flags) >> read;
 }
 
-auto protobuf(int count) {
-    using Set = std::set<Size>;
-    return [set = makeSet<Set>(count), read = Set(), bytes = std::string(),
-            message = std::make_shared<proto::Sizes>()]() mutable {
-        message->Clear();
-        for (Size const& size : set) {
-            proto::Size* const added = message->add_sizes();
-            added->set_width(size.width);
-            added->set_height(size.height);
-        }
-        message->SerializeToString(&bytes);
-        message->ParseFromString(bytes);
-        read.clear();
-        for (proto::Size const& size : message->sizes())
-            read.emplace_hint(read.end(), size.width(), size.height());
-        return sumOf(read);
-    };
+void msgpack(PeerSet const& set, ::msgpack::sbuffer& buffer, PeerSet& read) {
+    ::msgpack::pack(buffer, set);
+    ::msgpack::unpack(buffer.data(), buffer.size()).get().convert(read);
+}
+
+void protobuf(PeerSet const& set, std::string& buffer, PeerSet& read) {
+    static proto::Sizes message;
+    message.Clear();
+    for (Size const& size : set) {
+        proto::Size* const added = message.add_sizes();
+        added->set_width(size.width);
+        added->set_height(size.height);
+    }
+    message.SerializeToString(&buffer);
+    message.ParseFromString(buffer);
+    read.clear();
+    for (proto::Size const& size : message.sizes())
+        read.emplace_hint(read.end(), size.width(), size.height());
 }
 
 void addRows(int count) {
     std::string const elements = std::to_string(count) + " resolutions";
     Row("set: insert " + elements)
-        .library(inserting<znsl::Set<znvl::Resolution>>(count))
-        .peer("std::set", inserting<std::set<Size>>(count))
+        .library(inserting<ZnSet>(count))
+        .peer("std::set", inserting<PeerSet>(count))
         .peer("boost::set", inserting<::boost::container::set<Size>>(count))
-        .peer("absl::btree_set", inserting<absl::btree_set<Size>>(count))
-        .limit("std::sort", sorting(count));
+        .peer("absl::btree_set", inserting<absl::btree_set<Size>>(count));
     Row("set: to bytes and back, " + elements)
         .library(zn(count))
-        .peer("cereal", cereal(count))
-        .peer("boost", boost(count))
-        .peer("msgpack", msgpack(count))
-        .peer("protobuf", protobuf(count));
+        .peer("cereal", passing<MemoryBuffer>(count, cereal))
+        .peer("boost", passing<MemoryBuffer>(count, boost))
+        .peer("msgpack", passing<::msgpack::sbuffer>(count, msgpack))
+        .peer("protobuf", passing<std::string>(count, protobuf));
 }
 
 [[maybe_unused]] bool const added = [] {

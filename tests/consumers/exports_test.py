@@ -48,6 +48,14 @@ class Exports(InstalledTest):
         self.assertEqual(public - self.shared, set())
         self.assertGreater(len(public), 200)
 
+    def test_are_declared_in_public_headers(self):
+        headers = ' '.join(path.read_text() for path in SOURCES.glob('libraries/src/**/*.h')
+                           if path.parent.name != 'internal')
+        functions = {found[1] for name in self.shared
+                     if (found := re.search(r'(\w+)(\[abi:\w+\])?\(', name))}
+        self.assertEqual(functions - set(re.findall(r'\w+', headers)), set())
+        self.assertGreater(len(functions), 100)
+
     def test_are_not_internal(self):
         self.assertTrue([name for name in self.static if re.search(INTERNAL, name)])
         self.assertEqual([name for name in self.shared if re.search(INTERNAL, name)], [])

@@ -219,7 +219,6 @@ TEST(WaitForObjectsInRealTime, ReturnsAfterAboutTheTimeout) {
     EXPECT_EQ(Wait({&a, &b}, 10, index), 0U);
     auto const elapsed = std::chrono::steady_clock::now() - start;
     EXPECT_GE(elapsed, std::chrono::milliseconds(9)) << "whole milliseconds are counted";
-    EXPECT_LT(elapsed, std::chrono::seconds(10));
     EXPECT_EQ(index, untouched);
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log.size() % 2, 0U) << "whole passes";

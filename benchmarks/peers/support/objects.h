@@ -1,30 +1,45 @@
 #pragma once
 
+#include <boost/serialization/level.hpp>
+#include <boost/serialization/tracking.hpp>
+#include <msgpack.hpp>
+
 #include <cstddef>
 #include <streambuf>
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace bench {
 
+/// What a user of another library would write for a resolution: it holds what a resolution holds,
+/// and like one it is ordered by its size and stores its size only.
+struct Size {
+    int width = 0;
+    int height = 0;
+    std::string name;
+
+    Size() = default;
+    Size(int w, int h) : width(w), height(h) {}
+
+    bool operator<(Size const& other) const {
+        return width != other.width ? width < other.width : height < other.height;
+    }
+
+    MSGPACK_DEFINE(width, height)
+};
+
+template <class Archive>
+void serialize(Archive& archive, Size& size) {
+    archive(size.width, size.height);
+}
+
 /// A stream buffer over memory that can be emptied and filled again, which std::stringbuf cannot
 /// without a new allocation: what a user of a stream-based archive who cares writes.
 class MemoryBuffer : public std::streambuf {
 public:
-    MemoryBuffer() = default;
-    /// Reads the bytes in place.
-    explicit MemoryBuffer(std::string_view bytes) {
-        char* const begin = const_cast<char*>(bytes.data());
-        setg(begin, begin, begin + bytes.size());
-    }
-
-    std::string_view written() const {
-        return {pbase(), static_cast<std::size_t>(pptr() - pbase())};
-    }
-
     /// What was written becomes what is read.
     void turnAround() { setg(pbase(), pbase(), pptr()); }
-
     void clear() { setp(storage_.data(), storage_.data() + storage_.size()); }
 
 protected:
@@ -43,7 +58,7 @@ protected:
 
 private:
     void grow(std::size_t needed) {
-        std::size_t const used = written().size();
+        auto const used = pptr() - pbase();
         storage_.resize(2 * storage_.size() + needed);
         clear();
         pbump(static_cast<int>(used));
@@ -53,3 +68,15 @@ private:
 };
 
 } // namespace bench
+
+namespace boost::serialization {
+
+template <class Archive>
+void serialize(Archive& archive, bench::Size& size, unsigned int /*version*/) {
+    archive& size.width& size.height;
+}
+
+} // namespace boost::serialization
+
+BOOST_CLASS_IMPLEMENTATION(bench::Size, boost::serialization::object_serializable)
+BOOST_CLASS_TRACKING(bench::Size, boost::serialization::track_never)
