@@ -58,6 +58,10 @@ if(TARGET resolution)
             COMPONENT program)
     endforeach()
 
+    install(FILES "${PROJECT_SOURCE_DIR}/packaging/www/index.html"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/zn-resolution/examples"
+        COMPONENT program)
+
     install(FILES
             "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
             "${PROJECT_SOURCE_DIR}/docs/deployment.md"

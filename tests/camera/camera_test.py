@@ -1,4 +1,5 @@
-"""The virtual camera, as its user sees it: the command, its address, and what is served there."""
+"""The virtual camera, as its user sees it: the command, its addresses, and what is served there, to
+programs and in a browser."""
 
 import contextlib
 import http.client
@@ -7,9 +8,14 @@ import re
 import signal
 import socket
 import subprocess
+import tempfile
 import unittest
+from pathlib import Path
+
+from browser import browser
 
 CAMERA = os.environ['ZN_COMMAND']
+TARGET = os.environ['ZN_TARGET']
 START_LIMIT = 240  # seconds, on a busy machine that has to download and build first
 BOOT_LIMIT = 30  # seconds, as the camera itself counts them
 
@@ -36,11 +42,12 @@ def run(*arguments):
 def camera(*arguments, **variables):
     """A camera that serves; its port."""
     port = free_port()
-    with start(*arguments, '--port', str(port), **variables) as process:
+    page = f'http://127.0.0.1:{port}/\n'
+    with start(*arguments, '--target', TARGET, '--port', str(port), **variables) as process:
         try:
-            address = process.stdout.readline()
-            if address != f'http://127.0.0.1:{port}/cgi-bin/resolution\n':
-                raise AssertionError(f'no address but {address!r}: {process.communicate()[1]}')
+            addresses = process.stdout.readline(), process.stdout.readline()
+            if addresses != (page, page[:-1] + 'cgi-bin/resolution\n'):
+                raise AssertionError(f'no addresses but {addresses}: {process.communicate()[1]}')
             yield port
         finally:
             process.send_signal(signal.SIGTERM)
@@ -68,28 +75,56 @@ def listing(*sizes):
 
 class Camera(unittest.TestCase):
 
-    def test_lists_the_sizes_of_a_profile_until_it_is_stopped(self):
+    @classmethod
+    def setUpClass(cls):
+        cls.page = cls.enterClassContext(browser())
+
+    def open(self, port):
+        self.page.open(f'http://127.0.0.1:{port}/')
+
+    def assert_offers(self, port, *sizes):
+        """The list, and the choice that the page makes of it."""
+        self.assertEqual(fetch(port), listing(*sizes))
+        self.open(port)
+        self.assertEqual(self.page.sizes, [size.replace('x', ' × ') for size in sizes])
+        self.assertEqual(self.page.chosen, (sizes[0], self.page.sizes[0]))
+        self.assertEqual(self.page.default, self.page.sizes[:1])
+
+    def test_offers_the_sizes_of_a_profile_until_it_is_stopped(self):
         with camera('indoor') as port:
-            for _ in range(3):
-                self.assertEqual(fetch(port), listing('160x90', '160x120', '176x144', '240x180',
-                                                      '320x180'))
+            for _ in range(2):
+                self.assert_offers(port, '160x90', '160x120', '176x144', '240x180', '320x180')
             self.assertEqual(fetch(port, 'HEAD')[:2], (200, 'text/plain'))
         with self.assertRaises(ConnectionRefusedError):
             fetch(port)
 
-    def test_lists_the_sizes_of_another_profile(self):
+        self.page.ask_again()
+        self.assertEqual(self.page.note, 'The camera cannot be reached')
+
+    def test_offers_the_sizes_of_another_profile(self):
         with camera('unordered') as port:
-            self.assertEqual(fetch(port), listing('0x0', '7x199', '96x96', '160x120', '160x200',
-                                                  '176x144', '176x150', '319x1', '320x200'))
+            self.assert_offers(port, '0x0', '7x199', '96x96', '160x120', '160x200', '176x144',
+                               '176x150', '319x1', '320x200')
 
     def test_without_a_profile_has_the_built_in_sizes(self):
         with camera() as port:
-            self.assertEqual(fetch(port), listing('160x120', '176x144', '320x180'))
+            self.assert_offers(port, '160x120', '176x144', '320x180')
+
+    def test_without_small_sizes_offers_nothing(self):
+        with tempfile.TemporaryDirectory() as folder:
+            profile = Path(folder, 'large.txt')
+            profile.write_text('640x480\n321x200\n')
+            with camera(str(profile)) as port:
+                self.assertEqual(fetch(port), (200, 'text/plain', '[]'))
+                self.open(port)
+        self.assertEqual((self.page.note, self.page.sizes), ('The camera offers no small size', []))
 
     def test_whose_sdk_does_not_start_closes_the_connection_without_an_answer(self):
         with camera(CSDK_SIMULATOR_INIT_RESULT='1') as port:
             with self.assertRaises(http.client.RemoteDisconnected):
                 fetch(port)
+            self.open(port)
+        self.assertEqual((self.page.note, self.page.sizes), ("The camera's SDK did not start", []))
 
 
 class Calls(unittest.TestCase):
@@ -110,6 +145,18 @@ class Calls(unittest.TestCase):
                                  (2, f'camera: no such port: {port}; '
                                      'a port is a number from 1 to 65535'))
 
+    def test_target_that_is_none(self):
+        status, messages = run('--target', 'arm64')
+        self.assertEqual((status, messages.splitlines()[0]),
+                         (2, 'camera: no such target: arm64; a camera is armhf or armel'))
+
+    def test_option_without_its_value(self):
+        for option in ('--port', '--target'):
+            with self.subTest(option):
+                status, messages = run(option)
+                self.assertEqual((status, messages.splitlines()[0]),
+                                 (2, f'camera: {option} needs a value'))
+
     def test_profile_that_is_none(self):
         status, messages = run('no-such-camera')
         self.assertEqual(status, 1)
@@ -125,7 +172,7 @@ class Calls(unittest.TestCase):
         with start('--help') as process:
             text = process.communicate(timeout=START_LIMIT)[0]
         self.assertEqual(process.returncode, 0)
-        self.assertIn('./camera [PROFILE] [--port N]', text)
+        self.assertIn('./camera [PROFILE] [--port N] [--target armhf|armel]', text)
 
 
 if __name__ == '__main__':

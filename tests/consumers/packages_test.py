@@ -23,6 +23,7 @@ PROGRAM_FILES = {
     'lib/cgi-bin/resolution',
     'share/man/man1/resolution.1.gz',
     'share/doc/zn-resolution/CHANGELOG.md',
+    'share/doc/zn-resolution/examples/index.html',
     'share/doc/zn-resolution/deployment.md',
     'share/doc/zn-resolution/sdk-requirements.md',
     *(f'share/doc/zn-resolution/servers/{path.name}'
