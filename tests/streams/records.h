@@ -3,6 +3,8 @@
 #include "streams/znsl_MemIOStream.h"
 #include "support/bytes.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstring>
 #include <ostream>
@@ -36,6 +38,8 @@ inline Bytes recordOfSize(unsigned int type, std::size_t size) {
 }
 
 inline Bytes endOfFileRecord() { return fromHex("01 00 00 00 00 00 00 00"); }
+
+inline unsigned int sizeOf(Bytes const& bytes) { return static_cast<unsigned int>(bytes.size()); }
 
 /// The unread bytes.
 inline Bytes content(znsl::MemIOStream const& stream) {
@@ -97,10 +101,28 @@ inline void fill(znsl::MemIOStream& stream, unsigned int consumed, unsigned int 
         append(stream, recordOfSize(505, unread));
 }
 
+inline void expectWithoutBuffer(znsl::MemIOStream& stream) {
+    EXPECT_EQ(stream.capacity(), 0U);
+    EXPECT_EQ(stream.size(), 0U);
+    EXPECT_TRUE(stream.isEmpty());
+    EXPECT_TRUE(stream.validate());
+    EXPECT_EQ(stream.count(), 0U);
+    EXPECT_EQ(writePosition(stream), nullptr);
+    unsigned char const byte = 0;
+    unsigned char const* data = &byte;
+    unsigned int length = 99;
+    stream.getBuffer(data, length);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(length, 0U);
+}
+
 /// The message of a fault that a memory stream reports from this line.
 inline std::string fault(int line, std::string const& text) {
     return "../../../../../libraries/src/streams/znsl_MemIOStream (" + std::to_string(line) +
            "): znsl::MemIOStream::" + text;
 }
+
+/// Reported for content that is not whole records.
+inline std::string const invalidMemory = fault(643, "setBuffer() - resulting memory is not valid.");
 
 } // namespace test

@@ -51,7 +51,9 @@ public:
     static constexpr int unwritable = 13; // toBin throws
     static constexpr int unreadable = 14; // fromBin throws
 
-    Item() = default;
+    inline static int defaultConstructed = 0;
+
+    Item() { ++defaultConstructed; }
     explicit Item(int number) : key(number) {}
 
     int key = 0;
@@ -344,6 +346,22 @@ TEST(SetFromBin, OrdersElementsAndDropsDuplicates) {
     EXPECT_EQ(load(items, data), data.size());
     EXPECT_EQ(keys(items), (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(items.rbegin()->readings, 1) << "the first of the equal ones stayed";
+}
+
+TEST(SetFromBin, MakesItsScratchElementOnlyForACountAboveZero) {
+    for (int const count : {-1, 0, 1, 2}) {
+        MemIOStream record;
+        record << zntl::Integer(Item::typeId) << zntl::Integer(count);
+        for (int i = 0; i < count; ++i)
+            record << Item(i);
+        Bytes form(record.getBinLength());
+        record.toBin(form.data());
+        Items items;
+        int const before = Item::defaultConstructed;
+        items.fromBin(form.data(), static_cast<unsigned int>(form.size()));
+        // The element that is asked for its type id comes first.
+        EXPECT_EQ(Item::defaultConstructed - before, count > 0 ? 2 : 1) << count;
+    }
 }
 
 TEST(SetFromBin, ReadsEveryElementIntoTheSameScratchElement) {

@@ -144,6 +144,13 @@ long failEachAllocation(Scenario scenario) {
     return tooMany;
 }
 
+/// Whether the operation asks for memory. Its first allocation fails.
+template <class Operation>
+bool asksForMemory(Operation operation) {
+    FailingRun noMemory(1);
+    return noMemory.runsOutOfMemory(operation);
+}
+
 /// The same for an operation that keeps nothing and must pass every failure on as std::bad_alloc.
 template <class Operation>
 long failEachAllocationOf(Operation operation) {

@@ -178,7 +178,7 @@ public:
 
     // The storable value
 
-    /// What `getTypeId` returns.
+    /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 501;
     /// 501.
     unsigned int getTypeId() const override;

@@ -30,7 +30,7 @@ namespace znsl {
 /// unchanged unless documented otherwise. A stream may be used by one thread at a time.
 class MemIOStream : public Serializable, public IOStream {
 public:
-    /// What `getTypeId` returns.
+    /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 6;
     /// The bytes before every payload: type id, reserved field, payload length.
     static constexpr unsigned int recordHeaderSize =
