@@ -4,15 +4,12 @@
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"
 #include "streams/znsl_MemIOStream.h"
-#include "streams/znsl_Members.h"
 #include "streams/znsl_Set.h"
+#include "streams/znsl_Struct.h"
 #include "system/znst_Wait.h"
 #include "video/znvl_Resolution.h"
 
 #include <iostream>
-#include <list>
-#include <map>
-#include <string>
 #include <vector>
 
 namespace {
@@ -48,44 +45,38 @@ void useResolutions() {
 // [resolution]
 
 // [class]
-/// A place where a camera hangs: a value that can be stored.
-class Place : public znsl::Serializable {
+/// Where a camera hangs: a value that can be stored.
+class Place : public znsl::Struct<Place> {
 public:
-    zntl::Integer floor;
+    zntl::Integer floor = 0;
     zntl::String name;
 
-    Place() : floor(0) {}
-    Place(int number, char const* text) : floor(number), name(text) {}
+    static constexpr auto schema =
+        znsl::schema(2001, "Place",                        // type id and type name
+                     znsl::member(&Place::floor, "floor"), // one line for each member
+                     znsl::member(&Place::name, "name"));
 
+    // As in any class: an order for sets, and a way to make one in a line.
     bool operator<(Place const& other) const { return name < other.name; }
-
-    unsigned int getTypeId() const override { return 20001; }
-    std::string getTypeName() const override { return "Place"; }
-
-    std::string toXML() const override { return toXML(getTypeName().c_str()); }
-    std::string toXML(char const* element) const override {
-        return znsl::Members(*this).toXML(element, {"tutorial", 0, "Place"});
-    }
-    bool fromXML(char const* xml) override {
-        return znsl::Members(*this).fromXML(xml, {"tutorial", 0, "Place"});
-    }
-    unsigned int getBinLength() const override { return znsl::Members(*this).getBinLength(); }
-    unsigned int toBin(unsigned char* out) const override {
-        return znsl::Members(*this).toBin(out);
-    }
-    unsigned int fromBin(unsigned char const* data, unsigned int length) override {
-        return znsl::Members(*this).fromBin(data, length);
-    }
-
-    /// The members of the binary form in their order, and those of the XML form by their names.
-    void fillSerializable(std::list<znsl::Serializable*>& list,
-                          std::map<std::string, znsl::Serializable*>& table) const {
-        auto& self = const_cast<Place&>(*this);
-        list = {&self.floor, &self.name};
-        table = {{"floor", &self.floor}, {"name", &self.name}};
-    }
+    Place() = default;
+    Place(int number, char const* text) : floor(number), name(text) {}
 };
 // [class]
+
+// [places]
+void usePlaces(char const* path) {
+    znsl::Set<Place> const places = {{2, "Gate 3"}, {0, "Car park"}};
+    std::cout << places.toXML() << '\n';
+    if (!places.toFile(path))
+        std::cout << "cannot write " << path << '\n';
+
+    znsl::Set<Place> stored;
+    if (!stored.fromFile(path))
+        std::cout << "cannot read " << path << '\n';
+    for (Place const& place : stored)
+        std::cout << place.floor.getValue() << ' ' << place.name << '\n';
+}
+// [places]
 
 // [stream]
 void useStreams(char const* path) {
@@ -157,6 +148,7 @@ int main(int argc, char** argv) {
     }
     useText();
     useResolutions();
+    usePlaces(argv[1]);
     useStreams(argv[1]);
     meetFaults();
     waitForObjects();

@@ -7,6 +7,8 @@
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"
 #include "misc/zntl_String.h"
+#include "streams/znsl_Members.h"
+#include "streams/znsl_Struct.h"
 #include "video/znvl_Resolution.h"
 
 #include <absl/strings/str_cat.h>
@@ -19,6 +21,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -196,11 +199,61 @@ void addParseRow(std::string const& name, std::string const& text) {
         .peer("sscanf", [=] { return scanfParse(text); });
 }
 
+// Classes that consist of members
+
+class Place : public znsl::Struct<Place> {
+public:
+    zntl::Integer floor = 3;
+    zntl::Integer height = 280;
+    zntl::String name = "Gate 3";
+
+    static constexpr auto schema =
+        znsl::schema(2001, "Place", znsl::member(&Place::floor, "floor"),
+                     znsl::member(&Place::height, "height"), znsl::member(&Place::name, "name"));
+};
+
+/// The same members, listed at each call.
+class ListedPlace : public Place {
+public:
+    using Place::toXML;
+    std::string toXML(char const* element) const override {
+        return znsl::Members(*this).toXML(element, {"", 0, ""});
+    }
+    unsigned int getBinLength() const override { return znsl::Members(*this).getBinLength(); }
+    unsigned int toBin(unsigned char* out) const override {
+        return znsl::Members(*this).toBin(out);
+    }
+    unsigned int fromBin(unsigned char const* data, unsigned int length) override {
+        return znsl::Members(*this).fromBin(data, length);
+    }
+    void fillSerializable(std::list<znsl::Serializable*>& list,
+                          std::map<std::string, znsl::Serializable*>& table) const {
+        auto& self = const_cast<ListedPlace&>(*this);
+        list = {&self.floor, &self.height, &self.name};
+        table = {{"floor", &self.floor}, {"height", &self.height}, {"name", &self.name}};
+    }
+};
+
+unsigned int throughBytes(znsl::Serializable& object) {
+    unsigned char bytes[64];
+    return object.fromBin(bytes, object.toBin(bytes)) + object.getBinLength();
+}
+
+void addMemberRows() {
+    Row("three members: to bytes and back")
+        .library([place = Place()]() mutable { return throughBytes(place); })
+        .peer("znsl::Members", [place = ListedPlace()]() mutable { return throughBytes(place); });
+    Row("three members: XML form")
+        .library([place = Place()] { return place.toXML(); })
+        .peer("znsl::Members", [place = ListedPlace()] { return place.toXML(); });
+}
+
 [[maybe_unused]] bool const added = [] {
     generator().seed(13);
     addStringRows("12 characters", randomWord(12));
     addStringRows("100 characters", randomText(100));
     addXmlRows();
+    addMemberRows();
     Row("resolution: scale")
         .library([size = znvl::Resolution(1920, 1080), bounds = znvl::Resolution(640, 640)] {
             return size.scale(bounds).height.getValue();

@@ -7,6 +7,7 @@
 #include "misc/zntl_String.h"
 #include "streams/znsl_Members.h"
 #include "streams/znsl_Set.h"
+#include "streams/znsl_Struct.h"
 #include "support/exception_text.h"
 #include "support/failing_allocation.h"
 #include "support/print_string.h"
@@ -286,12 +287,34 @@ public:
     }
 };
 
-std::string describe(Size const& size) {
+template <class Object>
+std::string describe(Object const& size) {
     return std::to_string(size.width.getValue()) + "x" + std::to_string(size.height.getValue()) +
            " " + size.label;
 }
 
-TEST(MembersFromXml, HandsTheChildrenToTheMembersOfTheirNames) {
+/// The same with a description in place of a listing.
+class DescribedSize : public znsl::Struct<DescribedSize> {
+public:
+    Integer width = 0;
+    Integer height = 0;
+    String label;
+
+    DescribedSize() = default;
+    DescribedSize(int w, int h, char const* text) : width(w), height(h), label(text) {}
+
+    static constexpr auto schema = znsl::schema(
+        302, "Size", znsl::member(&DescribedSize::width, "w"),
+        znsl::member(&DescribedSize::height, "h"), znsl::member(&DescribedSize::label, "label"));
+};
+
+template <class Object>
+class MembersFromXml : public testing::Test {};
+
+using ListedAndDescribed = testing::Types<Size, DescribedSize>;
+TYPED_TEST_SUITE(MembersFromXml, ListedAndDescribed);
+
+TYPED_TEST(MembersFromXml, HandsTheChildrenToTheMembersOfTheirNames) {
     struct {
         char const* xml;
         char const* size;
@@ -306,35 +329,35 @@ TEST(MembersFromXml, HandsTheChildrenToTheMembersOfTheirNames) {
         {"<Size><unknown/></Size>", "1x2 before"},
     };
     for (auto const& row : rows) {
-        Size size(1, 2, "before");
+        TypeParam size(1, 2, "before");
         EXPECT_TRUE(size.fromXML(row.xml)) << row.xml;
         EXPECT_EQ(describe(size), row.size) << row.xml;
     }
 }
 
-TEST(MembersFromXml, PassesOverNamesWithoutAMember) {
+TEST(ListedMembersFromXml, PassesOverNamesWithoutAMember) {
     Size size(1, 2, "before");
     size.withoutLabel = true;
     EXPECT_TRUE(size.fromXML("<Size><label>VGA</label><w>640</w></Size>"));
     EXPECT_EQ(describe(size), "640x2 before");
 }
 
-TEST(MembersFromXml, WithoutChildrenIsFalseAndLeavesTheMembers) {
+TYPED_TEST(MembersFromXml, WithoutChildrenIsFalseAndLeavesTheMembers) {
     for (char const* const xml : {"<Size/>", "<Size></Size>", "<Size>text</Size>"}) {
-        Size size(1, 2, "before");
+        TypeParam size(1, 2, "before");
         EXPECT_FALSE(size.fromXML(xml)) << xml;
         EXPECT_EQ(describe(size), "1x2 before");
     }
     for (char const* const document : noElements) {
-        Size size(1, 2, "before");
+        TypeParam size(1, 2, "before");
         EXPECT_FALSE(size.fromXML(document));
         EXPECT_EQ(describe(size), "1x2 before");
     }
 }
 
-TEST(MembersFromXml, ReadsWhatToXmlWrote) {
-    Size const written(640, -480, "a<b & c");
-    Size read;
+TYPED_TEST(MembersFromXml, ReadsWhatToXmlWrote) {
+    TypeParam const written(640, -480, "a<b & c");
+    TypeParam read;
     EXPECT_TRUE(read.fromXML(written.toXML().c_str()));
     EXPECT_EQ(describe(read), describe(written));
 }

@@ -1,37 +1,36 @@
 #include "streams/znsl_Members.h"
 
-#include "misc/internal/zntl_binLength.h"
 #include "misc/zntl_Exception.h"
-#include "streams/internal/znsl_readWithin.h"
-#include "xml/znxml_DomIterator.h"
+#include "streams/internal/znsl_members.h"
+#include "streams/znsl_Struct.h"
 
-#include <cstdint>
+#include <vector>
 
 namespace znsl {
 
-unsigned int Members::getBinLength() const {
-    std::uint64_t length = 0;
-    for (Serializable const* const member : list_)
-        length += member->getBinLength();
-    return zntl::binLength(length);
+namespace {
+
+/// The members of the table, without null pointers.
+template <class Value>
+std::vector<structs::NamedMember<Value>>
+withoutNull(std::map<std::string, Serializable*> const& table) {
+    std::vector<structs::NamedMember<Value>> members;
+    members.reserve(table.size());
+    for (auto const& [name, member] : table) {
+        if (member)
+            members.push_back({name.c_str(), member});
+    }
+    return members;
 }
 
-unsigned int Members::toBin(unsigned char* out) const {
-    unsigned int offset = 0;
-    for (Serializable const* const member : list_)
-        offset += member->toBin(out + offset);
-    return offset;
-}
+} // namespace
+
+unsigned int Members::getBinLength() const { return lengthOfMembers(list_); }
+
+unsigned int Members::toBin(unsigned char* out) const { return writeMembers(list_, out); }
 
 unsigned int Members::fromBin(unsigned char const* data, unsigned int length) {
-    unsigned int offset = 0;
-    for (Serializable* const member : list_) {
-        unsigned int const consumed = readWithin(*member, data + offset, length - offset);
-        if (consumed > length - offset)
-            throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
-        offset += consumed;
-    }
-    return offset;
+    return readMembers(list_, data, length);
 }
 
 void Members::requireNames(Place const& place, char const* fault) const {
@@ -43,32 +42,14 @@ void Members::requireNames(Place const& place, char const* fault) const {
 
 std::string Members::toXML(char const* element, Place const& place) const {
     requireNames(place, "toXML() - Not implemented");
-    if (!element)
-        return {};
-    std::string xml = "<";
-    xml += element;
-    xml += '>';
-    for (auto const& [name, member] : table_) {
-        if (member)
-            xml += member->toXML(name.c_str());
-    }
-    xml += "</";
-    xml += element;
-    xml += '>';
-    return xml;
+    auto const members = withoutNull<Serializable const>(table_);
+    return structs::toXML(members.data(), members.size(), element);
 }
 
 bool Members::fromXML(char const* xml, Place const& place) {
     requireNames(place, "fromXML() - Not implemented");
-    auto const root = znxml::DomIterator::parse(xml);
-    if (root.atEnd() || !root.hasChildren())
-        return false;
-    for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
-        auto const entry = table_.find(child.getName());
-        if (entry != table_.end() && entry->second)
-            entry->second->fromXML(child.toXML().c_str());
-    }
-    return true;
+    auto const members = withoutNull<Serializable>(table_);
+    return structs::fromXML(members.data(), members.size(), xml);
 }
 
 } // namespace znsl

@@ -153,7 +153,18 @@ private:
     // Contract: the message names `fromBin` even when `toBin` fails.
     static constexpr char const* failure = "znsl::Serializable::fromBin() - Failed!";
 
-    static int elementTypeId() { return static_cast<int>(T().getTypeId()); }
+    /// Whether the set's type id fits 16 bits, where the compiler knows the element's: see Struct.
+    template <class Element, unsigned int typeId = Element::schema.typeId>
+    static constexpr bool fitsSet(Element const* /*element*/) {
+        return typeId <= 55535;
+    }
+    static constexpr bool fitsSet(void const* /*element*/) { return true; }
+
+    static int elementTypeId() {
+        static_assert(fitsSet(static_cast<T const*>(nullptr)),
+                      "the type id of a znsl::Set's elements is at most 55535");
+        return static_cast<int>(T().getTypeId());
+    }
 
     void appendTo(MemIOStream& stream) const {
         stream << zntl::Integer(elementTypeId()) << zntl::Integer(static_cast<int>(this->size()));

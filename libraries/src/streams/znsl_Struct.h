@@ -1,0 +1,307 @@
+#pragma once
+
+#include "streams/znsl_Serializable.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <tuple>
+#include <type_traits>
+
+namespace znsl {
+
+/// One member of a Struct. Made by `member` and `xmlMember`.
+template <class Class, class Value>
+struct StructMember {
+    static_assert(std::is_base_of_v<Serializable, Value> && !std::is_const_v<Value>,
+                  "a member of a znsl::Struct is a znsl::Serializable that is not const");
+    Value Class::*pointer; ///< the member
+    char const* xmlName;   ///< its name in the XML form; null when it is not in that form
+    bool isBinary;         ///< whether it is in the binary form
+};
+
+/// A member that is in the binary form, and if it has a name, in the XML form too.
+template <class Class, class Value>
+constexpr StructMember<Class, Value> member(Value Class::*pointer, char const* xmlName = nullptr) {
+    return {pointer, xmlName, true};
+}
+
+/// A member that is in the XML form only.
+template <class Class, class Value>
+constexpr StructMember<Class, Value> xmlMember(Value Class::*pointer, char const* xmlName) {
+    return {pointer, xmlName, false};
+}
+
+/// The description of a Struct. Made by `schema`.
+template <class... StructMembers>
+struct Schema {
+    unsigned int typeId;                  ///< what getTypeId returns
+    char const* typeName;                 ///< what getTypeName returns
+    std::tuple<StructMembers...> members; ///< in the order of the binary form
+};
+
+/// Describes a Struct: its type id, its type name, and its members in the order of the binary form.
+template <class... StructMembers>
+constexpr Schema<StructMembers...> schema(unsigned int typeId, char const* typeName,
+                                          StructMembers... members) {
+    return {typeId, typeName, {members...}};
+}
+
+/// What all Struct classes share, and Members with them. Not for use elsewhere.
+namespace structs {
+
+/// A member and its name in the XML form.
+template <class Value>
+struct NamedMember {
+    char const* name; ///< not null
+    Value* value;     ///< not null
+};
+
+/// See Struct::toXML.
+std::string toXML(NamedMember<Serializable const> const* members, std::size_t count,
+                  char const* element);
+/// See Struct::fromXML.
+bool fromXML(NamedMember<Serializable> const* members, std::size_t count, char const* xml);
+/// Throws the exception of a class without an XML form.
+[[noreturn]] void refuseXML(char const* typeName, char const* operation);
+/// See Struct::getBinLength.
+unsigned int getBinLength(Serializable const* const* members, std::size_t count);
+/// See Struct::toBin.
+unsigned int toBin(Serializable const* const* members, std::size_t count, unsigned char* out);
+/// See Struct::fromBin.
+unsigned int fromBin(Serializable* const* members, std::size_t count, unsigned char const* data,
+                     unsigned int length);
+
+/// Whether the first name comes before the second.
+constexpr bool isLess(char const* one, char const* other) {
+    while (*one != '\0' && *one == *other) {
+        ++one;
+        ++other;
+    }
+    return static_cast<unsigned char>(*one) < static_cast<unsigned char>(*other);
+}
+
+/// Whether both are the same member.
+template <class Class, class Value>
+constexpr bool isSame(Value Class::*one, Value Class::*other) {
+    return one == other;
+}
+/// Members of different types are different members.
+template <class One, class Other>
+constexpr bool isSame(One /*one*/, Other /*other*/) {
+    return false;
+}
+
+/// Whether an XML element can have this name: letters, digits, "_", "-" and ".", beginning with
+/// a letter or "_". Bytes beyond ASCII count as letters.
+constexpr bool isXmlName(char const* name) {
+    for (std::size_t i = 0; name[i] != '\0'; ++i) {
+        auto const c = static_cast<unsigned char>(name[i]);
+        bool const canStart =
+            (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
+        bool const canFollow = (c >= '0' && c <= '9') || c == '-' || c == '.';
+        if (!canStart && (i == 0 || !canFollow))
+            return false;
+    }
+    return name[0] != '\0';
+}
+
+/// Whether the library has a class of this type id, or a set of one.
+constexpr bool isTaken(unsigned int typeId) {
+    for (unsigned int const taken : {1U, 6U, 501U, 504U, 815U}) {
+        if (typeId == taken || typeId == 10000 + taken)
+            return true;
+    }
+    return false;
+}
+
+/// No members: none is listed twice.
+constexpr bool repeatsMember() { return false; }
+/// Whether a member is listed twice.
+template <class First, class... Others>
+constexpr bool repeatsMember([[maybe_unused]] First first, Others... others) {
+    return (isSame(first.pointer, others.pointer) || ...) || repeatsMember(others...);
+}
+
+/// The number of members with a name.
+template <class Names>
+constexpr std::size_t countNames(Names const& names) {
+    std::size_t count = 0;
+    for (char const* const name : names)
+        count += name ? 1 : 0;
+    return count;
+}
+
+/// How many of the names come before this one.
+template <class Names>
+constexpr std::size_t rankOf(char const* name, Names const& names) {
+    std::size_t rank = 0;
+    for (char const* const other : names)
+        rank += other && isLess(other, name) ? 1 : 0;
+    return rank;
+}
+
+/// Whether a name is used twice: two names have the same rank.
+template <class Names>
+constexpr bool repeatsName(Names const& names) {
+    std::size_t ranks = 0;
+    for (char const* const name : names)
+        ranks += name ? rankOf(name, names) : 0;
+    std::size_t const count = countNames(names);
+    return count > 0 && ranks != count * (count - 1) / 2;
+}
+
+/// Whether all names can be those of XML elements.
+template <class Names>
+constexpr bool areXmlNames(Names const& names) {
+    bool are = true;
+    for (char const* const name : names)
+        are = are && (!name || isXmlName(name));
+    return are;
+}
+
+} // namespace structs
+
+/// A class of one's own: derived from `Struct<itself>`, it has all operations of the contract from
+/// a description of its members.
+///
+///     class Place : public znsl::Struct<Place> {
+///     public:
+///         zntl::Integer floor = 0;
+///         zntl::String name;
+///
+///         static constexpr auto schema = znsl::schema(2001, "Place",
+///                                                     znsl::member(&Place::floor, "floor"),
+///                                                     znsl::member(&Place::name, "name"));
+///     };
+///
+/// The stored forms are those of Members for the same members, byte by byte; no operation on the
+/// binary form allocates. A Struct adds no data of its own, so objects are copied, moved and
+/// assigned as their members are. Elements of a Set need an `operator<` besides.
+///
+/// A class that extends such a class derives from `Struct<itself, that class>`. Its schema lists
+/// the inherited members as well.
+///
+/// Where the class is used, these mistakes are errors of the compiler: a member that is not
+/// a Serializable, or is listed twice; a name that is used twice, or that no XML element can have;
+/// a type id that exceeds 65535 or is one of the library's own; a Set of a class whose type id
+/// exceeds 55535, because that of the set does not fit 16 bits then.
+template <class Class, class Base = Serializable>
+class Struct : public Base {
+public:
+    using Base::Base;
+
+    /// The schema's type id.
+    unsigned int getTypeId() const override { return checkedSchema().typeId; }
+
+    /// The schema's type name.
+    std::string getTypeName() const override { return checkedSchema().typeName; }
+
+    /// `toXML(` type name `)`, by the virtual call.
+    std::string toXML() const override { return this->toXML(checkedSchema().typeName); }
+
+    /// One element called `element` with the named members' XML in it, in the order of their names.
+    /// The empty string for a null `element`. A class that lists members and names none has no XML
+    /// form: throws zntl::Exception "Place::toXML() - Not implemented", with the type name.
+    std::string toXML(char const* element) const override {
+        if constexpr (!hasXML())
+            structs::refuseXML(checkedSchema().typeName, "toXML()");
+        auto const listed = namedMembers<Serializable const>(static_cast<Class const&>(*this));
+        return structs::toXML(listed.data(), listed.size(), element);
+    }
+
+    /// Hands the children of the root element to the members of their names, in the order in which
+    /// they come. Skips children of other names; members without a child keep their values. False
+    /// when there is no root element or it has no children. Throws zntl::Exception
+    /// "Place::fromXML() - Not implemented" when the class has no XML form.
+    bool fromXML(char const* xml) override {
+        if constexpr (!hasXML())
+            structs::refuseXML(checkedSchema().typeName, "fromXML()");
+        auto const listed = namedMembers<Serializable>(static_cast<Class&>(*this));
+        return structs::fromXML(listed.data(), listed.size(), xml);
+    }
+
+    /// The sum of the members' lengths. Throws std::length_error when it does not fit 32 bits.
+    unsigned int getBinLength() const override {
+        auto const listed = binaryMembers<Serializable const>(static_cast<Class const&>(*this));
+        return structs::getBinLength(listed.data(), listed.size());
+    }
+
+    /// Writes the members one after another; returns the number of bytes written.
+    unsigned int toBin(unsigned char* out) const override {
+        auto const listed = binaryMembers<Serializable const>(static_cast<Class const&>(*this));
+        return structs::toBin(listed.data(), listed.size(), out);
+    }
+
+    /// Reads the members one after another and returns the number of bytes consumed; ignores
+    /// further ones. Safe on any bytes: throws zntl::Exception when a member would leave the
+    /// `length` bytes at `data` or reports that it did, and passes on what a member throws. The
+    /// members before it keep what they read.
+    unsigned int fromBin(unsigned char const* data, unsigned int length) override {
+        auto const listed = binaryMembers<Serializable>(static_cast<Class&>(*this));
+        return structs::fromBin(listed.data(), listed.size(), data, length);
+    }
+
+private:
+    // Private, so that no class derives from the Struct of another.
+    friend Class;
+    Struct() = default;
+
+    /// Calls a function with all members of the schema as arguments.
+    template <class Function>
+    static constexpr auto withMembers(Function function) {
+        return std::apply(function, Class::schema.members);
+    }
+
+    /// The members' names in the XML form, null where there is none, in the order of the schema.
+    static constexpr auto xmlNames() {
+        return withMembers(
+            [](auto... all) { return std::array<char const*, sizeof...(all)>{all.xmlName...}; });
+    }
+
+    static constexpr bool hasXML() {
+        return xmlNames().empty() || structs::countNames(xmlNames()) > 0;
+    }
+
+    static constexpr auto const& checkedSchema() {
+        static_assert(Class::schema.typeId <= 65535, "a type id is at most 65535");
+        static_assert(!structs::isTaken(Class::schema.typeId),
+                      "this type id belongs to a class of the library");
+        static_assert(structs::isXmlName(Class::schema.typeName),
+                      "the type name cannot be the name of an XML element");
+        static_assert(structs::areXmlNames(xmlNames()),
+                      "a member's name cannot be the name of an XML element");
+        static_assert(!structs::repeatsName(xmlNames()), "two members have the same name");
+        static_assert(!withMembers([](auto... all) { return structs::repeatsMember(all...); }),
+                      "a member is listed twice");
+        return Class::schema;
+    }
+
+    /// Pointers to the object's members of the binary form.
+    template <class Value, class Object>
+    static auto binaryMembers(Object& object) {
+        constexpr std::size_t size = withMembers(
+            [](auto... all) { return (std::size_t{0} + ... + (all.isBinary ? 1U : 0U)); });
+        std::array<Value*, size> binary{};
+        auto next = binary.begin();
+        withMembers([&](auto... all) {
+            ((all.isBinary ? void(*next++ = &(object.*all.pointer)) : void()), ...);
+        });
+        return binary;
+    }
+
+    /// The object's members of the XML form, in the order of their names.
+    template <class Value, class Object>
+    static auto namedMembers(Object& object) {
+        std::array<structs::NamedMember<Value>, structs::countNames(xmlNames())> named{};
+        auto const add = [&](auto member) {
+            if (member.xmlName)
+                named[structs::rankOf(member.xmlName, xmlNames())] = {member.xmlName,
+                                                                      &(object.*member.pointer)};
+        };
+        withMembers([&](auto... all) { (add(all), ...); });
+        return named;
+    }
+};
+
+} // namespace znsl
