@@ -1,4 +1,5 @@
-// One feature of the library, as small as a program can use it; FEATURE names the function.
+// One feature of the library: a program that uses FEATURE, one of these functions, a hundred times.
+// On ARM its size is the price of the feature; here its instructions are counted.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"
@@ -30,9 +31,9 @@ using zntl::String;
 [[maybe_unused]] std::size_t string(char const* text) { return String(text).size(); }
 
 [[maybe_unused]] std::size_t array(char const* text) {
-    zntl::SmartArray<char> const array(new char[4](), 4);
+    zntl::SmartArray<char> const array = String(text);
     zntl::SmartArray<char> const copy = array;
-    return static_cast<std::size_t>(array[static_cast<unsigned int>(*text)] + *copy);
+    return static_cast<std::size_t>(*array + copy.getReferenceCount());
 }
 
 [[maybe_unused]] std::size_t format(char const* text) {
@@ -65,9 +66,11 @@ using zntl::String;
 
 [[maybe_unused]] std::size_t stream(char const* text) {
     znsl::MemIOStream stream;
-    stream << zntl::Integer(*text);
+    for (; *text != 0; ++text)
+        stream << zntl::Integer(*text);
     zntl::Integer read;
-    stream >> read;
+    while (!stream.isEmpty())
+        stream >> read;
     return static_cast<std::size_t>(read.getValue());
 }
 
@@ -78,7 +81,8 @@ using zntl::String;
 
 [[maybe_unused]] std::size_t set(char const* text) {
     znsl::Set<znvl::Resolution> set;
-    set.emplace(*text, *text);
+    for (; *text != 0; ++text)
+        set.emplace(*text, *text);
     std::vector<unsigned char> bytes(set.getBinLength());
     set.toBin(bytes.data());
     return set.fromBin(bytes.data(), static_cast<unsigned int>(bytes.size()));
@@ -86,4 +90,8 @@ using zntl::String;
 
 } // namespace
 
-int main(int, char** arguments) { return static_cast<int>(FEATURE(arguments[0])); }
+int main() {
+    std::size_t volatile sink = 0;
+    for (int i = 0; i < 100; ++i)
+        sink = sink + FEATURE("<a href='640 x 480'>Tom &amp; Jerry's</a>, <b>text</b>");
+}

@@ -1,5 +1,5 @@
 // How time and memory grow with the work, for everything that may be large: text operations on the
-// texts that are the worst for them, streams, sets, files, arrays.
+// texts that are the worst for them, streams, sets, files.
 //
 //     scaling [--quick] [FILTER]
 //
@@ -114,20 +114,7 @@ Case onText(char const* operation, char const* kind, Text const& text,
 std::size_t encode(String const& text) { return String::encodeHtml(text).size(); }
 std::size_t decode(String const& text) { return String::decodeHtml(text).size(); }
 std::size_t trim(String const& text) { return text.trim().size(); }
-std::size_t lower(String const& text) { return text.toLower().size(); }
-std::size_t toBool(String const& text) { return std::size_t{text.toBool()}; }
-std::size_t number(String const& text) { return text.toUnsignedInt(); }
-std::size_t compare(String const& text) { return std::size_t{text.iCompare(String(text)) == 0}; }
 std::size_t xml(String const& text) { return text.toXML("text").size(); }
-std::size_t parse(String const& text) { return std::size_t{Resolution().fromString(text)}; }
-
-std::size_t pad(String const& text) {
-    return text.padEnd(static_cast<unsigned int>(2 * text.size()), ' ').size();
-}
-std::size_t numeric(String const& text) {
-    bool isInteger;
-    return std::size_t{text.isNumeric(isInteger)};
-}
 std::size_t format(String const& text) {
     return String::fromFormat("%s (%d)", text.c_str(), 1).size();
 }
@@ -195,15 +182,7 @@ std::vector<Case> textCases() {
         onText("sanitize", "every other, alphabet of 1 MB", std::string("\0\xff", 2),
                sanitize(longAlphabet)),
         onText("sanitize", "nothing allowed", "ab", sanitize("")),
-        onText("toBool", "nothing but zeros", "0", toBool),
-        onText("toBool", "nothing but blanks", " ", toBool),
-        onText("isNumeric", "digits", "1", numeric),
-        onText("toUnsignedInt", "digits", "1", number),
-        onText("toLower", "capitals", "X", lower),
-        onText("iCompare", "equal texts", "x", compare),
-        onText("padEnd", "to twice the length", "x", pad),
         onText("fromFormat", "one text", "x", format),
-        onText("fromString", "a resolution's digits", "1", parse),
         onText("file", "a text, written and read", "x", file),
         onText("extract", "no marker", "x", extract("[", "]")),
         onText("extract", "all but a marker of 3", "a", extract("aab", "x")),
@@ -282,18 +261,9 @@ Work reading(std::size_t n) {
         Integer integer;
         while (!stream.isEmpty()) {
             stream >> integer;
+            sum += stream.skip();
             sum += static_cast<unsigned int>(integer.getValue());
         }
-        return sum;
-    };
-}
-
-Work skipping(std::size_t n) {
-    return [content = filled(n)] {
-        MemIOStream stream(*content);
-        std::size_t sum = 0;
-        while (!stream.isEmpty())
-            sum += stream.skip();
         return sum;
     };
 }
@@ -371,29 +341,17 @@ Work settingBytes(std::size_t n) {
     };
 }
 
-Work sharing(std::size_t n) {
-    return [=] {
-        std::vector<zntl::SmartArray<char>> handles;
-        for (std::size_t i = 0; i < n; ++i)
-            handles.emplace_back(new char[16], 16U);
-        auto const copies = handles;
-        return copies.size();
-    };
-}
-
 std::vector<Case> objectCases() {
     return {
         {"stream write", "integers", million, writing},
         {"stream write", "one text, and read", megabytes64, writingOneText},
-        {"stream read", "integers", million, reading},
-        {"stream skip", "integers", million, skipping},
+        {"stream read", "and skip, in turns", million, reading},
         {"stream copy", "and nest, and assign", megabytes64, copying},
         {"stream save", "and load, as both kinds of file", megabytes64, saving},
         {"steady queue", "1000 deep", million, passing(0)},
         {"steady queue", "1000 deep, full to the last record", million, passing(1001)},
         {"set insert", "in random order", million, inserting, tooMuchOrdered},
         {"set toBin", "and fromBin", million, settingBytes, tooMuchOrdered},
-        {"array", "made and shared", million, sharing},
     };
 }
 

@@ -43,7 +43,7 @@ function(zn_add_python_test name script)
     string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")
     add_test(NAME ${name}
         COMMAND "${Python3_EXECUTABLE}" -B "${CMAKE_CURRENT_SOURCE_DIR}/${script}")
-    set_tests_properties(${name} PROPERTIES LABELS ${area} TIMEOUT 600 ENVIRONMENT "\
+    set_tests_properties(${name} PROPERTIES LABELS ${area} TIMEOUT 900 ENVIRONMENT "\
 PYTHONPATH=${PROJECT_SOURCE_DIR}/tests/support;\
 ZN_SOURCES=${PROJECT_SOURCE_DIR};\
 ZN_BUILD=${PROJECT_BINARY_DIR};\

@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
 """Counts instructions, which do not depend on how busy the machine is: of the program's start, beside
-a minimal C program that answers the same and one that only loads the camera's library, and of some
-operations of the library. Fails beyond the limits.
+a minimal C program that answers the same, and of the features of the library. Fails beyond the limits.
 
-    benchmarks/instructions/instructions.py TREE             with a build tree, as in build/release
-    benchmarks/instructions/instructions.py TREE OPERATION   where an operation spends them
+    benchmarks/instructions/instructions.py TREE           with a build tree, as in build/release
+    benchmarks/instructions/instructions.py TREE FEATURE   where a feature spends them
 """
 
 import re
@@ -18,18 +17,17 @@ from pathlib import Path
 # Times what the minimal program takes: a camera that asks often must not pay for C++.
 INSTRUCTIONS_LIMIT, MEMORY_LIMIT = 1.15, 1.10
 
-# A hundred times each operation, in thousands, without the C library, whose variants depend on the
+# A hundred times each feature, in thousands, without the C library, whose variants depend on the
 # processor. A tenth above what GCC 12 makes of them, so that a patch release of the compiler passes
 # and a second pass, copy or allocation does not.
 LIMITS = {
-    'write-integers': 427,
-    'read-integers': 605,
-    'pass-strings': 1615,
-    'pass-set': 3446,
-    'encode': 80,
-    'tokenize': 145,
-    'format-size': 36,
-    'parse-resolution': 68,
+    'array': 20,
+    'format': 29,
+    'text': 259,
+    'markup': 257,
+    'resolution': 52,
+    'stream': 1527,
+    'set': 3413,
 }
 
 CAMERA = {'CSDK_SIMULATOR_PROFILE':
@@ -73,8 +71,7 @@ def peak(launcher, program):
 
 def check_start(tree):
     programs = {'minimal C': tree / 'benchmarks/instructions/start.minimal',
-                'resolution': tree / 'resolution',
-                'load only': tree / 'benchmarks/instructions/start.load'}
+                'resolution': tree / 'resolution'}
     figures, answers = {}, {}
     for name, program in programs.items():
         counts, answers[name] = count(program)
@@ -90,27 +87,23 @@ def check_start(tree):
         yield 'the programs answer differently'
 
 
-def check_operations(program):
-    def own(name):
-        return count(program, name)[0][program.name]
-
-    nothing = own('nothing')
+def check_features(folder):
     for name, limit in LIMITS.items():
-        thousands = (own(name) - nothing) / 1000
-        print(f'{name:<18} {thousands:>6.0f} thousand instructions, limit {limit:>6}')
+        program = folder / f'feature.{name}'
+        thousands = count(program)[0][program.name] / 1000
+        print(f'{name:<12} {thousands:>6.0f} thousand instructions, limit {limit:>6}')
         if thousands > limit:
             yield f'{name}: {thousands:.0f} thousand instructions, more than {limit}'
 
 
-def main(tree, operation=None):
+def main(tree, feature=None):
     tree = Path(tree)
-    operations = tree / 'benchmarks/instructions/operations'
-    if operation:
-        profile = tree / f'callgrind.{operation}'
-        callgrind(profile, operations, operation)
+    if feature:
+        profile = tree / f'callgrind.{feature}'
+        callgrind(profile, tree / f'benchmarks/feature.{feature}')
         subprocess.run(['callgrind_annotate', '--threshold=95', profile], check=True)
         return 0
-    faults = [*check_start(tree), *check_operations(operations)]
+    faults = [*check_start(tree), *check_features(tree / 'benchmarks')]
     print(*faults, sep='\n')
     return 1 if faults else 0
 

@@ -8,7 +8,9 @@
 
 #include <absl/strings/str_replace.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -29,25 +31,13 @@ std::string stdEncode(std::string const& text) {
     std::string result;
     result.reserve(text.size());
     for (char const c : text) {
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '\'':
-            result += "&apos;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
+        auto const* const found =
+            std::find_if(std::begin(entities), std::end(entities),
+                         [=](auto const& entry) { return entry.second == c; });
+        if (found == std::end(entities))
             result += c;
-        }
+        else
+            result += found->first;
     }
     return result;
 }

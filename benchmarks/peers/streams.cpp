@@ -71,63 +71,67 @@ struct PeerValues {
     using Size = bench::Size;
 };
 
-struct Cereal : PeerValues {
+/// A queue in an archive that writes to and reads from a stream buffer.
+template <class Derived>
+struct Archive : PeerValues {
     template <class Value>
     void put(Value const& value) {
-        writer(kindOf(value), value);
+        self().write(static_cast<unsigned char>(kindOf(value)));
+        self().write(value);
     }
     template <class Value>
     void get(Value& value) {
         requireKind(nextKind(), value);
-        reader(value);
-        next.reset();
-    }
-    Kind nextKind() {
-        if (!next)
-            reader(next.emplace());
-        return *next;
-    }
-    void turnAround() { buffer.turnAround(); }
-    void clear() { buffer.clear(); }
-
-    MemoryBuffer buffer;
-    std::ostream out{&buffer};
-    std::istream in{&buffer};
-    cereal::BinaryOutputArchive writer{out};
-    cereal::BinaryInputArchive reader{in};
-    std::optional<Kind> next;
-};
-
-struct Boost : PeerValues {
-    static constexpr unsigned int flags = boost::archive::no_header | boost::archive::no_codecvt |
-                                          boost::archive::no_xml_tag_checking;
-
-    template <class Value>
-    void put(Value const& value) {
-        auto const kind = static_cast<unsigned char>(kindOf(value));
-        writer << kind << value;
-    }
-    template <class Value>
-    void get(Value& value) {
-        requireKind(nextKind(), value);
-        reader >> value;
+        self().read(value);
         next.reset();
     }
     Kind nextKind() {
         if (!next) {
             unsigned char kind;
-            reader >> kind;
+            self().read(kind);
             next = static_cast<Kind>(kind);
         }
         return *next;
     }
     void turnAround() { buffer.turnAround(); }
     void clear() { buffer.clear(); }
+    Derived& self() { return static_cast<Derived&>(*this); }
 
     MemoryBuffer buffer;
+    std::optional<Kind> next;
+};
+
+struct Cereal : Archive<Cereal> {
+    template <class Value>
+    void write(Value const& value) {
+        writer(value);
+    }
+    template <class Value>
+    void read(Value& value) {
+        reader(value);
+    }
+
+    std::ostream out{&buffer};
+    std::istream in{&buffer};
+    cereal::BinaryOutputArchive writer{out};
+    cereal::BinaryInputArchive reader{in};
+};
+
+struct Boost : Archive<Boost> {
+    static constexpr unsigned int flags = boost::archive::no_header | boost::archive::no_codecvt |
+                                          boost::archive::no_xml_tag_checking;
+
+    template <class Value>
+    void write(Value const& value) {
+        writer << value;
+    }
+    template <class Value>
+    void read(Value& value) {
+        reader >> value;
+    }
+
     boost::archive::binary_oarchive writer{buffer, flags};
     boost::archive::binary_iarchive reader{buffer, flags};
-    std::optional<Kind> next;
 };
 
 struct Msgpack : PeerValues {

@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -81,12 +80,6 @@ void addNumericRow(std::string const& name, std::string const& plain) {
             bool isInteger;
             return text.isNumeric(isInteger);
         })
-        .peer("strtod",
-              [=] {
-                  char* end;
-                  std::strtod(plain.c_str(), &end);
-                  return *end == '\0' && end != plain.c_str();
-              })
         .peer("std::from_chars",
               [=] {
                   double number;
@@ -202,8 +195,6 @@ void addCompareRow(std::string const& name, std::string const& one, std::string 
 void addNumberRow(std::string const& plain) {
     Row("text: unsigned integer")
         .library([text = String(plain)] { return text.toUnsignedInt(); })
-        .peer("strtol",
-              [=] { return static_cast<unsigned int>(std::strtol(plain.c_str(), nullptr, 10)); })
         .peer("std::from_chars",
               [=] {
                   unsigned int number = 0;

@@ -19,7 +19,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <list>
 #include <map>
@@ -180,14 +179,6 @@ int stdParse(std::string const& text) {
     return sizeOfName(text);
 }
 
-int scanfParse(std::string const& text) {
-    int width;
-    int height;
-    if (std::sscanf(text.c_str(), "%d x %d", &width, &height) == 2)
-        return width + height;
-    return sizeOfName(text);
-}
-
 void addParseRow(std::string const& name, std::string const& text) {
     Row("resolution: parse " + name)
         .library([text = zntl::String(text)] {
@@ -195,8 +186,7 @@ void addParseRow(std::string const& name, std::string const& text) {
             size.fromString(text);
             return size.width.getValue() + size.height.getValue();
         })
-        .peer("std::from_chars", [=] { return stdParse(text); })
-        .peer("sscanf", [=] { return scanfParse(text); });
+        .peer("std::from_chars", [=] { return stdParse(text); });
 }
 
 // Classes that consist of members
