@@ -10,9 +10,11 @@ from selenium.webdriver.support.ui import WebDriverWait
 
 PATIENCE = 60  # seconds for what a busy machine shows late
 
-# The first for tests that run as root, the others against requests of the browser's own.
-OPTIONS = ('--no-sandbox', '--headless', '--disable-gpu', '--disable-quic', '--no-first-run',
-           '--disable-background-networking', '--disable-component-update', '--disable-sync')
+# The first for tests that run as root, the second for containers with little shared memory, the last
+# ones against requests of the browser's own.
+OPTIONS = ('--no-sandbox', '--disable-dev-shm-usage', '--headless', '--disable-gpu',
+           '--disable-quic', '--no-first-run', '--disable-background-networking',
+           '--disable-component-update', '--disable-sync')
 
 ASKING = 'Asking the camera…'
 
