@@ -1,5 +1,6 @@
 # What is installed, and as part of what: the program (program), the shared library that other
-# programs run with (runtime), and what is needed to build such programs (development).
+# programs run with (runtime), what is needed to build such programs (development), and the programs
+# that look at stored files (tools).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -30,20 +31,29 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn.pc"
     DESTINATION "${zn_pkgconfig_dir}"
     COMPONENT development)
 
-if(TARGET resolution)
-    # Manual pages are installed compressed.
-    set(zn_manual "${CMAKE_CURRENT_BINARY_DIR}/resolution.1.gz")
-    execute_process(COMMAND gzip -9nc "${PROJECT_SOURCE_DIR}/packaging/resolution.1"
-        OUTPUT_FILE "${zn_manual}" COMMAND_ERROR_IS_FATAL ANY)
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
-        "${PROJECT_SOURCE_DIR}/packaging/resolution.1")
+# zn_install_manual(NAME COMPONENT): packaging/NAME.1, compressed, as manual pages are installed.
+function(zn_install_manual name component)
+    set(page "${PROJECT_SOURCE_DIR}/packaging/${name}.1")
+    set(compressed "${CMAKE_CURRENT_BINARY_DIR}/${name}.1.gz")
+    execute_process(COMMAND gzip -9nc "${page}"
+        OUTPUT_FILE "${compressed}" COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${page}")
+    install(FILES "${compressed}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+        COMPONENT ${component})
+endfunction()
 
+if(TARGET zn-dump)
+    install(TARGETS zn-dump DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    zn_install_manual(zn-dump tools)
+endif()
+
+if(TARGET resolution)
     # Where the distribution's web servers look for such programs.
     install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
     # The way to the stand-in SDK stays in the build tree.
     install(CODE "file(RPATH_REMOVE FILE
         \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/cgi-bin/resolution\")" COMPONENT program)
-    install(FILES "${zn_manual}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
+    zn_install_manual(resolution program)
 
     # The servers' configurations, filled in for the program's place in a package.
     set(PROGRAM /usr/lib/cgi-bin/resolution)

@@ -136,3 +136,15 @@ video types. This package holds the headers, the static library, the CMake
 package, the pkg-config file and the documents.")
 
 zn_add_archive(libzn COMPONENTS runtime development TARGETS zn-static zn-shared)
+
+if(TARGET zn-dump)
+    zn_add_package(zn-tools
+        COMPONENT tools
+        TARGETS zn-dump
+        SECTION utils
+        DEPENDS ${ZN_LIBC}
+        DESCRIPTION "print the values in files stored with the library zn
+The program zn-dump prints what object stream files and typed files hold, for
+people or as JSON, and where they are damaged.")
+    zn_add_archive(zn-tools COMPONENTS tools TARGETS zn-dump)
+endif()

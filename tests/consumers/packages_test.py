@@ -45,16 +45,19 @@ DEVELOPMENT_FILES = {
       for path in SOURCES.glob('docs/*') if path.suffix in ('.md', '.svg')
       and path.name not in ('deployment.md', 'sdk-requirements.md')),
 }
+TOOLS_FILES = {'bin/zn-dump', 'share/man/man1/zn-dump.1.gz'}
 
 
 DEBS = {
     'zn-resolution': PROGRAM_FILES,
     f'libzn{MAJOR}': RUNTIME_FILES,
     'libzn-dev': DEVELOPMENT_FILES,
+    'zn-tools': TOOLS_FILES,
 }
 ARCHIVES = {
     'zn-resolution': PROGRAM_FILES,
     'libzn': RUNTIME_FILES | DEVELOPMENT_FILES,
+    'zn-tools': TOOLS_FILES,
 }
 # Development packages for several processors are installed side by side.
 SAME_ON_EVERY_MACHINE = (f'libzn{MAJOR}', 'libzn-dev')
@@ -185,6 +188,9 @@ class Fields(PackagesTest):
     def test_dependencies_of_the_library_are_its_languages_runtime(self):
         self.assert_depends(f'libzn{MAJOR}', self.root / f'usr/{LIBRARIES}/libzn.so.{VERSION}',
                             [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1'])
+
+    def test_dependencies_of_the_tools_are_a_c_library_that_has_what_they_ask_for(self):
+        self.assert_depends('zn-tools', self.root / 'usr/bin/zn-dump', [])
 
     def assert_depends(self, package, file, others):
         first, *rest = self.field(package, 'Depends').split(', ')

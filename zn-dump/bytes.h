@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace dump {
+
+/// A part of a file. Every part knows where it is in the file.
+class Bytes {
+public:
+    Bytes(unsigned char const* data, std::size_t size, std::size_t offset = 0)
+        : data_(data), size_(size), offset_(offset) {}
+
+    unsigned char const* data() const { return data_; }
+    std::size_t size() const { return size_; }
+    std::size_t offset() const { return offset_; }
+
+    /// The part from `position` on, of at most `size` bytes. `position` is at most `size()`.
+    Bytes part(std::size_t position, std::size_t size = SIZE_MAX) const {
+        std::size_t const rest = size_ - position;
+        return {data_ + position, size < rest ? size : rest, offset_ + position};
+    }
+
+    /// The number at `position`, in the machine's byte order. There are enough bytes for it.
+    template <class Number>
+    Number numberAt(std::size_t position) const {
+        Number number;
+        std::memcpy(&number, data_ + position, sizeof number);
+        return number;
+    }
+
+private:
+    unsigned char const* data_;
+    std::size_t size_;
+    std::size_t offset_;
+};
+
+} // namespace dump
