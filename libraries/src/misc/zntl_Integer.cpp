@@ -13,7 +13,7 @@
 
 namespace zntl {
 
-unsigned int Integer::getTypeId() const { return 504; }
+unsigned int Integer::getTypeId() const { return typeId; }
 
 std::string Integer::getTypeName() const { return "Integer"; }
 

@@ -20,7 +20,9 @@ public:
     /// Replaces the value.
     void setValue(int value) { value_ = value; }
 
-    /// 504.
+    /// What `getTypeId` returns.
+    static constexpr unsigned int typeId = 504;
+
     unsigned int getTypeId() const override;
     /// "Integer".
     std::string getTypeName() const override;

@@ -309,7 +309,7 @@ void MemIOStream::readInto(Serializable& object, unsigned int type, unsigned int
     unsigned char const* const data = buffer_.get() + payload;
     unsigned int const available = std::min(length, writePos_ - payload);
     try {
-        if (isReadTrustingly(type))
+        if (!isAlwaysWithin(type))
             requireWithin(object, data, available);
         object.fromBin(data, available);
     } catch (zntl::Exception const& e) {
