@@ -1,22 +1,11 @@
 #include "fuzz.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
-
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::run(input);
-    return 0;
-}
 
 namespace fuzz {
 
@@ -47,10 +36,8 @@ std::string Input::takeField() {
 std::string Input::takeRest() { return takeBytes(size()); }
 
 void require(bool promise, char const* what) {
-    if (promise)
-        return;
-    std::fprintf(stderr, "broken promise: %s\n", what);
-    std::abort();
+    if (!promise)
+        throw std::logic_error(std::string("broken promise: ") + what);
 }
 
 File::File() : descriptor_(memfd_create("fuzz", 0)) {

@@ -38,7 +38,8 @@ private:
 /// What a target does with one input. It ends the program when something is wrong.
 void run(Input& input);
 
-/// Ends the program, as a crash that is kept, when a promise is broken.
+/// Throws std::logic_error when a promise is broken. Nobody catches it in a fuzz target, so that it
+/// ends the program as a crash that the fuzzer keeps.
 void require(bool promise, char const* what);
 
 /// A file in memory, for operations that want a path.

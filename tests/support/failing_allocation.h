@@ -22,43 +22,50 @@ namespace test {
 namespace heap {
 
 inline std::atomic<long> liveBlocks{0};
+inline std::atomic<std::size_t> liveBytes{0};
+inline std::atomic<std::size_t> peakBytes{0};
 inline thread_local std::size_t largest = 0;
 // Allocations that this thread still makes until one fails; 0: none fails.
 inline thread_local long countdown = 0;
 
-enum class Kind : unsigned char { object = 0xA1, array = 0xA2 };
+enum class Kind : std::uint32_t { object = 0xA110C1, array = 0xA110C2 };
 
-// Before each block, out of reach for whoever owns the block, stands its kind.
-constexpr std::size_t prefixSize = alignof(std::max_align_t);
+// What precedes each block, out of reach for whoever owns the block.
+struct alignas(std::max_align_t) Prefix {
+    std::size_t size;
+    Kind kind;
+};
 
 // Neither is inlined: the compiler would take new and free() for a mismatched pair.
 [[gnu::noinline]] inline void* allocate(std::size_t size, Kind kind) noexcept {
     largest = std::max(largest, size);
     if (countdown > 0 && --countdown == 0)
         return nullptr;
-    if (size > PTRDIFF_MAX - prefixSize)
+    if (size > PTRDIFF_MAX - sizeof(Prefix))
         return nullptr;
-    auto* const prefix = static_cast<Kind*>(std::malloc(prefixSize + size));
+    auto* const prefix = static_cast<Prefix*>(std::malloc(sizeof(Prefix) + size));
     if (!prefix)
         return nullptr;
-    *prefix = kind;
-    ASAN_POISON_MEMORY_REGION(prefix, prefixSize);
+    *prefix = {size, kind};
+    ASAN_POISON_MEMORY_REGION(prefix, sizeof(Prefix));
     ++liveBlocks;
-    return prefix + prefixSize;
+    peakBytes = std::max<std::size_t>(peakBytes, liveBytes += size);
+    return prefix + 1;
 }
 
 [[gnu::noinline]] inline void release(void* block, Kind kind) noexcept {
     if (!block)
         return;
-    auto* const prefix = static_cast<Kind*>(block) - prefixSize;
-    ASAN_UNPOISON_MEMORY_REGION(prefix, prefixSize);
-    if (*prefix != kind) {
+    auto* const prefix = static_cast<Prefix*>(block) - 1;
+    ASAN_UNPOISON_MEMORY_REGION(prefix, sizeof(Prefix));
+    if (prefix->kind != kind) {
         std::fputs(kind == Kind::array ? "delete[] of what new made\n"
                                        : "delete of what new[] made\n",
                    stderr);
         std::abort();
     }
     --liveBlocks;
+    liveBytes -= prefix->size;
     std::free(prefix);
 }
 
@@ -73,6 +80,16 @@ std::size_t largestAllocation(Operation operation) {
     heap::largest = 0;
     operation();
     return heap::largest;
+}
+
+/// The most bytes that are allocated at one time during the operation, beyond those before it.
+/// Other threads' blocks count too.
+template <class Operation>
+std::size_t peakAllocation(Operation operation) {
+    std::size_t const before = heap::liveBytes;
+    heap::peakBytes = before;
+    operation();
+    return heap::peakBytes - before;
 }
 
 /// Makes one allocation fail, the `k`-th (counted from 1; 0: none) that this thread makes in the

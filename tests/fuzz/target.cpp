@@ -1,0 +1,14 @@
+// Where a fuzzer, or replay.cpp in its place, hands in an input.
+
+#include "fuzz.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::run(input);
+    return 0;
+}
