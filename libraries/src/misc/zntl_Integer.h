@@ -20,9 +20,9 @@ public:
     /// Replaces the value.
     void setValue(int value) { value_ = value; }
 
-    /// What `getTypeId` returns.
+    /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 504;
-
+    /// 504.
     unsigned int getTypeId() const override;
     /// "Integer".
     std::string getTypeName() const override;

@@ -35,6 +35,10 @@ struct MemIOStream::ReadFaults {
     int withoutMessage;
 };
 
+constexpr MemIOStream::ReadFaults MemIOStream::readFaults{"read()", 354, 359};
+constexpr MemIOStream::ReadFaults MemIOStream::peekFaults{"peek()", 389, 394};
+constexpr MemIOStream::ReadFaults MemIOStream::peekManyFaults{"peek()", 433, 438};
+
 namespace {
 
 constexpr unsigned int headerSize = MemIOStream::recordHeaderSize;
@@ -87,6 +91,24 @@ std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
     zntl::storeNative(buffer.get() + capacity + offsetof(Tail, formLimit), unlimited);
     return buffer;
 }
+
+/// While it lives, the buffer stays, and the binary form of the stream is limited to its first
+/// `size` bytes: a stream that is written into itself, alone or as a member, stores its earlier
+/// content.
+class FormLimit {
+public:
+    FormLimit(unsigned char* field, std::uint32_t size)
+        : field_(field), previous_(zntl::loadNative<std::uint32_t>(field)) {
+        zntl::storeNative(field_, std::min(size, previous_));
+    }
+    FormLimit(FormLimit const&) = delete;
+    FormLimit& operator=(FormLimit const&) = delete;
+    ~FormLimit() { zntl::storeNative(field_, previous_); }
+
+private:
+    unsigned char* field_;
+    std::uint32_t previous_;
+};
 
 /// memmove, except that null pointers are allowed when there is nothing to copy.
 void copyBytes(unsigned char* to, unsigned char const* from, unsigned int count) {
@@ -302,14 +324,14 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     return static_cast<unsigned int>(position - readPos_);
 }
 
-/// Reads a payload into an object of type `type`, and reports its failures as `faults` says. Of an
+/// Reads a payload into an object, and reports its failures as `faults` says. Of an
 /// incomplete payload the object gets the bytes that are there.
-void MemIOStream::readInto(Serializable& object, unsigned int type, unsigned int payload,
-                           std::uint32_t length, ReadFaults faults) const {
+void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
+                           ReadFaults const& faults) const {
     unsigned char const* const data = buffer_.get() + payload;
     unsigned int const available = std::min(length, writePos_ - payload);
     try {
-        if (!isAlwaysWithin(type))
+        if (!isKnownCautious(object) && !isCertainlyWithin(data, available))
             requireWithin(object, data, available);
         object.fromBin(data, available);
     } catch (zntl::Exception const& e) {
@@ -321,42 +343,23 @@ void MemIOStream::readInto(Serializable& object, unsigned int type, unsigned int
 
 // Writing
 
-/// While it lives, the buffer stays, and the stream's own binary form is limited to the bytes that
-/// are unread now: a stream that is written into itself, alone or as a member, stores its earlier
-/// content.
-class MemIOStream::FormLimit {
-public:
-    explicit FormLimit(MemIOStream& stream) : stream_(stream), previous_(stream.formLimit()) {
-        stream_.setFormLimit(stream_.formSize());
-    }
-    FormLimit(FormLimit const&) = delete;
-    FormLimit& operator=(FormLimit const&) = delete;
-    ~FormLimit() { stream_.setFormLimit(previous_); }
-
-private:
-    MemIOStream& stream_;
-    std::uint32_t previous_;
-};
-
-std::uint32_t MemIOStream::formLimit() const {
-    if (!buffer_)
-        return unlimited;
-    return zntl::loadNative<std::uint32_t>(buffer_.get() + capacity_ + offsetof(Tail, formLimit));
+unsigned char* MemIOStream::formLimitField() const {
+    return buffer_.get() + capacity_ + offsetof(Tail, formLimit);
 }
 
-void MemIOStream::setFormLimit(std::uint32_t limit) {
-    zntl::storeNative(buffer_.get() + capacity_ + offsetof(Tail, formLimit), limit);
+std::uint32_t MemIOStream::formLimit() const {
+    return buffer_ ? zntl::loadNative<std::uint32_t>(formLimitField()) : unlimited;
 }
 
 /// The number of unread bytes that belong to the stream's binary form.
 unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()); }
 
-/// Appends what the object's `toBin` writes at the write position.
-void MemIOStream::appendPayload(Serializable const& object, unsigned int length) {
+/// Reports the exception that an object's `toBin` has thrown.
+void MemIOStream::raiseUnwritable() {
     constexpr int line = 262;
     constexpr char const* fault = "couldn't convert object to binary data";
     try {
-        object.toBin(buffer_.get() + writePos_);
+        throw;
     } catch (std::bad_alloc const&) {
         throw OutOfMemory(locate(line, fault));
     } catch (OutOfMemory const&) {
@@ -364,10 +367,6 @@ void MemIOStream::appendPayload(Serializable const& object, unsigned int length)
     } catch (...) {
         raise(line, fault);
     }
-    // The object may have used up its own room by writing to this stream.
-    if (capacity_ - writePos_ < length)
-        raise(line, fault);
-    writePos_ += length;
 }
 
 unsigned int MemIOStream::write(Serializable const& object) {
@@ -377,10 +376,18 @@ unsigned int MemIOStream::write(Serializable const& object) {
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
     // Repeated, because the object may have used the room when it was asked for its type.
     std::memcpy(appendRoom(recordSize), &header, sizeof header);
-    FormLimit const limit(*this);
+    FormLimit const limit(formLimitField(), size());
     // Contract: the header stays in the stream when the object cannot be written.
     writePos_ += headerSize;
-    appendPayload(object, length);
+    try {
+        object.toBin(buffer_.get() + writePos_);
+        // The object may have used up its own room by writing to this stream.
+        if (capacity_ - writePos_ < length)
+            throw std::length_error("no room");
+    } catch (...) {
+        raiseUnwritable();
+    }
+    writePos_ += length;
     return headerSize + length;
 }
 
@@ -451,7 +458,7 @@ unsigned int MemIOStream::read(Serializable& object) {
     if (getNextType() != expected)
         raise(341, "read() - type mismatch");
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, expected, readPos_ + headerSize, length, {"read()", 354, 359});
+    readInto(object, readPos_ + headerSize, length, readFaults);
     return consume(length);
 }
 
@@ -468,7 +475,7 @@ unsigned int MemIOStream::peek(Serializable& object) const {
     if (found != expected)
         raiseTypeMismatch(found, expected);
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, expected, readPos_ + headerSize, length, {"peek()", 389, 394});
+    readInto(object, readPos_ + headerSize, length, peekFaults);
     return headerSize + length;
 }
 
@@ -499,7 +506,7 @@ void MemIOStream::peekInto(Serializable& object, RecordHeader const& header,
         raise(423, "peek() - trying to read EOF");
     if (header.type != expected)
         raise(424, "peek() - type mismatch");
-    readInto(object, expected, payload, header.length, {"peek()", 433, 438});
+    readInto(object, payload, header.length, peekManyFaults);
 }
 
 unsigned int MemIOStream::skip() {

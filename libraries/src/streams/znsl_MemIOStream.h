@@ -22,8 +22,7 @@ namespace znsl {
 ///
 /// Every operation except a direct call of `fromBin` is safe on any content, whatever bytes `load`,
 /// `setBuffer` or the caller put there: no access leaves the buffer, provided that the `fromBin` of
-/// the objects read stays within the length that it is given. Strings and streams that are read
-/// from a stream do (see `fromBin` for subclasses).
+/// the objects read stays within the length that it is given.
 ///
 /// Faults are zntl::Exception with a located message. Every operation documents what it leaves
 /// behind. std::bad_alloc, and std::length_error for content beyond 32 bits, leave the stream
@@ -73,8 +72,7 @@ public:
     ///
     /// TRUSTS ITS INPUT when called directly: `available` is ignored, and S + 4 bytes must be
     /// there. Ask `canReadBin` first if the bytes are not your own. The library asks before it
-    /// calls this for a member, a file or a record of type 6; a subclass with a type id of its own
-    /// must ask in its own `fromBin`.
+    /// calls this, or that of a subclass, for a record, a member or a file.
     unsigned int fromBin(unsigned char const* data, unsigned int available) override;
 
     /// Does nothing.
@@ -216,12 +214,14 @@ public:
 private:
     struct RecordHeader;
     struct ReadFaults;
+    static ReadFaults const readFaults;
+    static ReadFaults const peekFaults;
+    static ReadFaults const peekManyFaults;
     struct RecordWalk {
         unsigned int records; // the last one possibly incomplete
         bool whole;           // whether the last one ended where the content ends
     };
 
-    class FormLimit;
     template <class T>
     friend class Set;
     /// A fault of `write` or of a set that an allocation failure caused.
@@ -233,14 +233,14 @@ private:
     template <class Visit>
     unsigned int visitRecords(unsigned int n, Visit visit) const;
     RecordHeader headerAt(unsigned int position) const;
-    void readInto(Serializable& object, unsigned int type, unsigned int payload,
-                  std::uint32_t length, ReadFaults faults) const;
+    void readInto(Serializable& object, unsigned int payload, std::uint32_t length,
+                  ReadFaults const& faults) const;
     void peekInto(Serializable& object, RecordHeader const& header, unsigned int payload) const;
     unsigned int consume(std::uint32_t length);
 
-    void appendPayload(Serializable const& object, unsigned int length);
+    [[noreturn]] static void raiseUnwritable();
+    unsigned char* formLimitField() const;
     std::uint32_t formLimit() const;
-    void setFormLimit(std::uint32_t limit);
     unsigned int formSize() const;
 
     unsigned char* appendRoom(std::uint64_t n);

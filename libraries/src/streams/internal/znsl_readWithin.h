@@ -1,35 +1,36 @@
 #pragma once
 
-#include "misc/zntl_Exception.h"
-#include "misc/zntl_Integer.h"
-#include "misc/zntl_String.h"
-#include "streams/znsl_MemIOStream.h"
+#include "misc/internal/zntl_bytes.h"
 #include "streams/znsl_Serializable.h"
+
+#include <atomic>
+#include <cstdint>
+#include <typeinfo>
 
 namespace znsl {
 
-// String and MemIOStream trust the bytes that they read. The library calls their `fromBin` only
-// after one of these checks.
+// String and MemIOStream, and the classes derived from them, trust the bytes that they read. The
+// library calls their `fromBin` only after these checks.
 
-/// Whether records of this type need no check. Subclasses of the two classes have types of their
-/// own, so any other type needs one; for the small and frequent Integer the casts cost more than
-/// reading.
-inline bool isAlwaysWithin(unsigned int type) { return type == zntl::Integer::typeId; }
+/// The class of the last object that proved not to trust its bytes. Remembered, because the casts
+/// that find this out take longer than reading a small object.
+inline std::atomic<std::type_info const*> lastCautiousClass{nullptr};
+
+inline bool isKnownCautious(Serializable const& object) {
+    return lastCautiousClass.load(std::memory_order_relaxed) == &typeid(object);
+}
+
+/// Whether the bytes hold any form, as those of every string that `toBin` wrote do.
+inline bool isCertainlyWithin(unsigned char const* data, unsigned int length) {
+    return length > sizeof(std::uint32_t) && data[length - 1] == 0 &&
+           zntl::loadNative<std::uint32_t>(data) <= length - sizeof(std::uint32_t);
+}
 
 /// Throws zntl::Exception when `object` is a String or a MemIOStream whose `fromBin` would leave
-/// the `length` bytes at `data`. The bytes are checked first: a cast is slower.
-inline void requireWithin(Serializable const& object, unsigned char const* data,
-                          unsigned int length) {
-    if ((!zntl::String::canReadBin(data, length) && dynamic_cast<zntl::String const*>(&object)) ||
-        (!MemIOStream::canReadBin(data, length) && dynamic_cast<MemIOStream const*>(&object)))
-        throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
-}
+/// the `length` bytes at `data`.
+void requireWithin(Serializable const& object, unsigned char const* data, unsigned int length);
 
 /// Calls `object.fromBin` if it stays within the `length` bytes at `data`; throws otherwise.
-inline unsigned int readWithin(Serializable& object, unsigned char const* data,
-                               unsigned int length) {
-    requireWithin(object, data, length);
-    return object.fromBin(data, length);
-}
+unsigned int readWithin(Serializable& object, unsigned char const* data, unsigned int length);
 
 } // namespace znsl

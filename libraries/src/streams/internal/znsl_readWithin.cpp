@@ -1,0 +1,35 @@
+#include "streams/internal/znsl_readWithin.h"
+
+#include "misc/zntl_Exception.h"
+#include "misc/zntl_String.h"
+#include "streams/znsl_MemIOStream.h"
+
+namespace znsl {
+
+namespace {
+
+/// Whether `object` stays within the bytes. Only the two classes can fail to.
+bool staysWithin(Serializable const& object, unsigned char const* data, unsigned int length) {
+    if (dynamic_cast<zntl::String const*>(&object))
+        return zntl::String::canReadBin(data, length);
+    if (dynamic_cast<MemIOStream const*>(&object))
+        return MemIOStream::canReadBin(data, length);
+    lastCautiousClass.store(&typeid(object), std::memory_order_relaxed);
+    return true;
+}
+
+} // namespace
+
+void requireWithin(Serializable const& object, unsigned char const* data, unsigned int length) {
+    if (isCertainlyWithin(data, length) || isKnownCautious(object))
+        return;
+    if (!staysWithin(object, data, length))
+        throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
+}
+
+unsigned int readWithin(Serializable& object, unsigned char const* data, unsigned int length) {
+    requireWithin(object, data, length);
+    return object.fromBin(data, length);
+}
+
+} // namespace znsl
