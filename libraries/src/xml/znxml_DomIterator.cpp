@@ -2,7 +2,8 @@
 
 namespace znxml {
 
-// Out of line throughout, so that a program which brings a real backend replaces this file alone.
+// Out of line throughout: the library zn::xml defines the same operations, which then take the
+// place of these.
 
 DomIterator::DomIterator() = default;
 

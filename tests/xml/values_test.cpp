@@ -1,6 +1,4 @@
-// A program can bring its own DOM iterator: defining the operations here keeps the library's own,
-// which have no parser behind them, out of the executable. With a real parser the storable values
-// read real documents.
+// What the storable values read from XML in a program that is linked with zn::xml.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -12,7 +10,6 @@
 #include "support/failing_allocation.h"
 #include "support/print_string.h"
 #include "video/znvl_Resolution.h"
-#include "xml/znxml_DomIterator.h"
 
 #include <gtest/gtest.h>
 
@@ -20,114 +17,12 @@
 #include <list>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 using znsl::Serializable;
 using zntl::Integer;
 using zntl::String;
 using znvl::Resolution;
-
-// The parser: elements with attributes that it passes over, text and the five entities. An iterator
-// holds the text from its element to the end of its parent, so that moving on cuts the beginning
-// off, and the end is an empty text.
-
-namespace {
-
-constexpr std::size_t npos = std::string_view::npos;
-
-struct Element {
-    std::string_view name;
-    std::string_view content;
-    std::size_t length; // of the whole element
-};
-
-/// The element that the text begins with; a length of 0 when it is not well formed.
-Element parseElement(std::string_view text) {
-    std::size_t const nameEnd = text.find_first_of(" />", 1);
-    std::size_t const tagEnd = text.find('>');
-    if (text.size() < 2 || text[0] != '<' || nameEnd == npos || nameEnd < 2 || tagEnd == npos)
-        return {{}, {}, 0};
-    std::string_view const name = text.substr(1, nameEnd - 1);
-    if (text[tagEnd - 1] == '/')
-        return {name, {}, tagEnd + 1};
-    std::size_t position = tagEnd + 1;
-    while (true) {
-        position = text.find('<', position);
-        if (position == npos)
-            return {{}, {}, 0};
-        if (text.substr(position, 2) == "</")
-            break;
-        std::size_t const length = parseElement(text.substr(position)).length;
-        if (length == 0)
-            return {{}, {}, 0};
-        position += length;
-    }
-    std::string const closing = "</" + std::string(name) + ">";
-    if (text.substr(position, closing.size()) != closing)
-        return {{}, {}, 0};
-    return {name, text.substr(tagEnd + 1, position - tagEnd - 1), position + closing.size()};
-}
-
-/// The text from its first element on; empty when there is none.
-String fromFirstElement(std::string_view text) {
-    std::size_t const tag = text.find('<');
-    if (tag == npos || parseElement(text.substr(tag)).length == 0)
-        return {};
-    return std::string(text.substr(tag));
-}
-
-} // namespace
-
-namespace znxml {
-
-DomIterator::DomIterator() = default;
-DomIterator::DomIterator(DomIterator const& other) : text_(other.text_) {}
-DomIterator& DomIterator::operator=(DomIterator const& other) {
-    text_ = other.text_;
-    return *this;
-}
-DomIterator::~DomIterator() = default;
-
-DomIterator DomIterator::parse(String const& document) {
-    DomIterator root;
-    root.text_ = fromFirstElement(document);
-    return root;
-}
-
-DomIterator DomIterator::childrenBegin() const {
-    return parse(std::string(parseElement(text_).content));
-}
-
-bool DomIterator::atEnd() const { return text_.empty(); }
-
-bool DomIterator::hasChildren() const { return !childrenBegin().atEnd(); }
-
-String DomIterator::getName() const { return std::string(parseElement(text_).name); }
-
-String DomIterator::getValue() const {
-    std::string_view const content = parseElement(text_).content;
-    std::string_view const value = content.substr(0, content.find('<'));
-    static std::map<std::string_view, char> const entities{
-        {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&apos;", '\''}, {"&quot;", '"'}};
-    String decoded;
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        std::size_t const end = value.find(';', i);
-        auto const entity =
-            value[i] == '&' ? entities.find(value.substr(i, end - i + 1)) : entities.end();
-        decoded += entity == entities.end() ? value[i] : entity->second;
-        i += entity == entities.end() ? 0 : entity->first.size() - 1;
-    }
-    return decoded;
-}
-
-String DomIterator::toXML() const { return text_.substr(0, parseElement(text_).length); }
-
-void DomIterator::nextSibling() {
-    text_ = fromFirstElement(std::string_view(text_).substr(parseElement(text_).length));
-}
-
-} // namespace znxml
 
 namespace {
 
@@ -136,23 +31,6 @@ char const* const noText = nullptr;
 // Documents without an element.
 char const* const noElements[] = {"",    "text", "<",       "<>",   "<a",
                                   "<a ", "<a>",  "<a></b>", "</a>", noText};
-
-TEST(XmlBackend, IsTheOneOfThisProgram) {
-    using znxml::DomIterator;
-    DomIterator const root = DomIterator::parse(" <a b='c'>te&lt;xt<d/> <e>f</e></a>");
-    EXPECT_EQ(root.getName(), "a");
-    EXPECT_EQ(root.getValue(), "te<xt");
-    ASSERT_TRUE(root.hasChildren());
-    DomIterator child = root.childrenBegin();
-    EXPECT_EQ(child.toXML(), "<d/>");
-    EXPECT_FALSE(child.hasChildren());
-    child.nextSibling();
-    EXPECT_EQ(child.toXML(), "<e>f</e>");
-    child.nextSibling();
-    EXPECT_TRUE(child.atEnd());
-    for (char const* const document : noElements)
-        EXPECT_TRUE(DomIterator::parse(document).atEnd()) << document;
-}
 
 // Integer
 

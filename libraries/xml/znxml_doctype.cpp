@@ -1,0 +1,64 @@
+#include "znxml_doctype.h"
+#include "znxml_Expat.h"
+#include "znxml_readers.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace znxml {
+
+namespace {
+
+/// Finds the root element, and the document type declaration before it.
+class PrologReader : public Expat {
+public:
+    explicit PrologReader(std::string const& source) {
+        XML_SetDefaultHandler(parser(), [](void* self, char const* text, int length) {
+            run(self, &PrologReader::inspect, text, length);
+        });
+        XML_SetEndDoctypeDeclHandler(parser(),
+                                     [](void* self) { run(self, &PrologReader::endDoctype); });
+        XML_SetStartElementHandler(parser(), [](void* self, char const* name, char const**) {
+            run(self, &PrologReader::startRoot, name);
+        });
+        parse(source);
+    }
+
+    /// Empty when the document is not well-formed up to its root element.
+    std::string rootName;
+    /// The document type declaration; empty, and where it could stand, when there is none.
+    std::size_t doctypeBegin = 0;
+    std::size_t doctypeEnd = 0;
+
+private:
+    void inspect(char const* text, int length) {
+        if (std::string_view(text, static_cast<std::size_t>(length)) == "<!DOCTYPE")
+            doctypeBegin = position();
+    }
+
+    void endDoctype() { doctypeEnd = position() + length(); }
+
+    void startRoot(char const* name) {
+        rootName = name;
+        if (doctypeEnd == 0)
+            doctypeBegin = doctypeEnd = position();
+        stop();
+    }
+};
+
+} // namespace
+
+std::string replaceDoctype(std::string const& source, std::string const& dtd) {
+    std::string storage;
+    std::string document = asUtf8(source, storage);
+    PrologReader const prolog(document);
+    if (prolog.rootName.empty())
+        return {};
+    std::string doctype;
+    if (!dtd.empty())
+        doctype = "<!DOCTYPE " + prolog.rootName + " [" + dtd + "]>";
+    document.replace(prolog.doctypeBegin, prolog.doctypeEnd - prolog.doctypeBegin, doctype);
+    return document;
+}
+
+} // namespace znxml
