@@ -1,6 +1,7 @@
 # What is installed, and as part of what: the program (program), the shared library that other
-# programs run with (runtime), what is needed to build such programs (development), and the programs
-# that look at stored files (tools).
+# programs run with (runtime), what is needed to build such programs (development), the same two of the
+# library that reads XML (xml-runtime, xml-development), and the programs that look at stored files
+# (tools).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -30,6 +31,18 @@ configure_file("${PROJECT_SOURCE_DIR}/packaging/zn.pc.in" zn.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn.pc"
     DESTINATION "${zn_pkgconfig_dir}"
     COMPONENT development)
+
+if(TARGET zn-xml-static)
+    install(TARGETS zn-xml-static zn-xml-shared EXPORT zn-xml-targets
+        ARCHIVE COMPONENT xml-development
+        LIBRARY COMPONENT xml-runtime NAMELINK_COMPONENT xml-development)
+    install(EXPORT zn-xml-targets NAMESPACE zn:: DESTINATION "${zn_package_dir}"
+        COMPONENT xml-development)
+    configure_file("${PROJECT_SOURCE_DIR}/packaging/zn-xml.pc.in" zn-xml.pc @ONLY)
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zn-xml.pc"
+        DESTINATION "${zn_pkgconfig_dir}"
+        COMPONENT xml-development)
+endif()
 
 # zn_install_manual(NAME COMPONENT): packaging/NAME.1, compressed, as manual pages are installed.
 function(zn_install_manual name component)

@@ -148,3 +148,32 @@ The program zn-dump prints what object stream files and typed files hold, for
 people or as JSON, and where they are damaged.")
     zn_add_archive(zn-tools COMPONENTS tools TARGETS zn-dump)
 endif()
+
+if(TARGET zn-xml-static)
+    zn_add_package(libzn-xml${PROJECT_VERSION_MAJOR}
+        COMPONENT xml-runtime
+        TARGETS zn-xml-shared
+        SECTION libs
+        MULTI_ARCH same
+        SHARED_LIBRARY libzn-xml
+        DEPENDS ${ZN_LIBC} ${ZN_CXX_RUNTIME} "libexpat1 (>= 2.2)"
+            "libzn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})"
+        DESCRIPTION "XML reader of the library zn
+With this library, programs that use zn read XML documents, and the values
+that they stored as XML. It holds the shared library that programs run with.")
+
+    zn_add_package(libzn-xml-dev
+        COMPONENT xml-development
+        TARGETS zn-xml-static zn-xml-shared
+        SECTION libdevel
+        MULTI_ARCH same
+        DEPENDS "libzn-xml${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})"
+            "libzn-dev (= ${PROJECT_VERSION})" libexpat1-dev
+        DESCRIPTION "XML reader of the library zn, for development
+With this library, programs that use zn read XML documents, and the values
+that they stored as XML. It holds the static library, the CMake package and
+the pkg-config file; the headers are those of zn.")
+
+    zn_add_archive(libzn-xml
+        COMPONENTS xml-runtime xml-development TARGETS zn-xml-static zn-xml-shared)
+endif()

@@ -59,7 +59,17 @@ configure() {
         { [[ $tests == OFF ]] || grep -qx "ZN_BUILD_TESTS:.*=ON" "$cache"; }; then
         return
     fi
-    (cd "$root" && cmake --fresh --preset "$preset" -DZN_BUILD_TESTS="$tests")
+    local options=("-DZN_BUILD_TESTS=$tests")
+    if [[ $tests == ON ]]; then
+        provide_expat "$preset"
+        options+=(-DZN_XML=ON)
+    fi
+    (cd "$root" && cmake --fresh --preset "$preset" "${options[@]}")
+}
+
+# provide_expat PRESET: for the machines that Expat is not installed for.
+provide_expat() {
+    [[ $1 != arm* ]] || "$root/tools/xml/fetch" "${1%-debug}"
 }
 
 # build PRESET [TARGET...]

@@ -37,12 +37,12 @@ def run(program, **variables):
     return call(*EMULATOR, program, env=os.environ | variables)
 
 
-def build_with_find_package(tree, prefix, *options):
+def build_with_find_package(tree, prefix, *options, program='consumer'):
     """The consumer, built in a project that finds the library below the prefix. A toolchain file
     may confine all searches to its own root, so there the project is told the very place."""
     config = next(prefix.glob('lib/**/zn-config.cmake'))
     place = f'-Dzn_DIR={config.parent}' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
-    return build_project('find_package', tree, place, *options)
+    return build_project('find_package', tree, place, *options, program=program)
 
 
 def configure(sources, tree, *options):
@@ -51,10 +51,10 @@ def configure(sources, tree, *options):
          f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}', *options)
 
 
-def build_project(project, tree, *options):
+def build_project(project, tree, *options, program='consumer'):
     configure(HERE / project, tree, '-DCMAKE_BUILD_TYPE=Debug', *options)
-    call(CMAKE, '--build', tree, '--parallel', '2', '--target', 'consumer')
-    return tree / 'consumer'
+    call(CMAKE, '--build', tree, '--parallel', '2', '--target', program)
+    return tree / program
 
 
 def needed(program):
@@ -65,13 +65,15 @@ def needed(program):
 class InstalledTest(unittest.TestCase):
     """Tests with the library installed at self.prefix, and room for more at self.folder."""
 
+    components = ('runtime', 'development')
+
     @classmethod
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.folder = Path(folder.name)
         cls.prefix = cls.folder / 'prefix'
-        for component in ('runtime', 'development'):
+        for component in cls.components:
             call(CMAKE, '--install', BUILD, '--prefix', cls.prefix, '--component', component)
 
     def installed(self, pattern):

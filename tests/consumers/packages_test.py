@@ -46,6 +46,14 @@ DEVELOPMENT_FILES = {
       and path.name not in ('deployment.md', 'sdk-requirements.md')),
 }
 TOOLS_FILES = {'bin/zn-dump', 'share/man/man1/zn-dump.1.gz'}
+XML_RUNTIME_FILES = {f'{LIBRARIES}/libzn-xml.so.{MAJOR}', f'{LIBRARIES}/libzn-xml.so.{VERSION}'}
+XML_DEVELOPMENT_FILES = {
+    f'{LIBRARIES}/libzn-xml.a',
+    f'{LIBRARIES}/libzn-xml.so',
+    f'{LIBRARIES}/pkgconfig/zn-xml.pc',
+    f'{LIBRARIES}/cmake/zn/zn-xml-targets.cmake',
+    f'{LIBRARIES}/cmake/zn/zn-xml-targets-release.cmake',
+}
 
 
 DEBS = {
@@ -53,14 +61,17 @@ DEBS = {
     f'libzn{MAJOR}': RUNTIME_FILES,
     'libzn-dev': DEVELOPMENT_FILES,
     'zn-tools': TOOLS_FILES,
+    f'libzn-xml{MAJOR}': XML_RUNTIME_FILES,
+    'libzn-xml-dev': XML_DEVELOPMENT_FILES,
 }
 ARCHIVES = {
     'zn-resolution': PROGRAM_FILES,
     'libzn': RUNTIME_FILES | DEVELOPMENT_FILES,
     'zn-tools': TOOLS_FILES,
+    'libzn-xml': XML_RUNTIME_FILES | XML_DEVELOPMENT_FILES,
 }
 # Development packages for several processors are installed side by side.
-SAME_ON_EVERY_MACHINE = (f'libzn{MAJOR}', 'libzn-dev')
+SAME_ON_EVERY_MACHINE = (f'libzn{MAJOR}', 'libzn-dev', f'libzn-xml{MAJOR}', 'libzn-xml-dev')
 
 
 def architecture(file):
@@ -85,7 +96,7 @@ def make_packages(folder, **variables):
     sources = folder / 'sources'
     shutil.copytree(SOURCES, sources, ignore=shutil.ignore_patterns('build', '.git'))
     configure(sources, folder / 'tree', '-DCMAKE_BUILD_TYPE=Release', '-DZN_BUILD_TESTS=OFF',
-              '-DZN_PACKAGES=ON')
+              '-DZN_PACKAGES=ON', '-DZN_XML=ON')
     call(CMAKE, '--build', folder / 'tree', '--parallel', '2', '--target', 'packages',
          env=os.environ | variables)
     return folder / 'tree/packages'
@@ -192,6 +203,14 @@ class Fields(PackagesTest):
     def test_dependencies_of_the_tools_are_a_c_library_that_has_what_they_ask_for(self):
         self.assert_depends('zn-tools', self.root / 'usr/bin/zn-dump', [])
 
+    def test_dependencies_of_the_xml_library_are_the_library_and_the_parser(self):
+        self.assert_depends(f'libzn-xml{MAJOR}',
+                            self.root / f'usr/{LIBRARIES}/libzn-xml.so.{VERSION}',
+                            [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1', r'libexpat1 \(>= 2\.2\)',
+                             rf'libzn{MAJOR} \(= {VERSION}\)'])
+        self.assertEqual(self.field('libzn-xml-dev', 'Depends'),
+                         f'libzn-xml{MAJOR} (= {VERSION}), libzn-dev (= {VERSION}), libexpat1-dev')
+
     def assert_depends(self, package, file, others):
         first, *rest = self.field(package, 'Depends').split(', ')
         version = re.fullmatch(r'libc6 \(>= (\d+)\.(\d+)\)', first)
@@ -276,7 +295,8 @@ class Contents(PackagesTest):
             self.assertEqual(path.stat().st_mtime, date.timestamp())
 
     def test_are_for_the_architecture_and_stripped(self):
-        for file in ('lib/cgi-bin/resolution', f'{LIBRARIES}/libzn.so.{VERSION}'):
+        for file in ('lib/cgi-bin/resolution', f'{LIBRARIES}/libzn.so.{VERSION}',
+                     f'{LIBRARIES}/libzn-xml.so.{VERSION}'):
             path = self.root / 'usr' / file
             self.assertEqual(architecture(path), ARCHITECTURE)
             self.assertNotIn('.symtab', call(READELF, '--sections', '--wide', path))
@@ -318,6 +338,16 @@ class Use(PackagesTest):
                                                   self.root / 'usr', *options)
                 self.assertEqual(run(program), OUTPUT)
                 self.assertEqual(f'libzn.so.{MAJOR}' in needed(program), kind == 'shared')
+
+    def test_installed_library_reads_xml_where_it_is_asked_to(self):
+        for libraries, answer in (('zn::zn', '1 0 0\n'), ('zn::zn;zn::xml', '1 42 2\n')):
+            for shared in ('OFF', 'ON'):
+                with self.subTest(libraries, shared=shared):
+                    program = build_with_find_package(
+                        self.folder / f'reader-{len(libraries)}-{shared}', self.root / 'usr',
+                        f'-DREADER_LIBRARIES={libraries}', f'-DBUILD_SHARED_LIBS={shared}',
+                        program='reader')
+                    self.assertEqual(run(program), answer)
 
     def test_unpacked_archive_is_found_and_linked(self):
         with tarfile.open(self.archive('libzn')) as archive:
