@@ -3,7 +3,7 @@
 
 #include "csdk.h"
 #include "streams/znsl_Set.h"
-#include "system/znml_constants.h"
+#include "system/znml_constants.h" // Contract: included for its private constants, unused here
 #include "video/znvl_Resolution.h"
 
 #include <cstdio>

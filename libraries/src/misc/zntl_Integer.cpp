@@ -3,7 +3,7 @@
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
-#include "system/znml_constants.h"
+#include "system/znml_constants.h" // Contract: included for its private constants, unused here
 #include "xml/znxml_DomIterator.h"
 
 #include <algorithm>

@@ -6,11 +6,11 @@
 
 namespace znsl {
 
-/// The marker that a writer puts behind the last object of a sequence. It has no payload, is never
-/// read as an object, and is removed with `skip()`.
+/// The marker that a writer appends after the last object of a sequence. It has no payload.
+/// A stream refuses to read it as an object; `skip()` removes it.
 class EndOfFile : public Serializable {
 public:
-    /// Also what a stream without data gives as its next type.
+    /// The type id. An empty stream returns it as its next type, too.
     static constexpr unsigned int typeId = 1;
 
     EndOfFile() = default;
@@ -24,7 +24,7 @@ public:
     std::string getTypeName() const override;
     /// "<znsl_EndOfFile/>".
     std::string toXML() const override;
-    /// "<name/>"; the empty text for a null name.
+    /// "<name/>"; the empty string for a null name.
     std::string toXML(char const* name) const override;
     /// Accepts anything and reads nothing: true.
     bool fromXML(char const* xml) override;

@@ -17,7 +17,7 @@ bool IStream::wait(unsigned int timeout) const {
         return true;
     }
     while (true) {
-        // Before the stream is looked at, also in the first round; kept.
+        // Contract: the deadline is tested before the stream, so wait(0) is always false.
         if (zn_tickcount() - start >= timeout)
             return false;
         if (!isEmpty())

@@ -6,8 +6,8 @@ namespace znsl {
 
 /// A source of serialized objects.
 ///
-/// No operation locks. Waiting only makes sense while another thread fills the stream, and then
-/// the concrete stream, or the caller, must make `isEmpty()` safe to call meanwhile.
+/// No operation locks. `wait` is only useful while another thread fills the stream. The concrete
+/// stream or the caller must then make `isEmpty()` safe to call from both threads.
 class IStream {
 public:
     IStream() = default;
@@ -15,11 +15,11 @@ public:
     IStream& operator=(IStream const&) = default;
     virtual ~IStream() = default;
 
-    /// Waits until the stream holds data, looking once a millisecond; false when `timeout`
-    /// milliseconds have passed first. 0xFFFFFFFF means no limit.
+    /// Waits until the stream holds data, and polls it once a millisecond. Returns false if
+    /// `timeout` milliseconds pass first; 0xFFFFFFFF means no limit.
     ///
-    /// The deadline is deliberately tested before the stream is looked at: `wait(0)` is false even
-    /// when data is there, and data that arrives in the millisecond of the deadline comes too late.
+    /// Tests the deadline before the stream: `wait(0)` is false even if the stream holds data, and
+    /// data that arrives in the millisecond of the deadline is too late.
     virtual bool wait(unsigned int timeout) const;
 
     /// The type id of the next object; 1, the id of the end-of-file marker, when there is none.
@@ -34,10 +34,10 @@ public:
     /// Takes the next object out of the stream and into `object`; returns the bytes consumed.
     virtual unsigned int read(Serializable& object) = 0;
 
-    /// Removes the next object unseen, a marker too; returns the bytes consumed.
+    /// Removes the next object without reading it, even a marker; returns the bytes consumed.
     virtual unsigned int skip() = 0;
 
-    /// As `read`, to be chained.
+    /// Calls `read`; returns the stream, so that calls can be chained.
     virtual IStream& operator>>(Serializable& object) = 0;
 
     /// Takes the next object out of the stream as a raw record, header and payload. True on

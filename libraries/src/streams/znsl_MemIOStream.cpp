@@ -7,7 +7,7 @@
 #include "streams/internal/znsl_readWithin.h"
 #include "streams/znsl_EndOfFile.h"
 #include "system/internal/zn_File.h"
-#include "system/znml_constants.h"
+#include "system/znml_constants.h" // Contract: included for its private constants, unused here
 
 #include <algorithm>
 #include <cstdarg>

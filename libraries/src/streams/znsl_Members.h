@@ -8,8 +8,8 @@
 
 namespace znsl {
 
-/// The serial forms of a class that consists of serializable members: a class lists its members in
-/// one operation and has its binary and XML forms from here.
+/// The binary and XML forms of a class that consists of serializable members and lists them in one
+/// operation, `fillSerializable`. A Struct needs less code and does not allocate.
 ///
 ///     void Point::fillSerializable(std::list<znsl::Serializable*>& list,
 ///                                  std::map<std::string, znsl::Serializable*>& table) const;
@@ -21,18 +21,18 @@ namespace znsl {
 ///
 /// The list holds the members of the binary form in the order in which they are written; the table
 /// holds those of the XML form under their element names. A class that names fewer or more members
-/// for XML than for the binary form has no XML form. Made afresh for every serial call; the members
-/// must outlive it.
+/// for XML than for the binary form has no XML form. Construct one for each call; the members must
+/// outlive it.
 class Members {
 public:
-    /// The place in the source that a class without an XML form reports.
+    /// The source location that a class without an XML form reports.
     struct Place {
         char const* source;    ///< the file's path as the build names it, without its extension
         int line;              ///< the line in it
         char const* className; ///< the class, with its namespace
     };
 
-    /// Asks `object` for its members by `fillSerializable(list, table)`.
+    /// Calls `object.fillSerializable(list, table)` to obtain the members.
     template <class Object>
     explicit Members(Object const& object) {
         object.fillSerializable(list_, table_);
@@ -51,13 +51,13 @@ public:
     unsigned int fromBin(unsigned char const* data, unsigned int length);
 
     /// One element called `element` with the members' XML in it, in the order of their names; null
-    /// pointers in the table are left out. The empty text for a null `element`. Throws
+    /// pointers in the table are left out. The empty string for a null `element`. Throws
     /// zntl::Exception "toXML() - Not implemented", located at `place`, when the class has no XML
     /// form.
     std::string toXML(char const* element, Place const& place) const;
 
-    /// Hands the children of the text's root element to the members of their names; children of
-    /// other names are passed over. False when there is no root element or it has no children.
+    /// Lets each member read the child of the root element that has its name, and skips other
+    /// children. False when there is no root element or it has no children.
     /// Throws zntl::Exception "fromXML() - Not implemented", located at `place`, when the class has
     /// no XML form.
     bool fromXML(char const* xml, Place const& place);

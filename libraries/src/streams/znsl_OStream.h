@@ -13,7 +13,7 @@ public:
     OStream& operator=(OStream const&) = default;
     virtual ~OStream() = default;
 
-    /// Hands on what the stream holds back.
+    /// Passes buffered data on to its destination.
     virtual void flush() = 0;
 
     /// Ends the sequence of objects with an end-of-file marker.
@@ -22,7 +22,7 @@ public:
     /// Appends an object; returns the bytes appended.
     virtual unsigned int write(Serializable const& object) = 0;
 
-    /// As `write`, to be chained.
+    /// Calls `write`; returns the stream, so that calls can be chained.
     virtual OStream& operator<<(Serializable const& object) = 0;
 
     /// Moves one raw record from `source`, obtained with `getNextObject`, to this stream.

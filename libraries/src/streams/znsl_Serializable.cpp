@@ -25,7 +25,8 @@ constexpr std::size_t headerSize = sizeof(TypeField) + sizeof(LengthField);
 constexpr std::size_t payloadOffset = alignof(std::max_align_t);
 static_assert(payloadOffset >= headerSize);
 
-/// A String among the members of a class finds a NUL here, even after an empty payload.
+/// Follows the payload, so that a String that a class reads by hand finds a NUL, even after an
+/// empty payload.
 constexpr std::size_t zeros = sizeof(LengthField) + 1;
 
 /// Reads a payload of `length` bytes; null when the file ends before that. The size of a regular

@@ -8,7 +8,7 @@ namespace znsl {
 /// and a file form. A class that implements it can travel through object streams and sets.
 ///
 /// The order of the virtual operations is part of the binary interface: subclasses append theirs.
-/// No object locks; one thread at a time uses it.
+/// No object locks: only one thread at a time may use it.
 class Serializable {
 public:
     Serializable() = default;
@@ -31,8 +31,8 @@ public:
     /// The XML form as one element called `name`.
     virtual std::string toXML(char const* name) const = 0;
 
-    /// Takes the value from an XML text. True when one was found and taken; false when the text
-    /// held none, and the object is then unchanged.
+    /// Reads the value from XML text. Returns false, with the object unchanged, if the text holds
+    /// no value.
     virtual bool fromXML(char const* xml) = 0;
 
     /// The exact number of bytes that `toBin` will write.
@@ -46,12 +46,12 @@ public:
     virtual unsigned int fromBin(unsigned char const* data, unsigned int length) = 0;
 
     /// Writes the typed binary file: the type id's low 16 bits, the payload length N (32 bits), and
-    /// the N bytes of `toBin`. The file is created, or cut to zero length first.
+    /// the N bytes of `toBin`. The file is created, or truncated to zero length first.
     ///
-    /// True when everything was written, a full disk included in the judgement. False when there is
-    /// no memory, the file cannot be opened, `toBin` throws or reports another number of bytes than
-    /// `getBinLength()` did (the file is then left empty), or a write fails (the file may be partly
-    /// written). Never throws.
+    /// True when the system has accepted every byte, so a full disk returns false. False, too, when
+    /// an allocation fails, the file cannot be opened, `toBin` throws or returns another number of
+    /// bytes than `getBinLength()` (the file is then left empty), or a write fails (the file may be
+    /// partly written). Never throws.
     virtual bool toFile(char const* path) const;
 
     /// Reads the typed binary file that `toFile` wrote.

@@ -47,15 +47,15 @@ public:
     /// `toXML(internalTypeName())`, by the virtual call.
     std::string toXML() const override { return toXML(internalTypeName().c_str()); }
 
-    /// One element called `name`, with the elements' own default XML in it one after another. The
-    /// empty text for a null name. Throws what an element's `toXML` throws.
+    /// One element called `name` that contains each element's default XML. The empty string for
+    /// a null name. Throws what an element's `toXML` throws.
     std::string toXML(char const* name) const override {
         return render(name, [](T const& element) { return element.toXML(); });
     }
 
-    /// Replaces the content with the elements read from the children of the text's root element,
-    /// whatever that is called; children that are not understood are passed over. False, with the
-    /// set unchanged, when there is no root element or it has no children.
+    /// Replaces the content with the elements read from the children of the root element, whose
+    /// name is not checked. Skips children that `T` cannot read. False, with the set unchanged,
+    /// when there is no root element or it has no children.
     bool fromXML(char const* xml) override {
         auto const root = znxml::DomIterator::parse(xml);
         if (root.atEnd() || !root.hasChildren())
@@ -127,9 +127,9 @@ public:
         }
     }
 
-    /// One element called `name`, with each element's XML under the name `elementName` in it, and
-    /// a line end behind it, which the form with one name deliberately does not have. The empty
-    /// text for a null `name`.
+    /// One element called `name` that contains each element's XML under the name `elementName`,
+    /// followed by a line end. (The form with one name has no line end.) The empty string for a
+    /// null `name`.
     virtual std::string toXML(char const* name, char const* elementName) const {
         std::string xml =
             render(name, [=](T const& element) { return element.toXML(elementName); });

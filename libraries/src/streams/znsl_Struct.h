@@ -35,8 +35,8 @@ constexpr StructMember<Class, Value> xmlMember(Value Class::*pointer, char const
 /// The description of a Struct. Made by `schema`.
 template <class... StructMembers>
 struct Schema {
-    unsigned int typeId;                  ///< what getTypeId returns
-    char const* typeName;                 ///< what getTypeName returns
+    unsigned int typeId;                  ///< the value of getTypeId
+    char const* typeName;                 ///< the value of getTypeName
     std::tuple<StructMembers...> members; ///< in the order of the binary form
 };
 
@@ -47,7 +47,7 @@ constexpr Schema<StructMembers...> schema(unsigned int typeId, char const* typeN
     return {typeId, typeName, {members...}};
 }
 
-/// What all Struct classes share, and Members with them. Not for use elsewhere.
+/// Shared by all Struct classes and Members. Not for use elsewhere.
 namespace structs {
 
 /// A member and its name in the XML form.
@@ -162,8 +162,8 @@ constexpr bool areXmlNames(Names const& names) {
 
 } // namespace structs
 
-/// A class of one's own: derived from `Struct<itself>`, it has all operations of the contract from
-/// a description of its members.
+/// A base for your own storable classes: a class derived from `Struct<itself>` gets all operations
+/// of the contract from a description of its members.
 ///
 ///     class Place : public znsl::Struct<Place> {
 ///     public:
@@ -210,8 +210,8 @@ public:
         return structs::toXML(listed.data(), listed.size(), element);
     }
 
-    /// Hands the children of the root element to the members of their names, in the order in which
-    /// they come. Skips children of other names; members without a child keep their values. False
+    /// Lets each member read the children of the root element that have its name, in document
+    /// order. Skips other children; members without a child keep their values. False
     /// when there is no root element or it has no children. Throws zntl::Exception
     /// "Place::fromXML() - Not implemented" when the class has no XML form.
     bool fromXML(char const* xml) override {

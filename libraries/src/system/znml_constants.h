@@ -3,7 +3,7 @@
 #include <cmath>
 
 /// Angle constants in double precision. Every source file that includes this header has its own
-/// private copy, which compilers compute ahead of time and drop where it is not used.
+/// private copy. Compilers compute it at compile time and drop unused copies.
 namespace znml {
 
 static double const PI = std::atan2(0.0, -1.0); ///< half a turn

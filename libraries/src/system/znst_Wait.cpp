@@ -1,7 +1,7 @@
 #include "system/znst_Wait.h"
 
 #include "system/zn_portability.h"
-#include "system/znml_constants.h"
+#include "system/znml_constants.h" // Contract: included for its private constants, unused here
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ constexpr unsigned int microsecondsPerMillisecond = 1000;
 unsigned int WaitObject::waitExclusive(unsigned int timeout) const { return wait(timeout); }
 
 void Wait(unsigned int milliseconds) {
-    // The product wraps at 32 bits; kept.
+    // Contract: the product wraps at 32 bits.
     usleep(milliseconds * microsecondsPerMillisecond);
 }
 

@@ -12,15 +12,15 @@ namespace znsl {
 // String and MemIOStream, and the classes derived from them, trust the bytes that they read. The
 // library calls their `fromBin` only after these checks.
 
-/// The class of the last object that proved not to trust its bytes. Remembered, because the casts
-/// that find this out take longer than reading a small object.
+/// The class of the last object that was found not to trust its bytes. Caching it saves two casts,
+/// which take longer than reading a small object.
 inline std::atomic<std::type_info const*> lastCautiousClass{nullptr};
 
 inline bool isKnownCautious(Serializable const& object) {
     return lastCautiousClass.load(std::memory_order_relaxed) == &typeid(object);
 }
 
-/// Whether the bytes hold any form, as those of every string that `toBin` wrote do.
+/// Whether the bytes satisfy both trusting readers, as every string that `toBin` wrote does.
 inline bool isCertainlyWithin(unsigned char const* data, unsigned int length) {
     return length > sizeof(std::uint32_t) && data[length - 1] == 0 &&
            zntl::loadNative<std::uint32_t>(data) <= length - sizeof(std::uint32_t);
