@@ -30,7 +30,7 @@ def machine():
 
 class Libraries(unittest.TestCase):
 
-    ALLOWED = r'libsdk\.so|libc\.so\.6|libm\.so\.6|ld-linux[-\w.]*\.so\.\d'
+    ALLOWED = r'libsdk\.so|libc\.so\.6|ld-linux[-\w.]*\.so\.\d'
 
     def test_are_the_sdk_and_the_c_library(self):
         foreign = [name for name in elf.needed() if not re.fullmatch(self.ALLOWED, name)]

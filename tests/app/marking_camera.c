@@ -2,14 +2,14 @@
  * exits normally. The marks go through the C library's buffer, as the program's response does, so
  * the output shows the order of everything that happened.
  *
- * The build defines CAMERA_FLAGS, the initial option bits. CAMERA_FAILS=1 in the environment makes
- * the start fail. */
+ * The build defines CAMERA_FLAGS, the initial option bits, and CAMERA_HANDLE, the handle.
+ * CAMERA_FAILS=1 in the environment makes the start fail. */
 #include "csdk.h"
 
 #include <stdio.h>
 #include <stdlib.h>
 
-struct csdk_state csdk = {.handle = 1};
+struct csdk_state csdk = {.handle = CAMERA_HANDLE};
 
 struct csdk_settings_record csdk_settings = {.flags = CAMERA_FLAGS};
 

@@ -165,7 +165,8 @@ class Surroundings(ProgramTest):
     """The program takes no arguments, reads no input and looks at no variables."""
 
     def test_arguments(self):
-        for arguments in (['--help'], ['-'], [''], ['320x200', '-v', '%s%n'], ['x' * 100_000]):
+        for arguments in (['--help'], ['-'], [''], ['320x200', '-v', '%s%n'], ['x' * 100_000],
+                          ['x'] * 1_000):
             with self.subTest(arguments[0][:10]):
                 self.assert_answers(run(*arguments), Example.ANSWER)
 

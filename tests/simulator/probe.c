@@ -4,6 +4,7 @@
  *     init      csdk_init()
  *     next      csdk_next_resolution() with the present handle
  *     stale     csdk_next_resolution() with the handle of the first call
+ *     zero      csdk_next_resolution() with the handle 0
  *     all       next, until a call does not deliver
  *     wider     changes the variable that receives the width
  *     higher    changes the variable that receives the height
@@ -40,6 +41,8 @@ int main(int argc, char** argv) {
             next(csdk.handle);
         } else if (strcmp(argv[i], "stale") == 0) {
             next(first_handle);
+        } else if (strcmp(argv[i], "zero") == 0) {
+            next(0);
         } else if (strcmp(argv[i], "all") == 0) {
             while (next(csdk.handle) == 0)
                 ;

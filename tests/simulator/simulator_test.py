@@ -56,6 +56,11 @@ class Camera(unittest.TestCase):
         self.assertEqual(delivered(count=0), [])
 
     def test_starts_anew_in_each_session(self):
+        session = probe('init', 'next', 'next', 'deinit', 'init', 'next', 'next', count=3)
+        self.assertEqual(session.output.decode().split(),
+                         ['init', '0', '0x0', '1x0', 'deinit', '0', 'init', '0', '0x0', '1x0'])
+        self.assertEqual([call.fields.get('kept') for call in session.calls
+                          if call.name == 'csdk_next_resolution'], [None, '1', None, '1'])
         session = probe('init', 'next', 'deinit', 'init', 'next', 'deinit')
         self.assertEqual(session.output.decode().split('\n'),
                          ['init 0', '640x480', 'deinit 0'] * 2 + [''])
@@ -95,6 +100,7 @@ class Profile(unittest.TestCase):
         'width above 32 bits': (b'2147483648x2\n', 1),
         'height above 32 bits': (b'1x2147483648\n', 1),
         'width below 32 bits': (b'-2147483649x2\n', 1),
+        'vertical tab before a size': (b'\v1x2\n', 1),
         'number beyond 64 bits': (b'1x18446744073709551617\n', 1),
         'NUL': (b'1x2\n\n# c\n1x2\x00\n', 4),
         'CR between sizes': (b'1x2\r3x4\n', 1),
@@ -178,6 +184,8 @@ class Results(unittest.TestCase):
         ({'count': '-1'}, 'CSDK_SIMULATOR_COUNT=-1: expected a number from 0 to 2147483647'),
         ({'count': '1', 'profile': '/dev/null'},
          'CSDK_SIMULATOR_PROFILE and CSDK_SIMULATOR_COUNT: expected only one of them'),
+        ({'count': '0', 'profile': '/dev/null'},
+         'CSDK_SIMULATOR_PROFILE and CSDK_SIMULATOR_COUNT: expected only one of them'),
         ({'record': '/no/such/folder/record'},
          '/no/such/folder/record: No such file or directory'),
     ]
@@ -202,7 +210,8 @@ class Handles(unittest.TestCase):
         self.assertEqual(handles, [('1001', '1001'), ('1001', '1002'), ('1003', '1003')])
 
     def test_calls_outside_a_session_are_refused(self):
-        self.assertEqual(probe('next', 'deinit').output, b'next -1000\ndeinit -1000\n')
+        self.assertEqual(probe('next', 'zero', 'deinit').output,
+                         b'next -1000\nnext -1000\ndeinit -1000\n')
         self.assertEqual(probe('init', 'deinit', 'next', 'deinit').output,
                          b'init 0\ndeinit 0\nnext -1000\ndeinit -1000\n')
 
