@@ -1,5 +1,5 @@
-# What the commands of this tree share; sourced by them. Each defines $usage, offers it, and rejects
-# what it does not understand. Exit status: 0 for success, 1 for failure or findings, 2 for misuse.
+# The commands of this tree source this file. Each command defines $usage, prints it for --help, and
+# rejects unknown arguments. Exit status: 0 for success, 1 for failure or findings, 2 for misuse.
 # shellcheck shell=bash
 set -euo pipefail
 
@@ -21,7 +21,7 @@ misused() {
     exit 2
 }
 
-# offer_help USAGE ARGUMENT...: answers --help, wherever it appears.
+# offer_help USAGE ARGUMENT...: prints USAGE and exits when any argument is --help or -h.
 offer_help() {
     local usage=$1 argument
     shift
@@ -37,19 +37,20 @@ profiles=$root/sdk/simulator/profiles
 # The camera profiles that come with the stand-in SDK.
 profile_names() { (cd "$profiles" && printf '%s\n' *.txt | sed 's/\.txt$//' | paste -sd ' '); }
 
-# find_profile PROFILE: the file that is meant by a file's path or by one of those names.
+# find_profile PROFILE: prints the path of a profile, which is named by its path or by profile_names.
 find_profile() {
     local profile=$profiles/$1.txt
     [[ $1 != */* && ! -f $1 ]] || profile=$1
     [[ -f $profile && -r $profile ]] ||
-        fail "there is no camera profile $1; name a file, or one of: $(profile_names)"
+        fail "no such camera profile: $1; name a file or one of: $(profile_names)"
     printf '%s\n' "$profile"
 }
 
 install_packages() { "$root/tools/install-packages" "$@"; }
 
-# configure PRESET TESTS: only when the build tree is missing, was made from older presets, has been
-# moved, or has no tests and TESTS is ON. Everything else that has changed, Ninja finds out itself.
+# configure PRESET TESTS: configures a build tree, unless it is up to date. It is out of date when it
+# is missing, older than the presets, moved, or without tests while TESTS is ON. Ninja detects every
+# other change itself.
 configure() {
     local preset=$1 tests=$2
     local tree=$root/build/$preset
@@ -67,7 +68,7 @@ configure() {
     (cd "$root" && cmake --fresh --preset "$preset" "${options[@]}")
 }
 
-# provide_expat PRESET: for the machines that Expat is not installed for.
+# provide_expat PRESET: downloads Expat for ARM, which install-packages does not do.
 provide_expat() {
     [[ $1 != arm* ]] || "$root/tools/xml/fetch" "${1%-debug}"
 }

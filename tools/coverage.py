@@ -1,4 +1,4 @@
-"""Reports the lines and branches that no test has reached; used by tools/coverage."""
+"""Reports the lines and branches that no test reaches. tools/coverage runs it."""
 
 import collections
 import json
@@ -12,7 +12,7 @@ ROOT = Path(__file__).resolve().parent.parent
 
 
 def lines_in(report):
-    """The counts by file and line."""
+    """Returns the execution counts by file and line."""
     lines = {}
     for entry in Path(report).read_text(encoding='utf-8').split('end_of_record'):
         if source := re.search(r'^SF:(.*)$', entry, re.MULTILINE):
@@ -22,7 +22,8 @@ def lines_in(report):
 
 
 def branches_in(report):
-    """By file and position of the condition, how often it was true and how often false."""
+    """Returns, by file, how often each condition was true and how often false. The key is
+    (line, column, outcome)."""
     branches = {}
     for file in json.loads(Path(report).read_text(encoding='utf-8'))['data'][0]['files']:
         counts = branches.setdefault(file['filename'], collections.Counter())
@@ -45,7 +46,7 @@ def main(line_report, branch_report):
         missed = {(line, 'never reached') for line, count in lines[path].items() if count == 0}
         missed |= {(line, f'never {str(outcome).lower()} at column {column}')
                    for (line, column, outcome), count in branches.get(path, {}).items()
-                   # An endless loop is no decision.
+                   # `while (true)` is never false.
                    if count == 0 and not source[line - 1].startswith('true)', column - 1)}
         for line, what in sorted(missed):
             if any(line in marked for marked in marks.values()):

@@ -1,9 +1,9 @@
-"""Finds the lines of a source that a comment above them excuses:
+"""Finds the lines of a source that are excused by a comment above them:
 
     // Unreached: REASON     no test reaches the statement
-    // Equivalent: REASON    no test can notice a change in the statement
+    // Equivalent: REASON    no test can detect a change in the statement
 
-A statement that opens a block includes the block.
+If the statement opens a block, the whole block is excused.
 """
 
 import re
@@ -12,7 +12,7 @@ MARK = re.compile(r'\s*// (Unreached|Equivalent): \S')
 
 
 def marked_lines(source, *kinds):
-    """The line numbers, from 1, by the number of their mark."""
+    """Returns the ranges of excused lines by the line number of their mark. Lines count from 1."""
     lines = source.splitlines()
     marked = {}
     for number, line in enumerate(lines):

@@ -1,5 +1,5 @@
-"""Changes the library in small ways and reports what the unit tests do not notice; used by
-tools/mutate. What is no C++ the compiler rejects."""
+"""Makes one small change to the library at a time and reports those that no unit test detects.
+tools/mutate runs it. Changes are textual: the compiler rejects those that are not valid C++."""
 
 import os
 import re
@@ -14,9 +14,9 @@ from marked_lines import marked_lines
 ROOT = Path(__file__).resolve().parent.parent
 COPY, TREE = ROOT / 'build/mutate/source', ROOT / 'build/mutate/tree'
 UNITS = '^(abi|misc|streams|system|video|xml)$'
-SECONDS = '60'  # for one test; a change may have made it endless
+SECONDS = '60'  # limit for one test, because a change may cause an endless loop
 
-# What is replaced in a line, and by what.
+# Each pattern and its replacement.
 OPERATORS = [(re.compile(pattern), replacement) for pattern, replacement in [
     (r'==', '!='), (r'!=', '=='),
     (r' < ', ' <= '), (r' <= ', ' < '), (r' > ', ' >= '), (r' >= ', ' > '),
@@ -51,7 +51,7 @@ def is_ours(path):
 
 
 def changed_lines(since):
-    """The lines that differ from a revision, by path."""
+    """Returns the numbers of the lines that differ from a revision, by path. None means all."""
     lines, path = {}, None
     for line in require('git', 'diff', '-U0', since, '--', 'libraries', cwd=ROOT).splitlines():
         if line.startswith('+++ '):
@@ -65,8 +65,8 @@ def changed_lines(since):
 
 
 def mutants(source, numbers):
-    """The changed sources, each with the number of the line; `numbers` are the lines, or None for
-    all."""
+    """Yields (line number, changed source) for each change. `numbers` selects the lines; None
+    selects all."""
     lines = source.splitlines(keepends=True)
     marks = marked_lines(source, 'Unreached', 'Equivalent').values()
     excused = {number for marked in marks for number in marked}
@@ -83,7 +83,7 @@ def mutants(source, numbers):
 
 
 def copy_tree():
-    """Only what differs, so that little is compiled again."""
+    """Copies only files that differ, so that few are compiled again."""
     listed = require('git', 'ls-files', '--cached', '--others', '--exclude-standard', cwd=ROOT)
     paths = {path for path in listed.splitlines() if (ROOT / path).is_file()}
     for path in paths:
@@ -97,7 +97,7 @@ def copy_tree():
 
 
 def unit_tests():
-    """Their targets."""
+    """Returns the build targets of the unit tests."""
     listed = require('ctest', '--test-dir', TREE, '--show-only', '-L', UNITS)
     return ['test.' + name.replace('/', '.') for name in re.findall(r': (\w+/\w+)$', listed, re.M)]
 
@@ -117,7 +117,7 @@ def tests_pass(*options):
 def verdict(path):
     if not build():
         return 'rejected'
-    # Its own tests notice most changes.
+    # The file's own tests run first, because they detect most changes.
     own = path.stem.split('_')[-1]
     return 'unnoticed' if tests_pass('-R', own) and tests_pass('-L', UNITS) else 'noticed'
 
@@ -134,8 +134,8 @@ def main(since, *files):
         return 0
 
     copy_tree()
-    # A shared library, so that a change in one source is compiled and linked once, for all tests.
-    # The sanitizers notice reads and writes in the wrong places.
+    # A shared library is linked once per change instead of once per test. The sanitizers detect
+    # out-of-bounds accesses.
     require('cmake', '-S', COPY, '-B', TREE, '--preset', 'sanitize', '-DBUILD_SHARED_LIBS=ON',
             '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON', '-DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS',
             '-DZN_WERROR=OFF', '-DZN_BUILD_PROGRAM=OFF', '-DZN_INSTALL=OFF', cwd=COPY)

@@ -160,7 +160,7 @@ class Calls(unittest.TestCase):
     def test_profile_that_is_none(self):
         status, messages = run('no-such-camera')
         self.assertEqual(status, 1)
-        self.assertRegex(messages, r'^camera: there is no camera profile no-such-camera; .*indoor')
+        self.assertRegex(messages, r'^camera: no such camera profile: no-such-camera; .*indoor')
 
     def test_two_profiles(self):
         self.assertEqual(run('indoor', 'full-hd')[0], 2)
