@@ -178,6 +178,10 @@ TEST(TextExamples, Markup) {
     assert(zntl::String::decodeHtml("&amp;lt;") == "<"); // "&amp;" first, and then "&lt;"
     assert(zntl::String::decodeHtml("&amp;amp;") == "&amp;");
     // [/decodeHtml]
+    // [renderElement]
+    assert(zntl::renderElement("a", zntl::String::encodeHtml("1 < 2")) == "<a>1 &lt; 2</a>");
+    assert(zntl::renderElement("a") == "<a/>");
+    // [/renderElement]
     // [findOpenTag]
     zntl::String const list("<items><item id='1'/></items>");
     unsigned int start;
@@ -352,18 +356,18 @@ TEST(TextPage, HasAnExampleOfEveryOperation) {
     std::string all;
     for (auto const& [name, code] : examplesOfPage())
         all += code;
-    for (char const* const operation : {"fromFormat",     "fromVAList",     "fromInteger",
-                                        "fromFloat",      "fromEnvVarible", "iCompare",
-                                        "hasPrefix",      "toLower",        "padEnd",
-                                        "copyString",     "toUnsignedInt",  "isNumeric",
-                                        "toBool",         "trim",           "sanitize",
-                                        "extract",        "abbreviate",     "findAll",
-                                        "tokenize",       "encodeHtml",     "decodeHtml",
-                                        "findOpenTag",    "findCloseTag",   "replaceElement",
-                                        "toFile",         "fromFile",       "toXML",
-                                        "fromXML",        "toBin",          "fromBin",
-                                        "getBinLength",   "getSize",        "getReferenceCount",
-                                        "removeReference"})
+    for (char const* const operation : {"fromFormat",      "fromVAList",     "fromInteger",
+                                        "fromFloat",       "fromEnvVarible", "iCompare",
+                                        "hasPrefix",       "toLower",        "padEnd",
+                                        "copyString",      "toUnsignedInt",  "isNumeric",
+                                        "toBool",          "trim",           "sanitize",
+                                        "extract",         "abbreviate",     "findAll",
+                                        "tokenize",        "encodeHtml",     "decodeHtml",
+                                        "findOpenTag",     "findCloseTag",   "replaceElement",
+                                        "toFile",          "fromFile",       "toXML",
+                                        "fromXML",         "toBin",          "fromBin",
+                                        "getBinLength",    "getSize",        "getReferenceCount",
+                                        "removeReference", "renderElement"})
         EXPECT_NE(all.find(std::string(operation) + "("), std::string::npos) << operation;
 }
 

@@ -66,6 +66,27 @@ OpenTag selfClosing(std::size_t start, std::size_t end) { return {start, end, tr
 
 constexpr std::nullopt_t none = std::nullopt;
 
+// --- renderElement ---
+
+TEST(RenderElement, PutsTheContentBetweenTwoTags) {
+    EXPECT_EQ(zntl::renderElement("a", "text"), "<a>text</a>");
+    EXPECT_EQ(zntl::renderElement("a", ""), "<a></a>");
+    EXPECT_EQ(zntl::renderElement("", "text"), "<>text</>");
+    EXPECT_EQ(zntl::renderElement("a", "<b/> & \0"s), "<a><b/> & \0</a>"s) << "as it is";
+    std::string const name(100, 'n');
+    EXPECT_EQ(zntl::renderElement(name.c_str(), name), "<" + name + ">" + name + "</" + name + ">");
+}
+
+TEST(RenderElement, WithoutContentIsOneTag) {
+    EXPECT_EQ(zntl::renderElement("a"), "<a/>");
+    EXPECT_EQ(zntl::renderElement(""), "</>");
+}
+
+TEST(RenderElement, WithoutANameIsNothing) {
+    EXPECT_EQ(zntl::renderElement(nullptr), "");
+    EXPECT_EQ(zntl::renderElement(nullptr, "text"), "");
+}
+
 // --- findOpenTag ---
 
 TEST(FindOpenTag, FindsATagOfTheWholeName) {

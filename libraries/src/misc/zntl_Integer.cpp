@@ -3,13 +3,9 @@
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
+#include "misc/zntl_Markup.h"
 #include "system/znml_constants.h" // Contract: included for its private constants, unused here
 #include "xml/znxml_DomIterator.h"
-
-#include <algorithm>
-#include <cstddef>
-#include <cstring>
-#include <string_view>
 
 namespace zntl {
 
@@ -20,20 +16,7 @@ std::string Integer::getTypeName() const { return "Integer"; }
 std::string Integer::toXML() const { return toXML("Integer"); }
 
 std::string Integer::toXML(char const* name) const {
-    std::string_view const element = name ? name : "";
-    // Room for the longest number; what is left over is cut off.
-    std::string xml(2 * element.size() + std::strlen("<></>") + maxDecimalLength, '\0');
-    char* out = xml.data();
-    *out++ = '<';
-    out = std::copy(element.begin(), element.end(), out);
-    *out++ = '>';
-    out += writeDecimal(out, value_);
-    *out++ = '<';
-    *out++ = '/';
-    out = std::copy(element.begin(), element.end(), out);
-    *out++ = '>';
-    xml.resize(static_cast<std::size_t>(out - xml.data()));
-    return xml;
+    return renderElement(name ? name : "", std::to_string(value_));
 }
 
 bool Integer::fromXML(char const* xml) {

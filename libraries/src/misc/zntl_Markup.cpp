@@ -3,7 +3,9 @@
 #include "misc/internal/zntl_blank.h"
 #include "misc/internal/zntl_search.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -162,6 +164,32 @@ std::vector<Element> matchElements(std::string_view text, Patterns const& patter
 }
 
 } // namespace
+
+std::string renderElement(char const* name, std::string_view content) {
+    if (!name)
+        return {};
+    std::string_view const element = name;
+    std::string xml(2 * element.size() + content.size() + std::strlen("<></>"), '\0');
+    char* out = xml.data();
+    *out++ = '<';
+    out = std::copy(element.begin(), element.end(), out);
+    *out++ = '>';
+    out = std::copy(content.begin(), content.end(), out);
+    *out++ = '<';
+    *out++ = '/';
+    out = std::copy(element.begin(), element.end(), out);
+    *out = '>';
+    return xml;
+}
+
+std::string renderElement(char const* name) {
+    if (!name)
+        return {};
+    std::string xml = "<";
+    xml += name;
+    xml += "/>";
+    return xml;
+}
 
 bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                  unsigned int& end, bool& selfClosing) {

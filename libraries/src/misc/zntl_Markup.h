@@ -2,7 +2,17 @@
 
 #include "misc/zntl_String.h"
 
+#include <string>
+#include <string_view>
+
 namespace zntl {
+
+/// "<name>content</name>". The content is taken as it is: encode text first (String::encodeHtml).
+/// Returns the empty string for a null name.
+std::string renderElement(char const* name, std::string_view content);
+
+/// "<name/>". Returns the empty string for a null name.
+std::string renderElement(char const* name);
 
 /// Finds the first opening tag of element `name` at or after position `from`: "<", the name, and
 /// then ">", "/>", or a blank (space, tab, newline, carriage return) and anything up to the next

@@ -3,7 +3,7 @@
 #include "misc/internal/zntl_binLength.h"
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
-#include "misc/internal/zntl_escape.h"
+#include "misc/zntl_Markup.h"
 #include "system/zn_portability.h"
 #include "xml/znxml_DomIterator.h"
 
@@ -102,22 +102,7 @@ std::string String::getTypeName() const { return "zntl_String"; }
 std::string String::toXML() const { return toXML("zntl_String"); }
 
 std::string String::toXML(char const* name) const {
-    if (!name)
-        return {};
-    std::string xml;
-    xml.reserve(size() + 2 * std::strlen(name) + std::strlen("<></>"));
-    xml += '<';
-    xml += name;
-    if (empty()) {
-        xml += "/>";
-        return xml;
-    }
-    xml += '>';
-    appendEncoded(xml, *this);
-    xml += "</";
-    xml += name;
-    xml += '>';
-    return xml;
+    return empty() ? renderElement(name) : renderElement(name, encodeHtml(*this));
 }
 
 bool String::fromXML(char const* xml) {

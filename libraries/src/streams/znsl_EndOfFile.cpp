@@ -1,5 +1,7 @@
 #include "streams/znsl_EndOfFile.h"
 
+#include "misc/zntl_Markup.h"
+
 namespace znsl {
 
 unsigned int EndOfFile::getTypeId() const { return typeId; }
@@ -8,14 +10,7 @@ std::string EndOfFile::getTypeName() const { return "znsl_EndOfFile"; }
 
 std::string EndOfFile::toXML() const { return toXML("znsl_EndOfFile"); }
 
-std::string EndOfFile::toXML(char const* name) const {
-    if (!name)
-        return {};
-    std::string xml = "<";
-    xml += name;
-    xml += "/>";
-    return xml;
-}
+std::string EndOfFile::toXML(char const* name) const { return zntl::renderElement(name); }
 
 bool EndOfFile::fromXML(char const* /*xml*/) { return true; }
 

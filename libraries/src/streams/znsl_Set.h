@@ -2,6 +2,7 @@
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
+#include "misc/zntl_Markup.h"
 #include "misc/zntl_String.h"
 #include "streams/znsl_MemIOStream.h"
 #include "streams/znsl_Serializable.h"
@@ -204,15 +205,10 @@ private:
     std::string render(char const* name, ElementXML elementXML) const {
         if (!name)
             return {};
-        std::string xml = "<";
-        xml += name;
-        xml += '>';
+        std::string content;
         for (T const& element : *this)
-            xml += elementXML(element);
-        xml += "</";
-        xml += name;
-        xml += '>';
-        return xml;
+            content += elementXML(element);
+        return zntl::renderElement(name, content);
     }
 };
 
