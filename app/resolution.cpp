@@ -2,6 +2,7 @@
 // an HTTP header and one line of JSON, in ascending order, the first one the default.
 
 #include "csdk.h"
+#include "misc/zntl_String.h"
 #include "streams/znsl_Set.h"
 #include "system/znml_constants.h" // Contract: included for its private constants, unused here
 #include "video/znvl_Resolution.h"
@@ -37,7 +38,7 @@ Resolutions collectSmallResolutions() {
     // The SDK may change its handle at any call.
     while (csdk_next_resolution(csdk.handle, &width, &height) == 0) {
         if (isSmall(width, height))
-            resolutions.emplace(width, height);
+            resolutions.insert(znvl::Resolution(width, height));
     }
     return resolutions;
 }
@@ -45,13 +46,15 @@ Resolutions collectSmallResolutions() {
 void printEntries(Resolutions const& resolutions) {
     bool isFirst = true;
     for (znvl::Resolution const& resolution : resolutions) {
-        if (!isFirst)
+        zntl::String const size = zntl::String::fromFormat("%dx%d", resolution.width.getValue(),
+                                                           resolution.height.getValue());
+        if (isFirst) {
+            std::printf("{\"resolution\": \"%s\", \"default\": true }", size.c_str());
+            isFirst = false;
+        } else {
             std::putchar(',');
-        // One formatting call for the whole entry: at every request this is half of what the
-        // program does besides starting.
-        std::printf("{\"resolution\": \"%dx%d\", \"default\": %s }", resolution.width.getValue(),
-                    resolution.height.getValue(), isFirst ? "true" : "false");
-        isFirst = false;
+            std::printf("{\"resolution\": \"%s\", \"default\": false }", size.c_str());
+        }
     }
 }
 
@@ -63,7 +66,8 @@ int main() {
         return 1;
     std::puts("Content-Type: text/plain\r\n\r"); // puts adds the last newline
     std::putchar('[');
-    printEntries(collectSmallResolutions());
+    Resolutions const resolutions = collectSmallResolutions();
+    printEntries(resolutions);
     std::putchar(']');
     csdk_deinit();
     return 0;
