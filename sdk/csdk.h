@@ -1,7 +1,7 @@
 /// @file
 /// The camera SDK's interface, as far as the resolution program uses it: two
-/// records and three functions, exported by libsdk.so. Compiles as C and as
-/// C++.
+/// records and three functions, exported by libsdk.so. Compiles as C (C99 and
+/// later) and as C++ (C++98 and later).
 ///
 /// The program refers to both records by name and is linked as a fixed-address
 /// executable (-no-pie), so the loader copies them into the program and binds
@@ -13,7 +13,6 @@
 #ifndef CSDK_H
 #define CSDK_H
 
-#include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -87,18 +86,21 @@ int csdk_next_resolution(int handle, int* width, int* height);
 int csdk_deinit(void);
 
 /* The layout that the SDK was compiled with: a compiler that lays the records
- * out otherwise must not build the program. */
-static_assert(sizeof(struct csdk_state) == 20, "csdk is 20 bytes");
-static_assert(offsetof(struct csdk_state, handle) == 0, "the handle is the first word of csdk");
-static_assert(sizeof(int) == 4, "resolutions and handles are 32-bit numbers");
-static_assert(sizeof(struct csdk_settings_record) == 40, "csdk_settings is 40 bytes");
-static_assert(offsetof(struct csdk_settings_record, application_name) == 0 &&
-                  offsetof(struct csdk_settings_record, vendor_name) == sizeof(void*) &&
-                  offsetof(struct csdk_settings_record, mode) == 2 * sizeof(void*) &&
-                  offsetof(struct csdk_settings_record, option) == 2 * sizeof(void*) + 4 &&
-                  offsetof(struct csdk_settings_record, flags) == 2 * sizeof(void*) + 5,
-              "the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines, and "
-              "follow one another on others");
+ * out otherwise must not build the program. (An array of negative size also
+ * stops a compiler that has no static_assert, and its name says why.) */
+#define CSDK_REQUIRE(fact, condition) typedef char fact[(condition) ? 1 : -1]
+CSDK_REQUIRE(csdk_is_20_bytes, sizeof(struct csdk_state) == 20);
+CSDK_REQUIRE(csdk_handle_is_the_first_word, offsetof(struct csdk_state, handle) == 0);
+CSDK_REQUIRE(csdk_numbers_are_32_bit, sizeof(int) == 4);
+CSDK_REQUIRE(csdk_settings_is_40_bytes, sizeof(struct csdk_settings_record) == 40);
+/* At 0, 4, 8, 12 and 13 on 32-bit machines. */
+CSDK_REQUIRE(csdk_settings_fields_follow_one_another,
+             offsetof(struct csdk_settings_record, application_name) == 0 &&
+                 offsetof(struct csdk_settings_record, vendor_name) == sizeof(void*) &&
+                 offsetof(struct csdk_settings_record, mode) == 2 * sizeof(void*) &&
+                 offsetof(struct csdk_settings_record, option) == 2 * sizeof(void*) + 4 &&
+                 offsetof(struct csdk_settings_record, flags) == 2 * sizeof(void*) + 5);
+#undef CSDK_REQUIRE
 
 #ifdef __cplusplus
 }

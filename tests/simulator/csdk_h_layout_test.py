@@ -9,10 +9,10 @@ from pathlib import Path
 HEADER = Path(os.environ['ZN_SOURCES'], 'sdk/csdk.h').read_text()
 COMPILERS = {'c': os.environ['ZN_CC'], 'c++': os.environ['ZN_CXX']}
 
-STATE = 'csdk is 20 bytes'
-HANDLE = 'the handle is the first word of csdk'
-SETTINGS = 'csdk_settings is 40 bytes'
-FIELDS = 'the fields of csdk_settings are at 0, 4, 8, 12 and 13 on 32-bit machines'
+STATE = 'csdk_is_20_bytes'
+HANDLE = 'csdk_handle_is_the_first_word'
+SETTINGS = 'csdk_settings_is_40_bytes'
+FIELDS = 'csdk_settings_fields_follow_one_another'
 
 
 def exchange(first, second):

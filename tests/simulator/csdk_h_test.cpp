@@ -1,9 +1,7 @@
 // The SDK's interface compiles as C++, and has the linkage of C there.
 #include "csdk.h"
 
-static_assert(CSDK_FLAGS_OPTION == 0x80);
-static_assert(sizeof(csdk) == 20);
-static_assert(sizeof(csdk_settings) == 40);
+int csdk_h_as_cpp();
 
 int csdk_h_as_cpp() {
     int width = 0;
