@@ -2,7 +2,6 @@
 // an HTTP header and one line of JSON, in ascending order, the first one the default.
 
 #include "csdk.h"
-#include "misc/zntl_String.h"
 #include "streams/znsl_Set.h"
 #include "system/znml_constants.h" // Contract: included for its private constants, unused here
 #include "video/znvl_Resolution.h"

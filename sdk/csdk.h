@@ -88,6 +88,7 @@ int csdk_deinit(void);
 /* The layout that the SDK was compiled with: a compiler that lays the records
  * out otherwise must not build the program. (An array of negative size also
  * stops a compiler that has no static_assert, and its name says why.) */
+/** @cond */
 #define CSDK_REQUIRE(fact, condition) typedef char fact[(condition) ? 1 : -1]
 CSDK_REQUIRE(csdk_is_20_bytes, sizeof(struct csdk_state) == 20);
 CSDK_REQUIRE(csdk_handle_is_the_first_word, offsetof(struct csdk_state, handle) == 0);
@@ -101,6 +102,7 @@ CSDK_REQUIRE(csdk_settings_fields_follow_one_another,
                  offsetof(struct csdk_settings_record, option) == 2 * sizeof(void*) + 4 &&
                  offsetof(struct csdk_settings_record, flags) == 2 * sizeof(void*) + 5);
 #undef CSDK_REQUIRE
+/** @endcond */
 
 #ifdef __cplusplus
 }

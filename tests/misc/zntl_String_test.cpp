@@ -17,6 +17,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -427,6 +428,14 @@ public:
     }
     unsigned int getBinLength() const override { return 1000; }
 };
+
+TEST(String, PadEndRefusesAWidthThatNoStringCanHave) {
+    if (String().max_size() < UINT_MAX) {
+        EXPECT_THROW(String("a").padEnd(UINT_MAX, '*'), std::length_error);
+    } else {
+        GTEST_SKIP() << "every width is possible on this machine";
+    }
+}
 
 TEST(String, IsOfType501) { EXPECT_EQ(String().getTypeId(), 501U); }
 

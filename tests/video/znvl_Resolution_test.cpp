@@ -596,6 +596,13 @@ TEST(ResolutionTables, EndAtTheNullEntry) {
     EXPECT_EQ(Resolution(1280, 720).toNameString(), "1280x720");
 }
 
+TEST(ResolutionTables, ANullNameIsTheEmptyName) {
+    TableEntry const none(Resolution::NameStrings[1], nullptr);
+    EXPECT_EQ(Resolution(352, 288).toNameString(), "");
+    EXPECT_EQ(Resolution(704, 576).toNameString(), "4CIF");
+    EXPECT_EQ(Resolution(353, 288).toNameString(), "353x288");
+}
+
 // Without memory
 
 TEST(Resolution, WithoutMemoryCopiesLeaveTheTarget) {

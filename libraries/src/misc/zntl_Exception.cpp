@@ -1,7 +1,5 @@
 #include "misc/zntl_Exception.h"
 
-#include "misc/internal/zntl_decimal.h"
-
 namespace zntl {
 
 Exception::Exception(std::string const& message) : message_(message) {}
@@ -9,14 +7,7 @@ Exception::Exception(std::string const& message) : message_(message) {}
 char const* Exception::what() const noexcept { return message_.c_str(); }
 
 std::string locatedMessage(char const* source, int line, char const* className, char const* text) {
-    std::string message(source);
-    message += " (";
-    appendDecimal(message, line);
-    message += "): ";
-    message += className;
-    message += "::";
-    message += text;
-    return message;
+    return std::string(source) + " (" + std::to_string(line) + "): " + className + "::" + text;
 }
 
 } // namespace zntl

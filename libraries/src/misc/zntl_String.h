@@ -46,9 +46,9 @@ public:
 
     /// Formats like printf. `args` is the address of a va_list object (not of a va_list parameter,
     /// which some machines pass as a pointer: take a va_copy first); the caller's va_list is left
-    /// as it was. The result stops at the first NUL that the formatting produced. A null format,
-    /// or one that the C library rejects, gives the empty string. The number format follows the
-    /// C library's locale, as printf does.
+    /// as it was. It may be null for a format that takes no arguments. The result stops at the first
+    /// NUL that the formatting produced. A null format, or one that the C library rejects, gives the
+    /// empty string. The number format follows the C library's locale, as printf does.
     static String fromVAList(char const* format, void* args);
 
     /// Formats like printf, as `fromVAList` does: `fromFormat("%dx%d", 640, 480)` is "640x480".
@@ -57,8 +57,8 @@ public:
     /// The value in decimal: `fromInteger(-7)` is "-7".
     static String fromInteger(int value);
 
-    /// The value with `decimals` digits behind the point, rounded as printf does:
-    /// `fromFloat(2.5f, 2)` is "2.50".
+    /// The value as printf writes it for "%.*f", with `decimals` digits: in the locale of the
+    /// calling thread, and rounded as the program asked for. `fromFloat(2.5f, 2)` is "2.50".
     static String fromFloat(float value, int decimals);
 
     /// The value of an environment variable; the empty string when it is not set.
@@ -99,7 +99,8 @@ public:
     /// result is false.
     bool isNumeric(bool& isInteger) const;
 
-    /// The text, followed by `fill` characters up to `width` characters; never shortened.
+    /// The text, followed by `fill` characters up to `width` characters; never shortened. Throws
+    /// std::length_error for a width above max_size(), which a width can exceed on 32-bit machines.
     String padEnd(unsigned int width, char fill) const;
 
     /// True for "true", "t", "yes", "y" and "on" in any letter case; any other text is true when

@@ -3,13 +3,9 @@
 #include "misc/internal/zntl_decimal.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <clocale>
-#include <cmath>
 #include <cstdarg>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -18,145 +14,121 @@ namespace zntl {
 
 namespace {
 
-/// A copy of the list that a pointer leads to, so that the list can be used again.
-class Arguments {
+/// Collects pieces in a buffer, so that most results are one copy into a string.
+class Output {
 public:
-    explicit Arguments(void* list) { va_copy(copy, *static_cast<std::va_list*>(list)); }
-    Arguments(Arguments const&) = delete;
-    Arguments& operator=(Arguments const&) = delete;
-    ~Arguments() { va_end(copy); }
-
-    std::va_list copy;
-};
-
-/// Appends pieces to a text, the short ones of them together: the last ones with `flush`.
-class PieceAppender {
-public:
-    // What is collected is written before it is read.
     // cppcheck-suppress uninitMemberVar
-    explicit PieceAppender(std::string& text) : text_(text) {}
+    explicit Output(std::string& text) : text_(text) {}
 
-    void append(std::string_view piece) {
-        if (piece.size() > sizeof pending_ - count_) {
-            text_.reserve(text_.size() + count_ + piece.size() + sizeof pending_);
+    void append(char c) {
+        if (at_ == end())
             flush();
-            text_ += piece;
-        } else if (!piece.empty()) {
-            std::memcpy(pending_ + count_, piece.data(), piece.size());
-            count_ += piece.size();
-        }
+        *at_++ = c;
     }
 
     template <class Number>
     void appendNumber(Number value) {
-        if (sizeof pending_ - count_ < maxDecimalLength)
+        if (end() - at_ < static_cast<std::ptrdiff_t>(maxDecimalLength))
             flush();
-        count_ += writeDecimal(pending_ + count_, value);
+        at_ = std::to_chars(at_, end(), value).ptr;
+    }
+
+    void append(std::string_view piece) {
+        if (piece.size() > static_cast<std::size_t>(end() - at_)) {
+            // Room for one more buffer, so that the end of the output does not move a long piece.
+            text_.reserve(text_.size() + piece.size() + 2 * sizeof buffer_);
+            flush();
+            text_ += piece;
+        } else {
+            std::memcpy(at_, piece.data(), piece.size());
+            at_ += piece.size();
+        }
     }
 
     void flush() {
-        text_.append(pending_, count_);
-        count_ = 0;
+        text_.append(buffer_, static_cast<std::size_t>(at_ - buffer_));
+        at_ = buffer_;
     }
 
 private:
+    char* end() { return buffer_ + sizeof buffer_; }
+
     std::string& text_;
-    char pending_[64];
-    std::size_t count_ = 0;
+    char buffer_[64];
+    char* at_ = buffer_;
 };
 
-/// Formats what most formats are made of, texts and whole numbers as they are, at a fraction of
-/// printf's cost. False when there is more in it; what was appended until then is of no use.
-bool appendPlain(std::string& text, char const* format, void* list) {
-    Arguments args(list);
-    PieceAppender out(text);
-    while (true) {
-        char const* const literal = format;
-        while (*format != '%' && *format != '\0')
-            ++format;
-        out.append({literal, static_cast<std::size_t>(format - literal)});
-        if (*format == '\0') {
-            out.flush();
-            return true;
+/// Formats text and whole numbers, which most formats consist of, at a fraction of printf's cost.
+/// False when the format has anything else.
+bool appendPlain(std::string& text, char const* format, std::va_list args) {
+    Output out(text);
+    for (; *format != '\0'; ++format) {
+        if (*format != '%') {
+            out.append(*format);
+            continue;
         }
-        switch (format[1]) {
+        switch (*++format) {
         case '%':
-            out.append("%");
+            out.append('%');
             break;
         case 'd':
         case 'i':
-            out.appendNumber(va_arg(args.copy, int));
+            out.appendNumber(va_arg(args, int));
             break;
         case 'u':
-            out.appendNumber(va_arg(args.copy, unsigned int));
+            out.appendNumber(va_arg(args, unsigned int));
             break;
         case 's':
-            if (char const* const string = va_arg(args.copy, char const*)) {
-                out.append(std::string_view(string));
+            if (char const* const piece = va_arg(args, char const*)) {
+                out.append(std::string_view(piece));
                 break;
             }
             return false;
         default:
             return false;
         }
-        format += 2;
     }
-}
-
-int print(char* out, std::size_t size, char const* format, void* list) {
-    Arguments args(list);
-    return std::vsnprintf(out, size, format, args.copy);
-}
-
-/// Formats whatever printf can.
-void assignPrinted(std::string& text, char const* format, void* list) {
-    // Most texts fit here, and then one formatting pass measures and delivers.
-    char brief[4096];
-    int const length = print(brief, sizeof brief, format, list);
-    auto const size = static_cast<std::size_t>(std::max(length, 0));
-    if (size < sizeof brief) {
-        text = length < 0 ? "" : brief;
-        return;
-    }
-    text.resize(size);
-    print(text.data(), size + 1, format, list);
-    text.resize(std::strlen(text.c_str()));
-}
-
-/// Appends a number as printf does for "%.*f"; false when it is too large for that, is no number,
-/// or has too many decimals.
-bool appendFixed(std::string& text, float value, int decimals) {
-    // Up to here a product with a float's 24 bits is exact, so its rounding is that of the value.
-    constexpr std::array powers{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
-    constexpr double limit = 1e15;
-    if (decimals < 0 || static_cast<std::size_t>(decimals) >= powers.size())
-        return false;
-    auto const places = static_cast<std::size_t>(decimals);
-    double const scaled = std::abs(static_cast<double>(value)) * powers[places];
-    if (!(scaled < limit))
-        return false;
-    auto whole = static_cast<std::uint64_t>(scaled);
-    double const rest = scaled - static_cast<double>(whole);
-    if (rest > 0.5 || (rest == 0.5 && whole % 2 == 1))
-        ++whole;
-    char digits[sizeof "1000000000000000"];
-    auto const count =
-        static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, whole).ptr - digits);
-    if (std::signbit(value))
-        text += '-';
-    if (count <= places)
-        text.append(places + 1 - count, '0');
-    text.append(digits, count);
-    if (places > 0)
-        text.insert(text.size() - places, std::localeconv()->decimal_point);
+    out.flush();
     return true;
+}
+
+int print(char* out, std::size_t size, char const* format, void* args) {
+    std::va_list copy;
+    va_copy(copy, *static_cast<std::va_list*>(args));
+    int const length = std::vsnprintf(out, size, format, copy);
+    va_end(copy);
+    return length;
+}
+
+/// Formats whatever printf can. Most results fit in the buffer; a longer one is printed once more.
+void assignPrinted(std::string& text, char const* format, void* args) {
+    char buffer[4096];
+    int const length = print(buffer, sizeof buffer, format, args);
+    auto const size = static_cast<std::size_t>(std::max(length, 0));
+    if (size < sizeof buffer) {
+        text.assign(buffer, size);
+    } else {
+        text.resize(size);
+        print(text.data(), size + 1, format, args);
+    }
+    text.resize(std::strlen(text.c_str()));
 }
 
 } // namespace
 
 String String::fromVAList(char const* format, void* args) {
     String text;
-    if (format && !appendPlain(text, format, args))
+    if (!format)
+        return text;
+    if (!args) {
+        text = fromFormat(format, nullptr); // with an empty list
+        return text;
+    }
+    std::va_list copy;
+    va_copy(copy, *static_cast<std::va_list*>(args));
+    bool const isPlain = appendPlain(text, format, copy);
+    va_end(copy);
+    if (!isPlain)
         assignPrinted(text, format, args);
     return text;
 }
@@ -171,14 +143,12 @@ String String::fromFormat(char const* format, ...) {
 
 String String::fromInteger(int value) {
     char digits[maxDecimalLength];
-    return {digits, writeDecimal(digits, value)};
+    char const* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    return {digits, static_cast<std::size_t>(end - digits)};
 }
 
 String String::fromFloat(float value, int decimals) {
-    String text;
-    if (!appendFixed(text, value, decimals))
-        text = fromFormat("%.*f", decimals, static_cast<double>(value));
-    return text;
+    return fromFormat("%.*f", decimals, static_cast<double>(value));
 }
 
 } // namespace zntl

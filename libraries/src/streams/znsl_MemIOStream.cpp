@@ -2,7 +2,6 @@
 
 #include "misc/internal/zntl_binLength.h"
 #include "misc/internal/zntl_bytes.h"
-#include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
 #include "streams/internal/znsl_readWithin.h"
 #include "streams/znsl_EndOfFile.h"
@@ -75,10 +74,8 @@ std::string locate(int line, char const* text) {
 }
 
 [[noreturn]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
-    std::string text = "type mismatch ";
-    zntl::appendDecimal(text, static_cast<int>(found));
-    text += " != ";
-    zntl::appendDecimal(text, static_cast<int>(expected));
+    std::string const text = "type mismatch " + std::to_string(static_cast<int>(found)) +
+                             " != " + std::to_string(static_cast<int>(expected));
     raise(376, "peek()", text.c_str());
 }
 

@@ -6,6 +6,7 @@
 #include "system/znml_constants.h" // Contract: included for its private constants, unused here
 
 #include <algorithm>
+#include <charconv>
 #include <climits>
 #include <cstddef>
 #include <strings.h>
@@ -55,44 +56,18 @@ bool scanSize(char const* text, Resolution& size) {
     return true;
 }
 
-/// The entry of `values` at the place where `keys` holds the first text that `isWanted`; null when
-/// there is none.
-template <class IsWanted>
-char const* lookUp(char const* const* keys, char const* const* values, IsWanted isWanted) {
-    for (; *keys; ++keys, ++values) {
-        if (isWanted(*keys))
-            return *values;
+/// The size that a name stands for; null when it is no name.
+char const* findSize(char const* name) {
+    for (std::size_t i = 0; Resolution::NameStrings[i]; ++i) {
+        if (strcasecmp(name, Resolution::NameStrings[i]) == 0)
+            return Resolution::ResolutionStrings[i];
     }
     return nullptr;
 }
 
-/// Whether a text is a size, in any letter case; of a size's characters only the "x" has two.
-bool equalsSize(char const* text, char const* size) {
-    for (; *text == *size || (*text == 'X' && *size == 'x'); ++text, ++size) {
-        if (*size == '\0')
-            return true;
-    }
-    return false;
-}
-
-// Only a subclass can list other members than the width and the height; for a plain resolution no
-// list is made. What makes one stays out of line, so that the others need no room and no clean-up
-// for it.
-
+/// Whether the members are the width and the height: only a subclass can list others. A plain
+/// resolution needs no list, which costs twenty times as much as its eight bytes.
 bool isPlain(Resolution const& resolution) { return typeid(resolution) == typeid(Resolution); }
-
-[[gnu::noinline]] unsigned int getMembersLength(Resolution const& resolution) {
-    return znsl::Members(resolution).getBinLength();
-}
-
-[[gnu::noinline]] unsigned int writeMembers(Resolution const& resolution, unsigned char* out) {
-    return znsl::Members(resolution).toBin(out);
-}
-
-[[gnu::noinline]] unsigned int readMembers(Resolution const& resolution, unsigned char const* data,
-                                           unsigned int length) {
-    return znsl::Members(resolution).fromBin(data, length);
-}
 
 } // namespace
 
@@ -125,24 +100,24 @@ Resolution Resolution::scale(Resolution const& bounds) const {
 
 bool Resolution::fromString(zntl::String const& text) {
     char const* size = text.c_str();
-    // An entry's text may be a name as well.
     while (size && !scanSize(size, *this))
-        size = lookUp(NameStrings, ResolutionStrings,
-                      [size](char const* named) { return strcasecmp(size, named) == 0; });
+        size = findSize(size); // an entry may be a name itself
     return size != nullptr;
 }
 
 zntl::String Resolution::toNameString() const {
-    char size[zntl::maxDecimalLength + sizeof "x" + zntl::maxDecimalLength];
-    std::size_t length = zntl::writeDecimal(size, width.getValue());
-    size[length++] = 'x';
-    length += zntl::writeDecimal(size + length, height.getValue());
-    size[length] = '\0';
-    char const* const sizeName = lookUp(ResolutionStrings, NameStrings,
-                                        [&](char const* named) { return equalsSize(named, size); });
-    if (sizeName)
-        return sizeName;
-    return {size, length};
+    constexpr std::size_t number = zntl::maxDecimalLength;
+    char size[number + sizeof "x" + number];
+    char* end = std::to_chars(size, size + number, width.getValue()).ptr;
+    *end++ = 'x';
+    end = std::to_chars(end, end + number, height.getValue()).ptr;
+    *end = '\0';
+    for (std::size_t i = 0; ResolutionStrings[i]; ++i) {
+        // Most sizes differ in the first character, which saves a call.
+        if (*ResolutionStrings[i] == *size && strcasecmp(ResolutionStrings[i], size) == 0)
+            return NameStrings[i];
+    }
+    return size;
 }
 
 unsigned int Resolution::getTypeId() const { return 815; }
@@ -158,19 +133,19 @@ std::string Resolution::toXML(char const* element) const {
 bool Resolution::fromXML(char const* xml) { return znsl::Members(*this).fromXML(xml, withoutXML); }
 
 unsigned int Resolution::getBinLength() const {
-    return isPlain(*this) ? binLength : getMembersLength(*this);
+    return isPlain(*this) ? binLength : znsl::Members(*this).getBinLength();
 }
 
 unsigned int Resolution::toBin(unsigned char* out) const {
     if (!isPlain(*this))
-        return writeMembers(*this, out);
+        return znsl::Members(*this).toBin(out);
     zntl::storeNative(zntl::storeNative(out, width.getValue()), height.getValue());
     return binLength;
 }
 
 unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length) {
     if (!isPlain(*this))
-        return readMembers(*this, data, length);
+        return znsl::Members(*this).fromBin(data, length);
     unsigned int const offset = width.fromBin(data, length);
     return offset + height.fromBin(data + offset, length - offset);
 }

@@ -4,21 +4,11 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 namespace zntl {
 
 /// The digits of any 32-bit number, and a sign.
 constexpr std::size_t maxDecimalLength = sizeof "-2147483648" - 1;
-
-/// Writes `value` in decimal to `out`, without a NUL, as appendDecimal does; returns the number of
-/// characters. `out` has room for `maxDecimalLength`.
-std::size_t writeDecimal(char* out, int value);
-std::size_t writeDecimal(char* out, unsigned int value);
-
-/// Appends `value` in decimal: a minus sign for negatives, no plus sign, no padding, whatever the
-/// locale is.
-void appendDecimal(std::string& text, int value);
 
 /// Whether a character is white space in the C locale.
 inline bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
