@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -72,27 +71,6 @@ INSTANTIATE_TEST_SUITE_P(
         Operation{"locatedMessage", [] { zntl::locatedMessage("source", 1, "Class", "text()"); }},
         Operation{"markerToXml", [] { znsl::EndOfFile().toXML(longName.c_str()); }}),
     [](auto const& test) { return test.param.name; });
-
-TEST(FindAll, OfTheUsualNumberOfPositionsAllocatesOnce) {
-    String const texts(16, ',');
-    EXPECT_EQ(test::failEachAllocationOf([&] { texts.findAll(",", ""); }), 1);
-}
-
-TEST(Tokenize, TakesMemoryForThePiecesAtOnce) {
-    String const texts("a,b,c,d,,,e,f");
-    EXPECT_EQ(test::failEachAllocationOf([&] { texts.tokenize(",", ""); }), 2)
-        << "one for the positions, one for the pieces";
-    EXPECT_EQ(texts.tokenize(",", "").capacity(), 6) << "none for those that are dropped";
-    EXPECT_EQ(String(1000, ',').tokenize(",", "").capacity(), 0);
-}
-
-TEST(TextToXml, AllocatesOnceWhatItNeeds) {
-    String const plain(std::string(100, 'x'));
-    auto const render = [&] { plain.toXML("element"); };
-    EXPECT_EQ(test::failEachAllocationOf(render), 1);
-    EXPECT_EQ(test::largestAllocation(render),
-              plain.size() + std::strlen("<element></element>") + 1);
-}
 
 // The other pieces that were cut off stay, those of the failed call may be among them.
 TEST(TokenizeWithoutMemory, KeepsWhatTheContainerHeld) {
