@@ -51,8 +51,6 @@ private:
 
 } // namespace
 
-// The C library's two ways to the table: its function, and what its header makes of a call of that.
-
 extern "C" std::int32_t const** __ctype_tolower_loc() noexcept {
     if (LowerCaseTable::current())
         return LowerCaseTable::current()->address();
@@ -61,9 +59,6 @@ extern "C" std::int32_t const** __ctype_tolower_loc() noexcept {
         reinterpret_cast<Function>(dlsym(RTLD_NEXT, "__ctype_tolower_loc"));
     return original();
 }
-
-extern "C" int replacedTolower(int c) noexcept __asm__("tolower");
-extern "C" int replacedTolower(int c) noexcept { return (*__ctype_tolower_loc())[c]; }
 
 namespace {
 

@@ -46,9 +46,9 @@ public:
 
     /// Formats like printf. `args` is the address of a va_list object (not of a va_list parameter,
     /// which some machines pass as a pointer: take a va_copy first); the caller's va_list is left
-    /// as it was. It may be null for a format that takes no arguments. The result stops at the first
-    /// NUL that the formatting produced. A null format, or one that the C library rejects, gives the
-    /// empty string. The number format follows the C library's locale, as printf does.
+    /// as it was. It may be null for a format that takes no arguments. The result stops at the
+    /// first NUL that the formatting produced. A null format, or one that the C library rejects,
+    /// gives the empty string. The number format follows the C library's locale, as printf does.
     static String fromVAList(char const* format, void* args);
 
     /// Formats like printf, as `fromVAList` does: `fromFormat("%dx%d", 640, 480)` is "640x480".

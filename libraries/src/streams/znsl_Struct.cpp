@@ -1,6 +1,7 @@
 #include "streams/znsl_Struct.h"
 
 #include "misc/zntl_Exception.h"
+#include "misc/zntl_Markup.h"
 #include "streams/internal/znsl_members.h"
 #include "xml/znxml_DomIterator.h"
 
@@ -40,15 +41,10 @@ std::string toXML(NamedMember<Serializable const> const* members, std::size_t co
                   char const* element) {
     if (!element)
         return {};
-    std::string xml = "<";
-    xml += element;
-    xml += '>';
+    std::string content;
     for (auto const& member : Span{members, count})
-        xml += member.value->toXML(member.name);
-    xml += "</";
-    xml += element;
-    xml += '>';
-    return xml;
+        content += member.value->toXML(member.name);
+    return zntl::renderElement(element, content);
 }
 
 bool fromXML(NamedMember<Serializable> const* members, std::size_t count, char const* xml) {
