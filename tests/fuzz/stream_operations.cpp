@@ -5,6 +5,7 @@
 #include "misc/zntl_Exception.h"
 #include "streams/blob.h"
 #include "streams/znsl_MemIOStream.h"
+#include "support/buffer_model.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,43 +18,26 @@ using znsl::MemIOStream;
 
 namespace {
 
-/// The buffer rules, written down step by step.
-class Model {
-public:
+/// The unread bytes, and the buffer that they are in.
+struct Model {
     std::string unread;
-    std::size_t capacity = 0;
-    std::size_t consumed = 0; // bytes in front of the unread ones
+    test::BufferModel buffer;
 
-    void makeRoom(std::size_t n) {
-        if (capacity < unread.size() + n) {
-            capacity = 2 * capacity + n;
-            consumed = 0;
-        } else if (capacity - consumed - unread.size() < n) {
-            consumed = 0;
-        }
-    }
-    void append(std::string const& bytes) {
-        makeRoom(bytes.size());
+    void append(std::string const& bytes, std::size_t room) {
+        buffer.append(room, bytes.size());
         unread += bytes;
     }
-    void reserve(std::size_t n) {
-        if (n > capacity) {
-            capacity = n;
-            consumed = 0;
-        }
-    }
+    void append(std::string const& bytes) { append(bytes, bytes.size()); }
     void take(std::size_t n) {
-        n = std::min(n, unread.size());
+        buffer.take(n);
         unread.erase(0, n);
-        consumed += n;
     }
     void clear() {
+        buffer.clear();
         unread.clear();
-        consumed = 0;
     }
     void set(std::string const& bytes) {
-        clear();
-        capacity = std::max(capacity, bytes.size());
+        buffer.set(bytes.size());
         unread = bytes;
     }
     bool isWhole() const {
@@ -86,7 +70,7 @@ void requireSame(MemIOStream const& stream, Model const& model) {
     unsigned char const* data;
     unsigned int length;
     stream.getBuffer(data, length);
-    require(stream.capacity() == model.capacity, "the capacity follows the growth rule");
+    require(stream.capacity() == model.buffer.capacity, "the capacity follows the growth rule");
     require(length == model.unread.size() && stream.size() == length, "the size");
     require(length == 0 || std::memcmp(data, model.unread.data(), length) == 0, "the content");
     require((data == nullptr) == (length == 0), "no data, no pointer");
@@ -149,11 +133,11 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         break;
     case 6:
         stream.reserve(4 * n);
-        model.reserve(std::size_t{4} * n);
+        model.buffer.reserve(std::size_t{4} * n);
         break;
     case 7:
         stream.checkBuff(n);
-        model.makeRoom(n);
+        model.buffer.makeRoom(n);
         break;
     case 8:
     case 9: { // any bytes, and some of the room given back
@@ -163,13 +147,12 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         stream.getWriteBuffer(out, static_cast<unsigned int>(bytes.size()));
         std::copy(bytes.begin(), bytes.end(), out);
         stream.finalizeBuffer(out, kept);
-        model.makeRoom(bytes.size());
-        model.unread += bytes.substr(0, kept);
+        model.append(bytes.substr(0, kept), bytes.size());
         break;
     }
     case 10:
         stream.defrag();
-        model.consumed = 0;
+        model.buffer.defrag();
         break;
     case 11: {
         std::string const bytes = input.takeBytes(n % 64);
@@ -197,7 +180,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         other = stream;
         requireSame(other, model);
         stream = other;
-        model.consumed = 0;
+        model.buffer.defrag();
         break;
     }
     case 14: {
@@ -221,7 +204,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
 void fuzz::run(Input& input) {
     MemIOStream stream(input.takeByte());
     Model model;
-    model.capacity = stream.capacity();
+    model.buffer.capacity = stream.capacity();
     // Writing a stream into itself doubles it.
     while (!input.isEmpty() && model.unread.size() < 4096) {
         step(input.takeByte(), input, stream, model);

@@ -8,6 +8,7 @@
 #include "streams/records.h"
 #include "streams/znsl_EndOfFile.h"
 #include "streams/znsl_MemIOStream.h"
+#include "support/buffer_model.h"
 #include "support/exception_text.h"
 #include "support/failing_allocation.h"
 #include "support/temporary_directory.h"
@@ -66,64 +67,41 @@ Bytes bytesOf(Records const& records) {
     return bytes;
 }
 
-/// What a memory stream is, without its bytes: the records, the size of the buffer, and how many
-/// bytes of it have been read.
+/// What a memory stream is, without its bytes: its buffer and the records in it.
 struct Model {
     Records records;
-    std::size_t capacity = 0;
-    std::size_t consumed = 0;
+    test::BufferModel buffer;
 
-    void makeRoom(std::size_t n) {
-        std::size_t const used = sizeOf(records);
-        if (capacity < used + n) {
-            capacity = 2 * capacity + n;
-            consumed = 0;
-        } else if (capacity - consumed - used < n) {
-            consumed = 0;
-        }
-    }
-
-    void append(Record const& record) {
-        makeRoom(record.size());
+    /// Room for `size` bytes was made, and the record took its part of it.
+    void append(Record const& record, std::size_t size) {
+        buffer.append(size, record.size());
         records.push_back(record);
     }
+    void append(Record const& record) { append(record, record.size()); }
 
     void takeFirst() {
-        consumed += records.front().size();
+        buffer.take(records.front().size());
         records.pop_front();
     }
 
-    void growTo(std::size_t n) {
-        if (n > capacity) {
-            capacity = n;
-            consumed = 0;
-        }
-    }
-
-    void replace(Records const& content) {
-        if (capacity < sizeOf(content))
-            capacity = sizeOf(content);
-        consumed = 0;
+    void set(Records const& content) {
+        buffer.set(sizeOf(content));
         records = content;
     }
 
     void load(Records const& content) {
-        std::size_t const size = sizeOf(content);
-        growTo(size);
-        if (capacity - consumed < size)
-            consumed = 0;
+        buffer.load(sizeOf(content));
         records = content;
     }
 
     void assign(Model const& other) {
-        capacity = other.capacity;
+        buffer.assign(other.buffer);
         records = other.records;
-        consumed = 0;
     }
 
     void clear() {
+        buffer.clear();
         records.clear();
-        consumed = 0;
     }
 
     /// Whether a look at several records reaches this one: a last one without payload is not seen.
@@ -203,7 +181,7 @@ private:
     static void expectAgreement(Subject& subject) {
         MemIOStream const& stream = *subject.stream;
         Model const& model = subject.model;
-        EXPECT_EQ(stream.capacity(), model.capacity);
+        EXPECT_EQ(stream.capacity(), model.buffer.capacity);
         EXPECT_EQ(stream.size(), sizeOf(model.records));
         EXPECT_EQ(stream.isEmpty(), model.records.empty());
         EXPECT_EQ(content(stream), bytesOf(model.records));
@@ -276,7 +254,7 @@ private:
         EXPECT_EQ(subject.stream->validate(), record.payload.empty());
         unsigned char* header = test::writePosition(*subject.stream) - 8;
         subject.stream->finalizeBuffer(header, 0);
-        subject.model.makeRoom(record.size());
+        subject.model.buffer.makeRoom(record.size());
     }
 
     void writeWithoutMemory(Subject& subject) {
@@ -288,7 +266,7 @@ private:
         grown.append(record);
         test::FailingRun noMemory(1);
         bool const failed = noMemory.runsOutOfMemory([&] { subject.stream->write(object); });
-        EXPECT_EQ(failed, grown.capacity != subject.model.capacity);
+        EXPECT_EQ(failed, grown.buffer.capacity != subject.model.buffer.capacity);
         if (!failed)
             subject.model = grown;
     }
@@ -303,8 +281,7 @@ private:
         Bytes const bytes = record.bytes();
         std::memcpy(out, bytes.data(), bytes.size());
         subject.stream->finalizeBuffer(out, static_cast<unsigned int>(bytes.size()));
-        subject.model.makeRoom(reserved);
-        subject.model.records.push_back(record);
+        subject.model.append(record, reserved);
     }
 
     // Reading
@@ -438,18 +415,18 @@ private:
     void reserve(Subject& subject) {
         std::size_t const n = pick(3000);
         subject.stream->reserve(static_cast<unsigned int>(n));
-        subject.model.growTo(n);
+        subject.model.buffer.reserve(n);
     }
 
     void makeRoom(Subject& subject) {
         std::size_t const n = pick(200);
         subject.stream->checkBuff(static_cast<unsigned int>(n));
-        subject.model.makeRoom(n);
+        subject.model.buffer.makeRoom(n);
     }
 
     void compact(Subject& subject) {
         subject.stream->defrag();
-        subject.model.consumed = 0;
+        subject.model.buffer.defrag();
     }
 
     void clear(Subject& subject) {
@@ -466,7 +443,7 @@ private:
 
     void copy(Subject& subject) {
         subject.stream = std::make_unique<MemIOStream>(*subject.stream);
-        subject.model.consumed = 0;
+        subject.model.buffer.defrag();
     }
 
     /// The other one, or itself.
@@ -483,7 +460,7 @@ private:
         Records const records = anyRecords();
         Bytes const bytes = bytesOf(records);
         subject.stream->setBuffer(bytes.data(), static_cast<unsigned int>(bytes.size()));
-        subject.model.replace(records);
+        subject.model.set(records);
     }
 
     /// All of its own records but the first ones.
@@ -499,7 +476,7 @@ private:
         subject.stream->getBuffer(data, length);
         subject.stream->setBuffer(data ? data + offset : nullptr,
                                   static_cast<unsigned int>(sizeOf(rest)));
-        subject.model.replace(rest);
+        subject.model.set(rest);
     }
 
     void binaryForm(Subject& subject) {
@@ -508,7 +485,7 @@ private:
         EXPECT_EQ(source.stream->toBin(bytes.data()), bytes.size());
         EXPECT_EQ(subject.stream->fromBin(bytes.data(), 0), bytes.size());
         Records const records = source.model.records;
-        subject.model.replace(records);
+        subject.model.set(records);
     }
 
     void saveAndLoad(Subject& subject) {

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+
+namespace test {
+
+/// What a memory stream's buffer is, without its bytes: how large it is, how many bytes of it have
+/// been read, and how many follow that have not. Each operation is one of the stream's, step by
+/// step.
+struct BufferModel {
+    std::size_t capacity = 0;
+    std::size_t consumed = 0;
+    std::size_t unread = 0;
+
+    /// Appending, with room for `n` bytes of which only so many stay.
+    void append(std::size_t n, std::size_t staying) {
+        if (capacity < unread + n) {
+            capacity = 2 * capacity + n;
+            consumed = 0;
+        } else if (capacity - consumed - unread < n) {
+            consumed = 0;
+        }
+        unread += staying;
+    }
+    void append(std::size_t n) { append(n, n); }
+    void makeRoom(std::size_t n) { append(n, 0); }
+
+    void take(std::size_t n) {
+        n = std::min(n, unread);
+        consumed += n;
+        unread -= n;
+    }
+
+    void reserve(std::size_t n) {
+        if (n > capacity) {
+            capacity = n;
+            consumed = 0;
+        }
+    }
+
+    void defrag() { consumed = 0; }
+
+    void clear() { consumed = unread = 0; }
+
+    void set(std::size_t n) {
+        clear();
+        capacity = std::max(capacity, n);
+        unread = n;
+    }
+
+    void load(std::size_t n) {
+        reserve(n);
+        if (capacity - consumed < n)
+            consumed = 0;
+        unread = n;
+    }
+
+    void assign(BufferModel const& other) { *this = {other.capacity, 0, other.unread}; }
+};
+
+} // namespace test
