@@ -53,8 +53,6 @@ Index Document::findChild(Index element, std::string_view name) const {
 /// The declarations outside the element that names in it depend on.
 std::vector<Index> Document::outerDeclarations(Index element) const {
     std::vector<Index> found;
-    if (declarations.empty())
-        return found;
     auto const add = [&](Index declaration) {
         if (declaration < declarations.size() && declarations[declaration].element < element)
             found.push_back(declaration);
@@ -71,9 +69,9 @@ std::vector<Index> Document::outerDeclarations(Index element) const {
 
 std::string Document::xml(Index element) const {
     Span const span = elements[element].xml;
-    std::vector<Index> const outer = outerDeclarations(element);
-    if (outer.empty())
+    if (declarations.empty())
         return text.substr(span.begin, span.length);
+    std::vector<Index> const outer = outerDeclarations(element);
     Index const nameEnd = 1 + elements[element].nameLength;
     std::string xml(text, span.begin, nameEnd);
     for (Index const index : outer) {

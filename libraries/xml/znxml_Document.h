@@ -73,7 +73,7 @@ public:
 
     /// Whether the element's text says all about it that this document does.
     bool standsAlone(Index element) const {
-        return !hasDoctype && outerDeclarations(element).empty();
+        return !hasDoctype && (declarations.empty() || outerDeclarations(element).empty());
     }
 
     /// The index after the element's last attribute.

@@ -70,8 +70,11 @@ inline void store(zntl::String& storage, Position const& position) {
         Index const index = position.element | position.kind << kindShift;
         std::memcpy(storage.data(), &position.document, sizeof position.document);
         std::memcpy(storage.data() + sizeof position.document, &index, sizeof index);
-        own(*position.document);
     }
+    if (before == position.document)
+        return;
+    if (position.document)
+        own(*position.document);
     if (before)
         disown(*before);
 }

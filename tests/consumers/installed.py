@@ -37,12 +37,12 @@ def run(program, **variables):
     return call(*EMULATOR, program, env=os.environ | variables)
 
 
-def build_with_find_package(tree, prefix, *options, program='consumer'):
+def build_with_find_package(tree, prefix, *options, project='find_package', program='consumer'):
     """The consumer, built in a project that finds the library below the prefix. A toolchain file
     may confine all searches to its own root, so there the project is told the very place."""
     config = next(prefix.glob('lib/**/zn-config.cmake'))
     place = f'-Dzn_DIR={config.parent}' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
-    return build_project('find_package', tree, place, *options, program=program)
+    return build_project(project, tree, place, *options, program=program)
 
 
 def configure(sources, tree, *options):

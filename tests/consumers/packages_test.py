@@ -346,7 +346,7 @@ class Use(PackagesTest):
                     program = build_with_find_package(
                         self.folder / f'reader-{len(libraries)}-{shared}', self.root / 'usr',
                         f'-DREADER_LIBRARIES={libraries}', f'-DBUILD_SHARED_LIBS={shared}',
-                        program='reader')
+                        project='find_xml', program='reader')
                     self.assertEqual(run(program), answer)
 
     def test_unpacked_archive_is_found_and_linked(self):

@@ -30,7 +30,7 @@ class CMakeProjects(XmlTest):
     def build(self, libraries, *options):
         return build_with_find_package(self.folder / self.id(), self.prefix,
                                        f'-DREADER_LIBRARIES={libraries}', *options,
-                                       program='reader')
+                                       project='find_xml', program='reader')
 
     def test_read_with_every_kind_and_order(self):
         for libraries, options in (

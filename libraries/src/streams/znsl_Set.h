@@ -65,7 +65,7 @@ public:
         T element;
         for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
             if (element.fromXML(child.toXML().c_str()))
-                this->insert(element);
+                this->insert(this->end(), element);
         }
         return true;
     }
