@@ -1,15 +1,16 @@
 /// @file
-/// The camera SDK's interface, as far as the resolution program uses it: two
-/// records and three functions, exported by libsdk.so. Compiles as C (C99 and
-/// later) and as C++ (C++98 and later).
+/// The part of the camera SDK's interface that the program uses: libsdk.so
+/// exports two records and three functions. Compiles as C (C99 and later) and as
+/// C++ (C++98 and later).
 ///
-/// The program refers to both records by name and is linked as a fixed-address
-/// executable (-no-pie), so the loader copies them into the program and binds
-/// the library to the copies. The record sizes are therefore part of the
-/// program's binary: they must match the library's.
+/// Contract: the record sizes are part of the program's binary and must match
+/// the library's. The program refers to both records by name and is linked as a
+/// fixed-address executable (-no-pie), so the loader copies them into the
+/// program and binds the library to the copies.
 ///
-/// A session is: fill the settings, csdk_init(), csdk_next_resolution() until
-/// it returns non-zero, csdk_deinit(). One thread, one session at a time.
+/// A session consists of these steps: fill the settings, call csdk_init(), call
+/// csdk_next_resolution() until it returns non-zero, call csdk_deinit(). Use one
+/// thread and one session at a time.
 #ifndef CSDK_H
 #define CSDK_H
 
@@ -22,20 +23,20 @@ extern "C" {
 
 /// State of the SDK, written by the SDK only. 20 bytes on every machine.
 struct csdk_state {
-    /// Handle of the session: valid from a successful csdk_init() on. The SDK
-    /// may change it at any call, so read it afresh for each use.
+    /// Handle of the session, valid after a successful csdk_init(). Every call
+    /// may change it, so read it again before each use.
     int32_t handle;
 
-    unsigned char reserved[16]; ///< the SDK's own
+    unsigned char reserved[16]; ///< belongs to the SDK
 };
 
-/// The bit of csdk_settings_record::flags that switches the second option.
+/// The bit of csdk_settings_record::flags that turns the second option on.
 enum { CSDK_FLAGS_OPTION = 0x80 };
 
 /// Settings that csdk_init() reads. 40 bytes on every machine.
 ///
-/// The library defines the initial contents. Change the named fields only: the
-/// reserved bytes, and the other bits of `flags`, belong to the SDK.
+/// The library defines the initial contents. Change the named fields only. The
+/// reserved bytes and the other bits of `flags` belong to the SDK.
 struct csdk_settings_record {
     /// Name of the application, NUL-terminated. Must stay valid for the session.
     char const* application_name;
@@ -47,14 +48,14 @@ struct csdk_settings_record {
     /// A setting of the SDK; the program sets it to 1.
     uint32_t mode;
 
-    /// An option: 1 switches it on.
+    /// An option: 1 turns it on.
     uint8_t option;
 
-    /// Option bits: CSDK_FLAGS_OPTION is the program's to switch, the other
-    /// seven are the SDK's.
+    /// Option bits. The program may change CSDK_FLAGS_OPTION; the other seven
+    /// belong to the SDK.
     uint8_t flags;
 
-    /// The SDK's own.
+    /// Belongs to the SDK.
     unsigned char reserved[40 - 2 * sizeof(char const*) - 6];
 };
 
@@ -66,28 +67,27 @@ extern struct csdk_settings_record csdk_settings;
 
 /// Starts the SDK with `csdk_settings` and makes `csdk.handle` valid.
 ///
-/// @return 0 on success. Any other value is a failure: no session was begun,
-///         and csdk_deinit() must not be called.
+/// @return 0 on success. Any other value is a failure: no session exists then,
+///         so do not call csdk_deinit().
 int csdk_init(void);
 
-/// Delivers the next resolution of the camera, in the SDK's own order, which
-/// need not be sorted and may repeat a resolution.
+/// Delivers the next resolution of the camera. The SDK chooses the order, which
+/// may be unsorted, and may deliver a resolution more than once.
 ///
-/// @param handle  the present value of `csdk.handle`
+/// @param handle  the current value of `csdk.handle`
 /// @param width   receives the width in pixels
 /// @param height  receives the height in pixels
-/// @return 0 when a resolution was delivered. Any other value, negative ones
-///         included, ends the enumeration and leaves `width` and `height`
-///         without meaning.
+/// @return 0 when it delivered a resolution. Any other value, negative ones
+///         included, ends the list; `width` and `height` are then unspecified.
 int csdk_next_resolution(int handle, int* width, int* height);
 
-/// Ends the session that csdk_init() began and releases what it took. The
-/// result tells nothing that a program could act on.
+/// Ends the session that csdk_init() began and releases its resources. A program
+/// can ignore the result: there is nothing left to do after a failure.
 int csdk_deinit(void);
 
-/* The layout that the SDK was compiled with: a compiler that lays the records
- * out otherwise must not build the program. (An array of negative size also
- * stops a compiler that has no static_assert, and its name says why.) */
+/* The SDK was compiled with this layout. A compiler that lays the records out
+ * differently must not build the program. An array of negative size stops even a
+ * compiler without static_assert, and its name states the requirement. */
 /** @cond */
 #define CSDK_REQUIRE(fact, condition) typedef char fact[(condition) ? 1 : -1]
 CSDK_REQUIRE(csdk_is_20_bytes, sizeof(struct csdk_state) == 20);

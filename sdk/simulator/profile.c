@@ -42,7 +42,7 @@ static char const* skip_blanks(char const* text, char const* end) {
     return text;
 }
 
-/* Whether nothing but blanks and a comment is left. */
+/* Returns whether only blanks and a comment are left. */
 static bool is_finished(char const* text, char const* end) {
     text = skip_blanks(text, end);
     return text == end || *text == '#';
@@ -76,7 +76,7 @@ enum profile_item profile_next(struct profile_cursor* cursor, int* width, int* h
     return PROFILE_END;
 }
 
-/* Makes room for more text. False, with errno set, when there is none. */
+/* Doubles the capacity. Returns false and sets errno on failure. */
 static bool grow(char** text, size_t* capacity) {
     size_t const grown = *capacity ? *capacity * 2 : 4096;
     char* const moved = grown > PROFILE_LIMIT ? NULL : realloc(*text, grown);

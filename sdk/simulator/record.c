@@ -1,8 +1,8 @@
 #include "record.h"
 
-/* A file is opened for each line and written with the line's end: a record is
- * whole whenever the program stops, and while the program runs there is no
- * descriptor that it could write to by mistake. */
+/* Opens the file again for each line, which is written when it ends. So the
+ * record consists of whole lines whenever the program stops, and the program has
+ * no descriptor to which it could write by mistake. */
 FILE* record_begin(char const* path, char const* call, int result) {
     FILE* const line = fopen(path, "a");
 

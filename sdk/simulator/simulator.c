@@ -1,7 +1,7 @@
 /* A stand-in for the camera SDK: a scripted camera for development and tests.
- * What it can be told, through environment variables, is in README.md.
+ * README.md lists the environment variables that control it.
  *
- * Programs are measured with this library loaded, so it does nothing before
+ * Measurements of programs include this library, so it does nothing before
  * csdk_init() and needs nothing but the C library. */
 
 #include "csdk.h"
@@ -13,7 +13,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* What the simulator itself returns for a mistake of its user or caller. */
+/* The result of every call that the simulator rejects, and of csdk_init() with
+ * unusable variables. */
 enum { REFUSED = -1000 };
 
 enum { FIRST_HANDLE = 1001 };
@@ -42,7 +43,8 @@ static struct {
     char* text; ///< of the profile, when it was read from a file
     struct profile_cursor camera;
 
-    /* The size delivered last: a program's variables should still hold it. */
+    /* The size delivered last. The next call checks whether the program's
+     * variables still hold it. */
     bool delivered;
     int width;
     int height;
@@ -50,7 +52,7 @@ static struct {
 
 /* ---- options --------------------------------------------------------- */
 
-/* Web servers pass variables that are set but empty: those count as unset. */
+/* An empty variable counts as unset, because web servers pass empty ones. */
 static char const* option_text(char const* name) {
     char const* const value = getenv(name);
 
@@ -99,7 +101,7 @@ static bool read_options(void) {
 
 /* ---- camera ---------------------------------------------------------- */
 
-/* False, with a message, when a line of the camera's profile is malformed. */
+/* Returns false and prints a message when a line of the profile is malformed. */
 static bool check_camera(struct profile_cursor camera) {
     enum profile_item item;
     int width;
@@ -188,7 +190,7 @@ static FILE* begin_line(char const* call, int result) {
     return options.record ? record_begin(options.record, call, result) : NULL;
 }
 
-/* Whether the line was written, if one was asked for. */
+/* Returns false and prints a message when the line cannot be written. */
 static bool end_line(FILE* line) {
     if (!options.record || (line && record_end(line)))
         return true;

@@ -130,12 +130,12 @@ class Camera(unittest.TestCase):
 class Calls(unittest.TestCase):
     """Calls that start no camera."""
 
-    def test_port_that_is_taken(self):
+    def test_port_in_use(self):
         with socket.create_server(('127.0.0.1', 0)) as server:
             port = server.getsockname()[1]
             status, messages = run('--port', str(port))
         self.assertEqual(status, 1)
-        self.assertIn(f'port {port} is taken', messages)
+        self.assertIn(f'port {port} is in use', messages)
 
     def test_port_that_is_none(self):
         for port in ('0', '65536', 'x', '-1', ''):
