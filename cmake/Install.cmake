@@ -93,10 +93,10 @@ if(TARGET resolution)
         COMPONENT program)
 endif()
 
-# The library's documents: those that are not the program's.
+# The library's documents: neither the program's nor those for work in this tree.
 file(GLOB zn_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
     "${PROJECT_SOURCE_DIR}/docs/*.svg")
-list(FILTER zn_pages EXCLUDE REGEX "/(deployment|sdk-requirements)\\.md$")
+list(FILTER zn_pages EXCLUDE REGEX "/(deployment|developing|sdk-requirements)\\.md$")
 install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" ${zn_pages}
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libzn-dev"
     COMPONENT development)

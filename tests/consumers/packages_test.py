@@ -43,7 +43,7 @@ DEVELOPMENT_FILES = {
       for path in SOURCES.glob('libraries/src/*/*.h')),
     *(f'share/doc/libzn-dev/{path.name}'
       for path in SOURCES.glob('docs/*') if path.suffix in ('.md', '.svg')
-      and path.name not in ('deployment.md', 'sdk-requirements.md')),
+      and path.name not in ('deployment.md', 'developing.md', 'sdk-requirements.md')),
 }
 TOOLS_FILES = {'bin/zn-dump', 'share/man/man1/zn-dump.1.gz'}
 XML_RUNTIME_FILES = {f'{LIBRARIES}/libzn-xml.so.{MAJOR}', f'{LIBRARIES}/libzn-xml.so.{VERSION}'}
