@@ -242,7 +242,7 @@ class Contents(PackagesTest):
                 if member.isdir():
                     self.assertEqual(member.mode, 0o755)
                     continue
-                executable = name.endswith('cgi-bin/resolution')
+                executable = name.endswith(('cgi-bin/resolution', 'bin/zn-dump'))
                 if member.isfile():
                     self.assertEqual(member.mode, 0o755 if executable else 0o644)
                 self.assertTrue(name.startswith(prefix), name)
@@ -295,7 +295,7 @@ class Contents(PackagesTest):
             self.assertEqual(path.stat().st_mtime, date.timestamp())
 
     def test_are_for_the_architecture_and_stripped(self):
-        for file in ('lib/cgi-bin/resolution', f'{LIBRARIES}/libzn.so.{VERSION}',
+        for file in ('lib/cgi-bin/resolution', 'bin/zn-dump', f'{LIBRARIES}/libzn.so.{VERSION}',
                      f'{LIBRARIES}/libzn-xml.so.{VERSION}'):
             path = self.root / 'usr' / file
             self.assertEqual(architecture(path), ARCHITECTURE)

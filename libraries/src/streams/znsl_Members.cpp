@@ -2,28 +2,8 @@
 
 #include "misc/zntl_Exception.h"
 #include "streams/internal/znsl_members.h"
-#include "streams/znsl_Struct.h"
-
-#include <vector>
 
 namespace znsl {
-
-namespace {
-
-/// The members of the table, without null pointers.
-template <class Value>
-std::vector<structs::NamedMember<Value>>
-withoutNull(std::map<std::string, Serializable*> const& table) {
-    std::vector<structs::NamedMember<Value>> members;
-    members.reserve(table.size());
-    for (auto const& [name, member] : table) {
-        if (member)
-            members.push_back({name.c_str(), member});
-    }
-    return members;
-}
-
-} // namespace
 
 unsigned int Members::getBinLength() const { return lengthOfMembers(list_); }
 
@@ -42,14 +22,15 @@ void Members::requireNames(Place const& place, char const* fault) const {
 
 std::string Members::toXML(char const* element, Place const& place) const {
     requireNames(place, "toXML() - Not implemented");
-    auto const members = withoutNull<Serializable const>(table_);
-    return structs::toXML(members.data(), members.size(), element);
+    return renderMembers(table_, element);
 }
 
 bool Members::fromXML(char const* xml, Place const& place) {
     requireNames(place, "fromXML() - Not implemented");
-    auto const members = withoutNull<Serializable>(table_);
-    return structs::fromXML(members.data(), members.size(), xml);
+    return parseMembers(xml, [this](zntl::String const& name) -> Serializable* {
+        auto const entry = table_.find(name);
+        return entry != table_.end() ? entry->second : nullptr;
+    });
 }
 
 } // namespace znsl

@@ -1,9 +1,7 @@
 #include "streams/znsl_Struct.h"
 
 #include "misc/zntl_Exception.h"
-#include "misc/zntl_Markup.h"
 #include "streams/internal/znsl_members.h"
-#include "xml/znxml_DomIterator.h"
 
 namespace znsl::structs {
 
@@ -39,26 +37,17 @@ unsigned int fromBin(Serializable* const* members, std::size_t count, unsigned c
 
 std::string toXML(NamedMember<Serializable const> const* members, std::size_t count,
                   char const* element) {
-    if (!element)
-        return {};
-    std::string content;
-    for (auto const& member : Span{members, count})
-        content += member.value->toXML(member.name);
-    return zntl::renderElement(element, content);
+    return renderMembers(Span{members, count}, element);
 }
 
 bool fromXML(NamedMember<Serializable> const* members, std::size_t count, char const* xml) {
-    auto const root = znxml::DomIterator::parse(xml);
-    if (root.atEnd() || !root.hasChildren())
-        return false;
-    for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
-        zntl::String const name = child.getName();
+    return parseMembers(xml, [=](zntl::String const& name) -> Serializable* {
         for (auto const& member : Span{members, count}) {
             if (name == member.name)
-                member.value->fromXML(child.toXML().c_str());
+                return member.value;
         }
-    }
-    return true;
+        return nullptr;
+    });
 }
 
 void refuseXML(char const* typeName, char const* operation) {

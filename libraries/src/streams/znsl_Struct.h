@@ -233,8 +233,8 @@ public:
         return structs::toBin(listed.data(), listed.size(), out);
     }
 
-    /// Reads the members one after another and returns the number of bytes consumed; ignores
-    /// further ones. Safe on any bytes: throws zntl::Exception when a member would leave the
+    /// Reads the members one after another and returns the number of bytes consumed; the other
+    /// bytes are ignored. Safe on any bytes: throws zntl::Exception when a member would leave the
     /// `length` bytes at `data` or reports that it did, and passes on what a member throws. The
     /// members before it keep what they read.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override {
