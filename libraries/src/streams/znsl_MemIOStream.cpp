@@ -80,10 +80,10 @@ std::string locate(int line, char const* text) {
 }
 
 std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
-    if (capacity > PTRDIFF_MAX - sizeof(Tail))
+    std::uint64_t const size = std::uint64_t{capacity} + sizeof(Tail);
+    if (size > PTRDIFF_MAX)
         throw std::bad_alloc();
-    std::unique_ptr<unsigned char[]> buffer(
-        new unsigned char[std::size_t{capacity} + sizeof(Tail)]);
+    std::unique_ptr<unsigned char[]> buffer(new unsigned char[static_cast<std::size_t>(size)]);
     std::memset(buffer.get() + capacity, 0, sizeof(Tail::nul));
     zntl::storeNative(buffer.get() + capacity + offsetof(Tail, formLimit), unlimited);
     return buffer;
