@@ -35,7 +35,7 @@ class CommandsTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.tree = Path(folder.name)
         for name in ('app', 'libraries', 'sdk', 'cmake', 'docs', 'packaging', 'examples',
-                     'tools', 'CMakeLists.txt', 'CHANGELOG.md'):
+                     'tools', 'zn-dump', 'CMakeLists.txt', 'CHANGELOG.md'):
             (self.tree / name).symlink_to(SOURCES / name)
 
     def follow(self, commands):

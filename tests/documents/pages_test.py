@@ -18,7 +18,7 @@ PAGES = [SOURCES / 'README.md', SOURCES / 'CHANGELOG.md', SOURCES / 'CONTRIBUTIN
 
 def included(path):
     """The headers of ours that a file includes, as their include lines name them."""
-    return re.findall(r'^#include "(.*)"$', path.read_text(), re.MULTILINE)
+    return re.findall(r'^#include "(.*?)"', path.read_text(), re.MULTILINE)
 
 
 def folder_of(header):
