@@ -1,5 +1,5 @@
-// Answers a request to the camera's web server with the small resolutions that the camera offers:
-// an HTTP header and one line of JSON, in ascending order, the first one the default.
+// A CGI program that lists the camera's small resolutions: an HTTP header and one line of JSON, in
+// ascending order. The first one is the default.
 
 #include "csdk.h"
 #include "streams/znsl_Set.h"
@@ -23,8 +23,8 @@ void fillSettings() {
     csdk_settings.option = 1;
 }
 
-/// Unsigned, so that a negative width or height counts as a huge one; kept, although the set orders
-/// signed numbers.
+/// Contract: the comparison is unsigned, so a negative width or height counts as huge, although the
+/// set orders signed numbers.
 bool isSmall(int width, int height) {
     return static_cast<unsigned int>(width) <= maxWidth &&
            static_cast<unsigned int>(height) <= maxHeight;
@@ -34,7 +34,7 @@ Resolutions collectSmallResolutions() {
     Resolutions resolutions;
     int width = 0;
     int height = 0;
-    // The SDK may change its handle at any call.
+    // Reads the handle for each call, because the SDK may change it at any call.
     while (csdk_next_resolution(csdk.handle, &width, &height) == 0) {
         if (isSmall(width, height))
             resolutions.insert(znvl::Resolution(width, height));

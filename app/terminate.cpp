@@ -1,7 +1,7 @@
-// An uncaught exception ends the program abnormally, and nobody reads a camera's standard error.
-// The C++ runtime's own handler would print the exception's name, and bring the name demangler
-// along: a third of the program and many symbols for the loader to bind at every start. This one
-// takes its place where the runtime is linked in.
+// Replaces the C++ runtime's handler for uncaught exceptions, which prints the exception's name.
+// That needs the name demangler: a third of the program, and many symbols for the loader to bind at
+// every start. Nobody reads a camera's standard error, so this handler only ends the program
+// abnormally.
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
-# csdk::csdk, the camera SDK that the program is linked with: the camera maker's libsdk.so when
-# CSDK_LIBRARY or CSDK_ROOT tells where it is, the stand-in of sdk/simulator otherwise.
+# csdk::csdk is the camera SDK that the program is linked with: the camera maker's libsdk.so if
+# CSDK_LIBRARY or CSDK_ROOT names it, otherwise the stand-in of sdk/simulator.
 set(CSDK_LIBRARY "" CACHE FILEPATH "The camera maker's libsdk.so; empty for the stand-in camera")
 set(CSDK_ROOT "" CACHE PATH "The camera maker's SDK or root file system, with libsdk.so in it")
 
@@ -32,7 +32,7 @@ if(NOT EXISTS "${zn_sdk}" OR IS_DIRECTORY "${zn_sdk}")
         "or leave CSDK_LIBRARY empty to build against the stand-in camera.")
 endif()
 
-# A library that does not fit would link, and fail on the camera.
+# An unsuitable library would link without an error, and the program would fail on the camera.
 include(CheckCameraSdk)
 set(zn_sample "${PROJECT_BINARY_DIR}/CMakeFiles/sample-program")
 try_compile(zn_sample_compiles
@@ -46,5 +46,5 @@ add_library(csdk::csdk SHARED IMPORTED)
 set_target_properties(csdk::csdk PROPERTIES
     IMPORTED_LOCATION "${zn_sdk}"
     IMPORTED_NO_SONAME TRUE)
-# What the SDK itself needs is on the camera, not on this machine.
+# The libraries that the SDK depends on are on the camera, not on this machine.
 target_link_options(csdk::csdk INTERFACE -Wl,--allow-shlib-undefined)

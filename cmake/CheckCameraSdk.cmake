@@ -1,8 +1,8 @@
-# Whether a camera SDK's library and this program fit together. Also a script:
+# Checks that a camera SDK's library and this program fit together. It is also a script:
 #
 #     cmake -DSDK=libsdk.so -DPROGRAM=FILE [-DCMAKE_READELF=readelf] -P cmake/CheckCameraSdk.cmake
 #
-# where FILE is any program for the camera's machine.
+# FILE is any program for the camera's machine.
 
 function(zn_readelf variable file)
     execute_process(COMMAND "${CMAKE_COMMAND}" -E env LC_ALL=C "${CMAKE_READELF}" ${ARGN} "${file}"
@@ -10,7 +10,7 @@ function(zn_readelf variable file)
     set(${variable} "${output}" PARENT_SCOPE)
 endfunction()
 
-# What code is for, in words: "ELF32, little endian, ARM, hard-float ABI".
+# Describes the machine of an ELF file: "ELF32, little endian, ARM, hard-float ABI".
 function(zn_machine_of variable file)
     zn_readelf(header "${file}" --file-header)
     set(machine)
@@ -24,8 +24,8 @@ function(zn_machine_of variable file)
     set(${variable} "${machine}" PARENT_SCOPE)
 endfunction()
 
-# zn_check_symbol(NAME TYPE [SIZE]): adds what is wrong with the symbol to `faults`, by the
-# `symbols` of the library.
+# zn_check_symbol(NAME TYPE [SIZE]): appends to `faults` if `symbols`, the library's symbol table,
+# has no such symbol.
 macro(zn_check_symbol name type)
     if(NOT symbols MATCHES
             "([0-9xa-f]+) ([A-Z]+) +([A-Z]+) +([A-Z]+) +([0-9]+) ${name}(@[^\n]*)?\n")
@@ -39,7 +39,7 @@ macro(zn_check_symbol name type)
     endif()
 endmacro()
 
-# zn_check_camera_sdk(SDK PROGRAM): an error that names every fault, or nothing.
+# zn_check_camera_sdk(SDK PROGRAM): stops with an error that lists all faults, if there are any.
 function(zn_check_camera_sdk sdk program)
     set(faults)
     zn_machine_of(sdk_machine "${sdk}")
@@ -48,7 +48,7 @@ function(zn_check_camera_sdk sdk program)
     if(NOT header MATCHES "Type: +DYN")
         list(APPEND faults "it is no ELF shared library")
     else()
-        # Libraries of older compilers do not say which float ABI they are for.
+        # Older compilers do not mark a library with its float ABI.
         if(NOT sdk_machine MATCHES "float ABI")
             string(REGEX REPLACE ", [a-z]+-float ABI" "" program_machine "${program_machine}")
         endif()

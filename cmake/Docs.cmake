@@ -1,5 +1,5 @@
-# cmake --build --preset release --target docs: the reference manual, from the public headers. It
-# fails when something public is not documented.
+# cmake --build --preset release --target docs builds the reference manual from the public headers.
+# It fails when a public declaration has no documentation.
 find_program(ZN_DOXYGEN doxygen)
 set(zn_reference "${PROJECT_BINARY_DIR}/reference")
 

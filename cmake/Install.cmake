@@ -1,7 +1,11 @@
-# What is installed, and as part of what: the program (program), the shared library that other
-# programs run with (runtime), what is needed to build such programs (development), the same two of the
-# library that reads XML (xml-runtime, xml-development), and the programs that look at stored files
-# (tools).
+# Installs these components:
+#
+#   program          the program
+#   runtime          the shared library
+#   development      headers and libraries for building other programs
+#   xml-runtime      the shared library that reads XML
+#   xml-development  headers and libraries for building programs that read XML
+#   tools            zn-dump
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -23,7 +27,7 @@ install(FILES
     DESTINATION "${zn_package_dir}"
     COMPONENT development)
 
-# The installed tree can be moved: the file finds its prefix from where it lies.
+# The installed tree can be moved: the file derives the prefix from its own location.
 set(zn_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH ZN_PREFIX_FROM_PKGCONFIG "/prefix/${zn_pkgconfig_dir}" "/prefix")
 string(REGEX REPLACE "/$" "" ZN_PREFIX_FROM_PKGCONFIG "${ZN_PREFIX_FROM_PKGCONFIG}")
@@ -44,7 +48,7 @@ if(TARGET zn-xml-static)
         COMPONENT xml-development)
 endif()
 
-# zn_install_manual(NAME COMPONENT): packaging/NAME.1, compressed, as manual pages are installed.
+# zn_install_manual(NAME COMPONENT): compresses and installs the manual page packaging/NAME.1.
 function(zn_install_manual name component)
     set(page "${PROJECT_SOURCE_DIR}/packaging/${name}.1")
     set(compressed "${CMAKE_CURRENT_BINARY_DIR}/${name}.1.gz")
@@ -61,14 +65,14 @@ if(TARGET zn-dump)
 endif()
 
 if(TARGET resolution)
-    # Where the distribution's web servers look for such programs.
+    # The distribution's web servers look for CGI programs there.
     install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
-    # The way to the stand-in SDK stays in the build tree.
+    # The installed program must not search the build tree for the stand-in SDK.
     install(CODE "file(RPATH_REMOVE FILE
         \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/cgi-bin/resolution\")" COMPONENT program)
     zn_install_manual(resolution program)
 
-    # The servers' configurations, filled in for the program's place in a package.
+    # The servers' configurations, with the program's path in a package.
     set(PROGRAM /usr/lib/cgi-bin/resolution)
     set(HOME /var/www)
     set(FCGIWRAP_SOCKET /run/fcgiwrap.socket)
@@ -93,7 +97,7 @@ if(TARGET resolution)
         COMPONENT program)
 endif()
 
-# The library's documents: neither the program's nor those for work in this tree.
+# Excludes the program's documents and those for work in this tree.
 file(GLOB zn_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
     "${PROJECT_SOURCE_DIR}/docs/*.svg")
 list(FILTER zn_pages EXCLUDE REGEX "/(deployment|developing|sdk-requirements)\\.md$")

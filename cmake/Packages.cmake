@@ -1,12 +1,12 @@
-# cmake --build TREE --target packages, in a tree that was configured with -DZN_PACKAGES=ON: one
-# Debian package for each zn_add_package() and one archive for each zn_add_archive(), in
-# TREE/packages. Two builds of the same sources give the same bytes, wherever they are built.
+# cmake --build TREE --target packages, in a tree that was configured with -DZN_PACKAGES=ON, builds
+# one Debian package for each zn_add_package() and one archive for each zn_add_archive(), in
+# TREE/packages. The builds are reproducible: the same sources result in the same bytes anywhere.
 set(zn_packages "${PROJECT_BINARY_DIR}/packages")
 set(zn_make_package "${PROJECT_SOURCE_DIR}/packaging/make-package")
 set(zn_changelog "${PROJECT_SOURCE_DIR}/packaging/changelog")
 set(zn_maintainer "Zenthra Inc. <packages@zenthra.invalid>")
 
-# The newest entry dates the packages, so an entry for another version would be a wrong date.
+# The packages have the date of the newest entry, so that entry must be for this version.
 file(STRINGS "${zn_changelog}" zn_newest LIMIT_COUNT 1)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${zn_changelog}")
 if(NOT zn_newest MATCHES "^zn \\(${PROJECT_VERSION}\\) ")
@@ -24,7 +24,7 @@ if(NOT zn_architecture)
     message(FATAL_ERROR "There is no package architecture for \"${CMAKE_CXX_LIBRARY_ARCHITECTURE}\".")
 endif()
 
-# What is built with a C library runs with this one and newer ones.
+# A program runs with the C library that it was built with, and with newer ones.
 execute_process(
     COMMAND "${CMAKE_C_COMPILER}" -dM -E -include features.h -x c /dev/null
     OUTPUT_VARIABLE zn_macros ERROR_QUIET)
@@ -32,7 +32,7 @@ string(REGEX REPLACE ".*#define __GLIBC__ ([0-9]+).*" "\\1" zn_glibc "${zn_macro
 string(REGEX REPLACE ".*#define __GLIBC_MINOR__ ([0-9]+).*" "\\1" zn_glibc_minor "${zn_macros}")
 string(REGEX MATCH "^[0-9]+" zn_gcc "${CMAKE_CXX_COMPILER_VERSION}")
 
-# What packages depend on: the C library, and the C++ runtime.
+# Packages depend on the C library and the C++ runtime.
 set(ZN_LIBC "libc6 (>= ${zn_glibc}.${zn_glibc_minor})")
 set(ZN_CXX_RUNTIME "libstdc++6 (>= ${zn_gcc})" libgcc-s1)
 
@@ -41,9 +41,9 @@ add_custom_target(packages)
 # zn_add_package(NAME COMPONENT component SECTION section DESCRIPTION text [TARGETS target...]
 #     [DEPENDS package...] [SUGGESTS package...] [MULTI_ARCH value] [SHARED_LIBRARY name])
 #
-# The Debian package NAME of an installed component. TARGETS are what must be built for it. The first
-# line of the description is its summary. SHARED_LIBRARY names the library in it (libzn, without
-# the version). packaging/lintian/NAME, when there is one, excuses what a checker would report.
+# Adds the Debian package NAME of an installed component. TARGETS are built first. The first line of
+# the description is its summary. SHARED_LIBRARY names the library in the package (libzn, without the
+# version). packaging/lintian/NAME, if it exists, lists the findings of lintian to ignore, with reasons.
 function(zn_add_package name)
     cmake_parse_arguments(PARSE_ARGV 1 package ""
         "COMPONENT;SECTION;DESCRIPTION;MULTI_ARCH;SHARED_LIBRARY" "TARGETS;DEPENDS;SUGGESTS")
@@ -65,7 +65,7 @@ function(zn_add_package name)
     file(REMOVE_RECURSE "${folder}")
     file(WRITE "${folder}/control" "${control}")
     if(package_SHARED_LIBRARY)
-        # How other packages depend on the library, and that the loader is to look for it.
+        # shlibs defines how other packages depend on the library; triggers updates the loader's cache.
         set(major ${PROJECT_VERSION_MAJOR})
         file(WRITE "${folder}/shlibs"
             "${package_SHARED_LIBRARY} ${major} ${name} (>= ${PROJECT_VERSION})\n")
@@ -77,8 +77,8 @@ function(zn_add_package name)
         "${package_COMPONENT}" "${folder}")
 endfunction()
 
-# zn_add_archive(NAME COMPONENTS component... [TARGETS target...]): NAME-VERSION-ARCHITECTURE.tar.gz,
-# which holds one folder that can be unpacked anywhere.
+# zn_add_archive(NAME COMPONENTS component... [TARGETS target...]): adds the archive
+# NAME-VERSION-ARCHITECTURE.tar.gz, which contains one folder that can be unpacked anywhere.
 function(zn_add_archive name)
     cmake_parse_arguments(PARSE_ARGV 1 archive "" "" "COMPONENTS;TARGETS")
     zn_add_to_packages(${name}-archive "${archive_TARGETS}"

@@ -2,9 +2,9 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(ZN_TEST_TIMEOUT 300 CACHE STRING "Seconds after which a test is stopped and has failed")
 
-# zn_add_test(SOURCE [PART...]): a GoogleTest source under tests/, and what else belongs to the same
-# executable. misc/zntl_String_test.cpp becomes the CTest test misc/zntl_String, labelled misc. It
-# runs as one process, because under emulation the starting is what costs.
+# zn_add_test(SOURCE [PART...]): adds a GoogleTest source under tests/ and the other sources and
+# libraries of its executable. misc/zntl_String_test.cpp becomes the CTest test misc/zntl_String,
+# labelled misc. It runs as one process, because starting a process is slow under emulation.
 function(zn_add_test source)
     cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE path)
     cmake_path(RELATIVE_PATH path BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/tests")
@@ -12,7 +12,7 @@ function(zn_add_test source)
     string(REGEX REPLACE "/.*" "" area "${name}")
     string(REPLACE "/" "." target "test.${name}")
 
-    # The precompiled header is C++; parts in C are compiled beside it.
+    # Parts in C cannot use the precompiled C++ header.
     set(parts ${ARGN})
     set(c_parts ${ARGN})
     list(FILTER parts EXCLUDE REGEX "\\.c$")
@@ -35,9 +35,9 @@ function(zn_add_test source)
     set_tests_properties("${name}" PROPERTIES LABELS "${area}" TIMEOUT ${ZN_TEST_TIMEOUT})
 endfunction()
 
-# zn_add_python_test(NAME SCRIPT [VARIABLE=VALUE...]): a test in Python, with nothing but its standard
-# library and the modules in tests/support. app.session is labelled app. Its environment describes the
-# build; VARIABLE=VALUE adds to it.
+# zn_add_python_test(NAME SCRIPT [VARIABLE=VALUE...]): adds a test in Python that uses only the standard
+# library and the modules in tests/support. The test app.session is labelled app. Environment variables
+# describe the build; VARIABLE=VALUE adds one.
 function(zn_add_python_test name script)
     string(REGEX REPLACE "\\..*" "" area "${name}")
     string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")

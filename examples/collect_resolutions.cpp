@@ -1,5 +1,5 @@
-// Collects resolutions in a set, saves it in a file among objects of other types, and reads that
-// file as a program would that does not know all of them.
+// Collects resolutions in a set and saves it in a file together with objects of other types. Then
+// reads the file like a program that does not know all of these types.
 //
 //     collect_resolutions FILE
 
@@ -16,7 +16,7 @@ namespace {
 
 using Resolutions = znsl::Set<znvl::Resolution>;
 
-/// A class of this program's own: a string that travels under another type id.
+/// A class of this program: a string with a different type id.
 class Remark : public zntl::String {
 public:
     using zntl::String::String;
@@ -37,14 +37,14 @@ bool save(char const* path) {
     return stream.save(path);
 }
 
-/// Reads the objects from a file of our own; docs/formats.md says what to ask about other people's.
+/// Reads a file that this program wrote. docs/formats.md describes how to check untrusted files.
 bool load(char const* path) {
     znsl::MemIOStream stream;
     if (!stream.load(path))
         return false;
 
-    // The first two objects say what the file is. They stay in the stream until it is clear that
-    // they are there. (Behind the count, the arguments are pointers to exactly this class.)
+    // The first two objects identify the file. `peek` leaves them in the stream until both have
+    // been checked. (The arguments after the count must be pointers to exactly this class.)
     zntl::Integer format;
     zntl::String place;
     znsl::Serializable* const first = &format;

@@ -3,8 +3,9 @@
 
     object_stream_reader.py FILE
 
-Written from docs/formats.md, with nothing of the library in it. Every length is checked before the
-bytes behind it are used, so any file will do; exit status 1 tells that the file is not whole records.
+It follows docs/formats.md and does not use the library. It checks every length before it reads the
+bytes, so it accepts untrusted files. The exit status is 1 when the file is not a sequence of whole
+records.
 """
 
 import struct
@@ -15,13 +16,13 @@ MAX_DEPTH = 16    # of streams within streams
 
 
 class Malformed(Exception):
-    """Bytes that are not what their type or place says."""
+    """Raised for bytes that do not follow the format."""
 
 
 # Records
 
 def records(content):
-    """Gives the type id and the payload of each record."""
+    """Yields the type id and the payload of each record."""
     position = 0
     while position < len(content):
         if len(content) - position < 8:
@@ -35,7 +36,7 @@ def records(content):
 
 
 def nested_content(payload):
-    """Gives the records of a stream that is itself stored as an object."""
+    """Returns the records of a stream that is itself stored as an object."""
     if len(payload) < 4:
         raise Malformed("a stream without its length")
     (size,) = struct.unpack_from(BYTE_ORDER + "I", payload)
@@ -44,7 +45,7 @@ def nested_content(payload):
     return payload[4:4 + size]
 
 
-# Payloads: each function gives a name and a text
+# Payloads: each function returns a name and a string
 
 def integer(payload):
     if len(payload) < 4:

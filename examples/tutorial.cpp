@@ -1,4 +1,4 @@
-// The code of docs/tutorial.md, which quotes the parts between the marks.
+// docs/tutorial.md quotes the parts between the marks.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -56,7 +56,7 @@ public:
                      znsl::member(&Place::floor, "floor"), // one line for each member
                      znsl::member(&Place::name, "name"));
 
-    // As in any class: an order for sets, and a way to make one in a line.
+    // As in any class: an order for sets, and a convenient constructor.
     bool operator<(Place const& other) const { return name < other.name; }
     Place() = default;
     Place(int number, char const* text) : floor(number), name(text) {}
@@ -115,7 +115,7 @@ void meetFaults() {
 // [faults]
 
 // [wait]
-/// Ready when there is something in a stream.
+/// Ready when a stream is not empty.
 class Arrival : public znst::WaitObject {
 public:
     explicit Arrival(znsl::IStream const& stream) : stream_(stream) {}

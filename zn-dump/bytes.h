@@ -6,7 +6,7 @@
 
 namespace dump {
 
-/// A part of a file. Every part knows where it is in the file.
+/// A part of a file, with its position in the file.
 class Bytes {
 public:
     Bytes(unsigned char const* data, std::size_t size, std::size_t offset = 0)
@@ -22,7 +22,7 @@ public:
         return {data_ + position, size < rest ? size : rest, offset_ + position};
     }
 
-    /// The number at `position`, in the machine's byte order. There are enough bytes for it.
+    /// The number at `position`, in the machine's byte order. Precondition: enough bytes follow.
     template <class Number>
     Number numberAt(std::size_t position) const {
         Number number;

@@ -103,7 +103,7 @@ void JsonListing::next() {
     isFirst_ = false;
 }
 
-/// Begins the object of a value with what all values have.
+/// Begins the object of a value with the members that all values have.
 void JsonListing::begin(Entry const& entry) {
     next();
     std::fprintf(out_, "{\"offset\": %zu, \"type\": %u, \"name\": ", entry.offset, entry.typeId);

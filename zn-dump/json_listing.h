@@ -7,8 +7,7 @@
 
 namespace dump {
 
-/// Prints one JSON array with an object for each file. The document is complete when the listing is
-/// destroyed.
+/// Prints one JSON array with an object for each file. The destructor completes the document.
 class JsonListing : public Listing {
 public:
     /// Prints to `out`, which must outlive the listing.

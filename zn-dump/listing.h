@@ -10,11 +10,11 @@ namespace dump {
 
 enum class Form { stream, typed };
 
-/// What every entry of a listing has, whatever its value is.
+/// The part of an entry that does not depend on its value.
 struct Entry {
     std::size_t offset;   ///< of the record in the file
     unsigned int typeId;  ///< as stored
-    std::string typeName; ///< empty for a type that the library does not have
+    std::string typeName; ///< empty for a type unknown to the library
     std::size_t length;   ///< of the payload
 };
 
@@ -28,10 +28,10 @@ public:
 
     virtual void beginFile(char const* name, Form form, std::size_t size) = 0;
     virtual void endFile() = 0;
-    /// Stands for a file that cannot be read.
+    /// Called instead of the others for a file that cannot be read.
     virtual void unreadableFile(char const* name, char const* reason) = 0;
 
-    // A value without values in it.
+    // Simple values.
 
     virtual void marker(Entry const& entry) = 0;
     virtual void integer(Entry const& entry, int value) = 0;
@@ -39,18 +39,18 @@ public:
     virtual void string(Entry const& entry, std::string const& value,
                         std::uint32_t storedLength) = 0;
     virtual void resolution(Entry const& entry, int width, int height) = 0;
-    /// A value of an unknown type, or one whose payload is not what its type says.
+    /// A value of an unknown type, or with a payload that its type does not allow.
     virtual void bytes(Entry const& entry, Bytes const& payload) = 0;
-    /// A stream or set that is nested too deeply to be followed.
+    /// A stream or set that is nested too deeply; its values are not reported.
     virtual void tooDeep(Entry const& entry) = 0;
 
-    // A value with values in it: those that are reported up to `end`.
+    // Values that contain values. The contained ones are reported before the call of `end`.
 
     virtual void beginStream(Entry const& entry) = 0;
     virtual void beginSet(Entry const& entry, unsigned int elementType, int count) = 0;
     virtual void end() = 0;
 
-    /// Bytes that are not what they should be, at this offset in the file.
+    /// Invalid bytes at this offset in the file.
     virtual void damage(std::size_t offset, std::string const& what) = 0;
 };
 

@@ -23,8 +23,8 @@ constexpr char const usage[] =
     "line: offset, type id, type name, length, value. \"-\" is the standard input.\n"
     "\n"
     "  --json     print JSON\n"
-    "  --stream   read the files as object streams, whatever they look like\n"
-    "  --typed    read the files as typed files, whatever they look like\n"
+    "  --stream   read the files as object streams, without detecting their form\n"
+    "  --typed    read the files as typed files, without detecting their form\n"
     "  --help     print this text\n"
     "  --version  print the version\n"
     "\n"
@@ -44,9 +44,9 @@ int misused(char const* fault, char const* argument) {
     return failed;
 }
 
-constexpr std::size_t maxFileSize = UINT32_MAX; // what the library loads
+constexpr std::size_t maxFileSize = UINT32_MAX; // the library loads no larger ones
 
-/// Reads a file to its end; sets errno when that fails.
+/// Reads a whole file. Sets errno on failure.
 bool readAll(std::FILE* file, std::vector<unsigned char>& content) {
     std::size_t size = 0;
     do {
@@ -83,7 +83,7 @@ Status dumpFile(char const* path, Options const& options, dump::Listing& listing
     listing.endFile();
     if (!damage)
         return whole;
-    std::fflush(stdout); // so that the message follows what it is about
+    std::fflush(stdout); // so that the message follows the values before the damage
     std::fprintf(stderr, "zn-dump: %s: damaged at offset %zu\n", path, *damage);
     return damaged;
 }
@@ -104,7 +104,7 @@ Status run(Options const& options) {
     return dumpFiles(options, listing);
 }
 
-/// Makes sure that the output was written.
+/// Returns whether all output was written; reports an error otherwise.
 int finish(int status) {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
         return status;

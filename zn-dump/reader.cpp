@@ -35,7 +35,7 @@ bool isWholeTyped(Bytes const& file) {
            file.numberAt<std::uint32_t>(2) == file.size() - typedHeaderSize;
 }
 
-/// The type name of a class of the library, or of a set of one; empty for all others.
+/// The type name of a class of the library, or of a set of such a class; otherwise empty.
 std::string nameOf(unsigned int typeId) {
     znsl::EndOfFile const marker;
     znsl::MemIOStream const stream;
@@ -58,7 +58,7 @@ int readInteger(Bytes const& payload) {
     return integer.getValue();
 }
 
-/// The records of a stream's binary form; nothing when they are cut short.
+/// The records of a stream's binary form; nothing when they are truncated.
 std::optional<Bytes> contentOf(Bytes const& payload) {
     if (payload.size() < lengthPrefixSize)
         return std::nullopt;
@@ -68,7 +68,7 @@ std::optional<Bytes> contentOf(Bytes const& payload) {
     return payload.part(lengthPrefixSize, size);
 }
 
-/// Takes an integer's record off the front of the records; nothing when another record is there.
+/// Removes the first record and returns its integer; returns nothing for any other record.
 std::optional<int> takeInteger(Bytes& records) {
     if (records.size() < recordHeaderSize || records.numberAt<std::uint16_t>(0) != 504)
         return std::nullopt;
@@ -86,8 +86,8 @@ struct SetForm {
     Bytes elements;
 };
 
-/// Any class can be in a set, so a set is known by its form: it begins with the type id of its
-/// elements, which its own type id exceeds by 10000, and their number.
+/// Recognises a set by its form, because elements may be of any class. A set begins with the type
+/// id of its elements, which is 10000 less than its own, and their number.
 std::optional<SetForm> setFormOf(unsigned int typeId, Bytes const& payload) {
     std::optional<Bytes> records = contentOf(payload);
     if (!records)
@@ -101,13 +101,13 @@ std::optional<SetForm> setFormOf(unsigned int typeId, Bytes const& payload) {
     return SetForm{typeId - setOffset, *count, *records};
 }
 
-// Streams and sets are followed by recursion, to a depth of maxDepth.
+// The recursion through streams and sets is limited by maxDepth.
 // NOLINTBEGIN(misc-no-recursion)
 class Reader {
 public:
     explicit Reader(Listing& listing) : listing_(listing) {}
 
-    /// Lists records one after another, up to the first that is cut short.
+    /// Lists records up to the first truncated one.
     void records(Bytes content) {
         while (content.size() > 0 && record(content)) {
         }
@@ -142,7 +142,7 @@ private:
             firstDamage_ = where.offset();
     }
 
-    /// Lists the first record and takes it off; false when it is cut short.
+    /// Lists the first record and removes it. Returns false when it is truncated.
     bool record(Bytes& content) {
         if (content.size() < recordHeaderSize) {
             damage(content, "the header of a record is cut short");
@@ -224,7 +224,7 @@ private:
         listing_.end();
     }
 
-    /// Lists the elements, and objects that follow them, which readers ignore.
+    /// Lists the elements and any objects after them, which the library ignores.
     void elements(SetForm const& form) {
         Bytes rest = form.elements;
         for (std::int64_t found = 0; found < form.count; ++found) {

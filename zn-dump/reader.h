@@ -8,18 +8,16 @@
 
 namespace dump {
 
-/// Streams and sets are followed this deep, so that neither the stack nor the indentation grows
-/// with the file.
+/// The depth of nesting that is listed. It bounds the stack and the indentation.
 constexpr unsigned int maxDepth = 64;
 
-/// The form of a file: that in which it is whole, which means that it consists of whole records, or
-/// that a typed file's header is followed by exactly the bytes that it announces. When it is whole
-/// in both forms or in none, bytes 2 and 3 decide: a stream has 0 there, and a typed file the low
-/// half of its payload's length.
+/// Detects the form of a file. An object stream consists of whole records. A typed file has exactly
+/// as many bytes after its header as that announces. When both or neither is true, bytes 2 and 3
+/// decide: they are 0 in a stream, and the low half of the payload's length in a typed file.
 Form formOf(Bytes const& file);
 
-/// Lists the values in a file of this form; returns the offset of the first damage. Takes time
-/// proportional to the file, and memory for one string at a time.
+/// Lists the values in a file of this form and returns the offset of the first damage. The time is
+/// linear in the file's size, and there is memory for one string at a time.
 std::optional<std::size_t> list(Bytes const& file, Form form, Listing& listing);
 
 } // namespace dump

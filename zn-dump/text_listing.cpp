@@ -83,7 +83,7 @@ void TextListing::damage(std::size_t offset, std::string const& what) {
     std::fprintf(out_, "%10zu damaged: %s\n", offset, what.c_str());
 }
 
-/// Prints what all values have; `otherName` stands for a class that is not the library's.
+/// Prints the part that all values have. `otherName` replaces the name of an unknown class.
 void TextListing::begin(Entry const& entry, char const* otherName) {
     std::string name(2 * depth_, ' ');
     name += entry.typeName.empty() ? std::string(otherName) : entry.typeName;
@@ -91,8 +91,8 @@ void TextListing::begin(Entry const& entry, char const* otherName) {
                  entry.length);
 }
 
-/// Prints the text so that a terminal shows it on one line: control characters and bytes that are
-/// not UTF-8 become escapes.
+/// Prints a string on one line of a terminal: control characters and bytes that are not UTF-8
+/// become escapes.
 void TextListing::quote(std::string_view text) {
     while (!text.empty()) {
         std::size_t const length = characterLength(text);

@@ -5,8 +5,7 @@
 
 namespace dump {
 
-/// The number of bytes of the well-formed UTF-8 character at the start of the text; 0 when there is
-/// none.
+/// The length of the well-formed UTF-8 character at the start of the string; 0 when there is none.
 inline std::size_t characterLength(std::string_view text) {
     auto const byteAt = [text](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
@@ -21,7 +20,7 @@ inline std::size_t characterLength(std::string_view text) {
         if ((byteAt(i) & 0xC0) != 0x80)
             return 0;
     }
-    // Longer than needed, a surrogate, or beyond the last character.
+    // Rejects overlong forms, surrogates, and numbers beyond U+10FFFF.
     unsigned int const second = byteAt(1);
     bool const isWrong = (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) ||
                          (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90);

@@ -1,11 +1,11 @@
-# A cross compiler of the distribution (package g++-TRIPLET), and user-mode emulation to run what it
-# makes. Including files set ZN_TRIPLET, ZN_EMULATOR_NAME and CMAKE_SYSTEM_PROCESSOR.
+# Uses a cross compiler of the distribution (package g++-TRIPLET) and runs its programs with user-mode
+# emulation. Including files set ZN_TRIPLET, ZN_EMULATOR_NAME and CMAKE_SYSTEM_PROCESSOR.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_C_COMPILER ${ZN_TRIPLET}-gcc)
 set(CMAKE_CXX_COMPILER ${ZN_TRIPLET}-g++)
 
 set(ZN_SYSROOT /usr/${ZN_TRIPLET})
-# tools/xml/fetch puts Expat there.
+# tools/xml/fetch installs Expat there.
 set(ZN_EXPAT "${CMAKE_CURRENT_LIST_DIR}/../../build/expat/${ZN_TRIPLET}")
 set(CMAKE_FIND_ROOT_PATH ${ZN_SYSROOT} "${ZN_EXPAT}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
