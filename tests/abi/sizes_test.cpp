@@ -31,7 +31,7 @@ void PrintTo(Size const& row, std::ostream* out) { *out << row.object; }
 
 class Sizes : public testing::TestWithParam<Size> {};
 
-TEST_P(Sizes, IsAsItWas) {
+TEST_P(Sizes, IsUnchanged) {
     auto const& row = GetParam();
     EXPECT_EQ(row.size, sizeof(void*) == 4 ? row.with32BitPointers : row.with64BitPointers);
 }

@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](auto const& test) { return test.param.name; });
 
 // The other pieces that were cut off stay, those of the failed call may be among them.
-TEST(TokenizeWithoutMemory, KeepsWhatTheContainerHeld) {
+TEST(TokenizeAllocationFailure, KeepsWhatTheContainerHeld) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         std::vector<String> pieces{"before"};
         run.runsOutOfMemory([&] { String::tokenize(text, ",", pieces, "'"); });

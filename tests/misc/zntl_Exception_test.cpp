@@ -54,7 +54,7 @@ TEST(Exception, CopiesCarryTheMessage) {
     EXPECT_EQ(assigned.what(), longMessage);
 }
 
-TEST(Exception, ConstructionWithoutMemoryThrowsBadAlloc) {
+TEST(Exception, ConstructionThrowsBadAllocOnAllocationFailure) {
     EXPECT_EQ(test::failEachAllocationOf([] { Exception{longMessage}; }), 1);
 }
 

@@ -149,7 +149,7 @@ TEST(Integer, FromXmlTakesTheEmptyValueOfAnyDocument) {
     }
 }
 
-TEST(Integer, WithoutMemoryTheValueStays) {
+TEST(Integer, KeepsTheValueOnAllocationFailure) {
     std::string const longText(100, 'x');
     long const writing = test::failEachAllocation([&](test::FailingRun& run) {
         Integer const integer(99);

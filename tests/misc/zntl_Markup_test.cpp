@@ -101,7 +101,7 @@ TEST(FindOpenTag, FindsATagOfTheWholeName) {
     EXPECT_EQ(openTag("", 0, "a"), none);
 }
 
-TEST(FindOpenTag, TakesEverythingBehindABlankForAttributes) {
+TEST(FindOpenTag, TakesEverythingAfterABlankForAttributes) {
     for (char const blank : {' ', '\t', '\n', '\r'}) {
         std::string const name = "<a"s + blank;
         EXPECT_EQ(openTag(name + ">", 0, "a"), opening(0, 3));
@@ -131,7 +131,7 @@ TEST(FindOpenTag, KnowsASelfClosingTag) {
     EXPECT_EQ(openTag("<a/x><a/>", 0, "a"), selfClosing(5, 8));
 }
 
-TEST(FindOpenTag, GoesOnBehindTheNameOfALongerOne) {
+TEST(FindOpenTag, ContinuesAfterTheNameOfALongerOne) {
     EXPECT_EQ(openTag("<a<a>", 0, "a"), opening(2, 4));
     EXPECT_EQ(openTag("<<a>", 0, "a"), opening(1, 3));
     EXPECT_EQ(openTag("<a<a<a>", 0, "a<a"), none) << "the second occurrence overlaps the first";
@@ -174,7 +174,7 @@ TEST(FindCloseTag, FindsTheTagOfAnElementWithoutNestedOnes) {
     EXPECT_EQ(closeTag("<a></b></a>", 3, "a"), (CloseTag{7, 10}));
 }
 
-TEST(FindCloseTag, PassesOverNestedElements) {
+TEST(FindCloseTag, SkipsNestedElements) {
     EXPECT_EQ(closeTag("<a><a></a></a>", 3, "a"), (CloseTag{10, 13}));
     EXPECT_EQ(closeTag("<a><a></a><a></a></a>", 3, "a"), (CloseTag{17, 20}));
     EXPECT_EQ(closeTag("<a><a><a></a></a></a>", 3, "a"), (CloseTag{17, 20}));
@@ -199,7 +199,7 @@ TEST(FindCloseTag, FindsNothingWhereATagIsMissing) {
     EXPECT_EQ(closeTag("", 0, "a"), none);
 }
 
-TEST(FindCloseTag, LooksBehindThePositionOnly) {
+TEST(FindCloseTag, SearchesAfterThePositionOnly) {
     EXPECT_EQ(closeTag("</a><a></a>", 7, "a"), (CloseTag{7, 10}));
     EXPECT_EQ(closeTag("</a><a></a>", 8, "a"), none);
     EXPECT_EQ(closeTag("<a></a>", 0, "a"), none) << "the opening tag counts as a nested one";
@@ -208,7 +208,7 @@ TEST(FindCloseTag, LooksBehindThePositionOnly) {
     EXPECT_EQ(closeTag("</a>", UINT_MAX, "a"), none);
 }
 
-TEST(FindCloseTag, CutsOpeningTagsOffAtTheClosingTag) {
+TEST(FindCloseTag, TruncatesOpeningTagsAtTheClosingTag) {
     // Up to the first closing tag the inner opening tag does not end; with the second one in view
     // it ends in the first one, and then it counts.
     EXPECT_EQ(closeTag("<a <a></a></a>", 2, "a"), (CloseTag{10, 13}));
@@ -267,14 +267,14 @@ TEST(ReplaceElement, LeavesAnElementThatIsNotClosed) {
         EXPECT_EQ(replaced(c.text, c.name, "X"), c.result) << c.text;
 }
 
-TEST(ReplaceElement, DoesNotLookIntoTheReplacement) {
+TEST(ReplaceElement, DoesNotSearchTheReplacement) {
     EXPECT_EQ(replaced("<b>1</b>", "b", "<b>2</b>"), "<b>2</b>");
     EXPECT_EQ(replaced("<b><b/></b><b/>", "b", "<b>"), "<b><b>");
     EXPECT_EQ(replaced("1<b/>2", "b", ""), "12");
     EXPECT_EQ(replaced("<b/>", "b", "\0"s), "\0"s);
 }
 
-TEST(ReplaceElement, LeavesTheStringAsItIs) {
+TEST(ReplaceElement, DoesNotChangeTheString) {
     String const text("<b/>");
     EXPECT_EQ(text.replaceElement("b", "X"), "X");
     EXPECT_EQ(text, "<b/>");

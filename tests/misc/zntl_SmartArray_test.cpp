@@ -127,7 +127,7 @@ TYPED_TEST(Handles, ShareNothingWithCopiesOfNothing) {
 
 // --- elements ---
 
-TYPED_TEST(Handles, GiveTheFirstElement) {
+TYPED_TEST(Handles, ReturnTheFirstElement) {
     TypeParam handle = abc<TypeParam>();
     EXPECT_EQ(*handle, 'a');
     EXPECT_EQ(*std::as_const(handle), 'a');
@@ -143,7 +143,7 @@ TYPED_TEST(Handles, RaiseForAnIndexBelowTheSize) {
     }
 }
 
-TYPED_TEST(Handles, GiveThePlaceOfAnIndexAtOrPastTheSize) {
+TYPED_TEST(Handles, ReturnTheAddressOfAnIndexAtOrPastTheSize) {
     TypeParam handle = abc<TypeParam>();
     auto const address = [](auto& element) {
         return reinterpret_cast<std::uintptr_t>(std::addressof(element));
@@ -163,7 +163,7 @@ TYPED_TEST(Handles, HaveNoElementsInAnEmptyBuffer) {
     EXPECT_EQ(&handle[0], &*handle) << "the index is at the size";
 }
 
-TEST(SmartArray, CountsPlacesInElements) {
+TEST(SmartArray, CountsPositionsInElements) {
     SmartArray<int> handle(new int[2]{1, 2}, 2);
     auto const place = [](int const& element) {
         return reinterpret_cast<std::uintptr_t>(&element);
@@ -362,7 +362,7 @@ TEST(SmartArray, IsDestroyedThroughItsBase) {
     EXPECT_EQ(test::liveBlocks(), before);
 }
 
-TEST(SmartArray, CallsWhatASubclassPutsInPlace) {
+TEST(SmartArray, CallsTheOverridesOfASubclass) {
     struct Subclass : SmartArray<char> {
         char const& operator*() const override { return own; }
         char const& operator[](unsigned int) const override { return own; }
@@ -419,7 +419,7 @@ TEST(ArrayOfString, TakesTextsOfAnyLength) {
     EXPECT_EQ(std::memcmp(&*array, text.c_str(), text.size() + 1), 0);
 }
 
-TEST(ArrayOfString, LeaksNothingWithoutMemory) {
+TEST(ArrayOfString, LeaksNothingOnAllocationFailure) {
     String const text("abc");
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         run.runsOutOfMemory([&] { EXPECT_EQ(*arrayOf(text), 'a'); });

@@ -152,7 +152,7 @@ TEST(StringEscape, DecodeUndoesEncodeUnlessTheTextHoldsEntities) {
     EXPECT_EQ(String::decodeHtml(String::encodeHtml("&lt;")), "<") << "decoded twice";
 }
 
-TEST(StringEscape, TakesMemoryForTheTextAtOnce) {
+TEST(StringEscape, AllocatesOnceForTheText) {
     String const text(test::repeated("<" + std::string(40, 'x'), 100));
     String const encoded = String::encodeHtml(text);
     EXPECT_EQ(test::failEachAllocationOf([&] { String::decodeHtml(encoded); }), 1);
@@ -160,7 +160,7 @@ TEST(StringEscape, TakesMemoryForTheTextAtOnce) {
     EXPECT_EQ(test::largestAllocation([&] { String::encodeHtml(text); }), 2 * text.size() + 1);
 }
 
-TEST(StringEscape, WithoutMemoryNothingLeaks) {
+TEST(StringEscape, LeaksNothingOnAllocationFailure) {
     String const plain(std::string(100, 'x'));
     String const markup(std::string(100, '<'));
     String const encoded = String::encodeHtml(markup);

@@ -142,7 +142,7 @@ TEST_F(StringToFile, CutsAnExistingFile) {
     EXPECT_EQ(content(), "");
 }
 
-TEST_F(StringToFile, TakesThePlaceOfTheTypedFile) {
+TEST_F(StringToFile, HidesTheTypedFile) {
     String const text("abc");
     znsl::Serializable const& value = text;
     EXPECT_TRUE(value.toFile(path().c_str()));
@@ -310,7 +310,7 @@ TEST_F(StringFromFile, TakesAnEmptyFile) {
     EXPECT_EQ(read(test::Device("/dev/null").path()), holding(""));
 }
 
-TEST_F(StringFromFile, GivesBackWhatWasWritten) {
+TEST_F(StringFromFile, ReturnsTheWrittenCharacters) {
     for (std::size_t const length : std::initializer_list<std::size_t>{
              0, 1, 2, 15, 16, 511, 512, 4094, 4095, 4096, 4097, 8191, 8192, 8193, 65536, 1000000}) {
         std::string const text = test::repeated(everyByte(), length / 256 + 1).substr(0, length);
@@ -321,7 +321,7 @@ TEST_F(StringFromFile, GivesBackWhatWasWritten) {
     }
 }
 
-TEST_F(StringFromFile, TakesThePlaceOfTheTypedFile) {
+TEST_F(StringFromFile, HidesTheTypedFile) {
     make("abc");
     String text;
     znsl::Serializable& value = text;
@@ -560,7 +560,7 @@ TEST_F(StringFromFile, IsNotDisturbedBySignals) {
     EXPECT_EQ(result, holding("one two three"));
 }
 
-TEST_F(StringFromFile, IsFalseAndEmptyWithoutMemory) {
+TEST_F(StringFromFile, IsFalseAndEmptyOnAllocationFailure) {
     make(std::string(20000, 'x'));
     std::string const file = path();
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {

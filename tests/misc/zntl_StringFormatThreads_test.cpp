@@ -48,7 +48,7 @@ int countWrong(int thread, std::atomic<int>& started) {
     return wrong;
 }
 
-TEST(StringFromFormat, GivesEveryThreadItsOwnText) {
+TEST(StringFromFormat, ReturnsEveryThreadItsOwnText) {
     std::atomic<int> started{0};
     int wrongThere = 0;
     std::thread other([&] { wrongThere = countWrong(1, started); });

@@ -73,13 +73,13 @@ TEST(StringFromVAList, NeedsNoArgumentsForAFormatThatNamesNone) {
     EXPECT_EQ(String::fromVAList(nullptr, nullptr), "");
 }
 
-TEST(StringFromVAList, NullFormatGivesTheEmptyString) {
+TEST(StringFromVAList, NullFormatReturnsTheEmptyString) {
     for (String const& text : formatTwice(noText))
         EXPECT_EQ(text, "");
     EXPECT_EQ(String::fromFormat(noText), "");
 }
 
-TEST(StringFromVAList, FormatThatTheCLibraryRejectsGivesTheEmptyString) {
+TEST(StringFromVAList, FormatThatTheCLibraryRejectsReturnsTheEmptyString) {
     wchar_t const noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
     EXPECT_EQ(String::fromFormat("ab%lscd", noCharacter), "");
     EXPECT_EQ(String::fromFormat("%s%ls", longText.c_str(), noCharacter), "");
@@ -133,7 +133,7 @@ TEST(StringFromFormat, EndsWithItsFormat) {
     EXPECT_EQ(String::fromFormat(exact.c_str(), 1), exact);
 }
 
-TEST(StringFromFormat, FormatsFromTheStartWhatIsNotPlainInTheEnd) {
+TEST(StringFromFormat, FormatsAgainFromTheStartWhenALaterPartIsNotPlain) {
     EXPECT_EQ(String::fromFormat("%d %s %%|%5d", 1, "text", 2), "1 text %|    2");
     EXPECT_EQ(String::fromFormat("%s|%-3d|%s", longText.c_str(), 4, "end"), longText + "|4  |end");
 }
@@ -147,7 +147,7 @@ std::string printed(char const* format, ...) {
     return text;
 }
 
-TEST(StringFromFormat, NullTextIsWhatPrintfMakesOfIt) {
+TEST(StringFromFormat, NullArgumentFormatsLikePrintf) {
     std::string format = "%d%s"; // not a literal, which a compiler would complain about
     EXPECT_EQ(String::fromFormat(format.c_str(), 1, noText), printed(format.c_str(), 1, noText));
 }
@@ -286,7 +286,7 @@ TEST(StringFromFloat, RaisesNoFloatingPointException) {
     }
 }
 
-TEST(StringFromFormat, WithoutMemoryNothingLeaks) {
+TEST(StringFromFormat, LeaksNothingOnAllocationFailure) {
     char const* const characters = longText.c_str();
     EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%s", characters); }), 0);
     EXPECT_GT(test::failEachAllocationOf([&] { String::fromFormat("%99d", 1); }), 0);

@@ -76,7 +76,7 @@ TEST(StringTrim, KnowsExactlyFourBlanks) {
         EXPECT_EQ(String(c + "x" + c).trim(), isTrimmed(c) ? "x" : c + "x" + c);
 }
 
-TEST(StringTrim, LeavesTheStringAsItIs) {
+TEST(StringTrim, DoesNotChangeTheString) {
     String const text(" x ");
     text.trim();
     EXPECT_EQ(text, " x ");
@@ -97,7 +97,7 @@ TEST(StringSanitize, KeepsOnlyTheAllowedCharacters) {
     EXPECT_EQ(String::sanitize("", "abc"), "");
 }
 
-TEST(StringSanitize, TrimsAlsoWhereBlanksAreAllowed) {
+TEST(StringSanitize, TrimsEvenIfBlanksAreAllowed) {
     EXPECT_EQ(String::sanitize(" a b ", "ab "), "a b");
     EXPECT_EQ(String::sanitize("x a x", "a "), "a");
     EXPECT_EQ(String::sanitize(" \t\n\r", " \t\n\r"), "");
@@ -115,7 +115,7 @@ TEST(StringSanitize, TakesTheAlphabetUpToItsFirstNul) {
     EXPECT_EQ(String::sanitize("a\0b"s, "a\0b"), "a");
 }
 
-TEST(StringSanitize, TellsAllCharactersApart) {
+TEST(StringSanitize, DistinguishesAllCharacters) {
     std::string all;
     for (std::string const& c : everyCharacter())
         all += c;
@@ -164,7 +164,7 @@ TEST(StringToBool, IsFalseForZero) {
         EXPECT_FALSE(String(number).toBool()) << number;
 }
 
-TEST(StringToBool, LooksUpToTheFirstNul) {
+TEST(StringToBool, ReadsUpToTheFirstNul) {
     EXPECT_TRUE(String("on\0ly"s).toBool());
     EXPECT_TRUE(String("1\0"s).toBool());
     EXPECT_FALSE(String("\0true"s).toBool());
@@ -185,7 +185,7 @@ struct Extraction {
     std::string text, begin, end, result;
 };
 
-TEST(StringExtract, GivesTheTextBetweenTheMarkers) {
+TEST(StringExtract, ReturnsTheTextBetweenTheMarkers) {
     Extraction const cases[] = {
         {"x<a>v</a>", "<a>", "</a>", "v"},
         {"x<a>v", "<a>", "</a>", ""},
@@ -207,7 +207,7 @@ TEST(StringExtract, GivesTheTextBetweenTheMarkers) {
             << testing::PrintToString(c.text);
 }
 
-TEST(StringExtract, FindsMarkersOfAnyLengthThatNearlyStandElsewhere) {
+TEST(StringExtract, FindsMarkersOfAnyLengthThatAlmostMatchElsewhere) {
     std::mt19937 random(27);
     for (int round = 0; round < 5000; ++round) {
         std::string text;
@@ -222,7 +222,7 @@ TEST(StringExtract, FindsMarkersOfAnyLengthThatNearlyStandElsewhere) {
 }
 
 // What takes more than linear time does not come to its end.
-TEST(StringExtract, IsLinearWhereAMarkerNearlyStandsEverywhere) {
+TEST(StringExtract, IsLinearWhereAMarkerAlmostMatchesEverywhere) {
     std::string const half(200000, 'a');
     String const marker = half + 'b' + half;
     String const text(2000000, 'a');
@@ -231,7 +231,7 @@ TEST(StringExtract, IsLinearWhereAMarkerNearlyStandsEverywhere) {
     EXPECT_TRUE(String(text + marker + "found" + marker).extract(marker, marker) == "found");
 }
 
-TEST(StringExtract, SearchesTheEndBehindTheBeginning) {
+TEST(StringExtract, SearchesTheEndAfterTheBeginning) {
     EXPECT_EQ(String("aba").extract("ab", "ba"), "");
     EXPECT_EQ(String("abaxba").extract("ab", "ba"), "ax");
     EXPECT_EQ(String("aaa").extract("aa", "aa"), "");
@@ -246,7 +246,7 @@ TEST(StringExtract, FindsAnEmptyMarkerAtOnce) {
     EXPECT_EQ(String("abc").extract("abc", ""), "");
 }
 
-TEST(StringExtract, LeavesTheStringAsItIs) {
+TEST(StringExtract, DoesNotChangeTheString) {
     String const text("[x]");
     EXPECT_EQ(text.extract("[", "]"), "x");
     EXPECT_EQ(text, "[x]");
@@ -282,7 +282,7 @@ TEST(StringAbbreviate, LeavesWhatFits) {
     EXPECT_EQ(String("a\0b"s).abbreviate(UINT_MAX), "a\0b"s);
 }
 
-TEST(StringAbbreviate, GivesNothingForLengthsBelowThree) {
+TEST(StringAbbreviate, ReturnsTheEmptyStringForLengthsBelowThree) {
     for (unsigned int const length : {0U, 1U, 2U}) {
         for (char const* const text : {"", "a", "ab", "abc", "abcd"})
             EXPECT_EQ(String(text).abbreviate(length), "") << text << " to " << length;
@@ -299,7 +299,7 @@ TEST(StringAbbreviate, AgreesWithItsDefinition) {
 
 // --- findAll ---
 
-TEST(StringFindAll, GivesThePositionsInIncreasingOrder) {
+TEST(StringFindAll, ReturnsThePositionsInIncreasingOrder) {
     EXPECT_EQ(places("a,'b,c',d", ",", "'"), (Positions{1, 7}));
     EXPECT_EQ(places("a,'b,c',d", ",", ""), (Positions{1, 4, 7}));
     EXPECT_EQ(places("a;b,c", ",;", ""), (Positions{1, 3}));
@@ -320,7 +320,7 @@ TEST(StringFindAll, ClosesAQuoteWithTheSameCharacterOnly) {
     EXPECT_EQ(places("\"','\",", ",", "'\""), Positions{5});
 }
 
-TEST(StringFindAll, FindsNothingBehindAnOpenQuote) {
+TEST(StringFindAll, FindsNothingAfterAnOpenQuote) {
     EXPECT_EQ(places("a,'b,c,d", ",", "'"), Positions{1});
     EXPECT_EQ(places("'", "'", "'"), Positions{});
     EXPECT_EQ(places("','',", ",", "'"), Positions{});
@@ -332,7 +332,7 @@ TEST(StringFindAll, DoesNotRecordACharacterThatIsAQuoteToo) {
     EXPECT_EQ(places("a,,b", ",", ","), Positions{});
 }
 
-TEST(StringFindAll, SkipsTheCharacterBehindABackslash) {
+TEST(StringFindAll, SkipsTheCharacterAfterABackslash) {
     // In each the quote opens at 0; the comma behind the closing quote is found.
     EXPECT_EQ(places(R"('\'',)", ",", "'"), Positions{4});
     EXPECT_EQ(places(R"('\'a',)", ",", "'"), Positions{5});
@@ -340,7 +340,7 @@ TEST(StringFindAll, SkipsTheCharacterBehindABackslash) {
     EXPECT_EQ(places(R"('\,b',)", ",", "'"), Positions{5});
 }
 
-TEST(StringFindAll, TakesTheSecondCharacterBehindABackslashForNoEscape) {
+TEST(StringFindAll, EscapesOnlyOneCharacterAfterABackslash) {
     EXPECT_EQ(places(R"('\\\',)", ",", "'"), Positions{5});
     EXPECT_EQ(places(R"('\\',)", ",", "'"), Positions{4});
     EXPECT_EQ(places(R"('\a\',)", ",", "'"), Positions{5});
@@ -365,7 +365,7 @@ TEST(StringFindAll, ThrowsForABackslashAtTheEndOfAnOpenQuote) {
     EXPECT_EQ(places(R"(',\ab)", ",", "'"), Positions{}) << "two characters are enough";
 }
 
-TEST(StringFindAll, DoesNotLookAtQuotesBehindTheLastCharacter) {
+TEST(StringFindAll, IgnoresQuotesAfterTheLastCharacter) {
     EXPECT_EQ(places(R"(a,'\)", ",", "'"), Positions{1});
     EXPECT_EQ(places(R"(a'\)", ",", "'"), Positions{});
 }
@@ -392,7 +392,7 @@ TEST(StringFindAll, AgreesWithItsDefinitionOnAllShortTexts) {
 
 // --- tokenize ---
 
-TEST(StringTokenize, GivesThePiecesBetweenSeparators) {
+TEST(StringTokenize, ReturnsThePiecesBetweenSeparators) {
     EXPECT_EQ(tokens(",a,,'b,c',d,", ",", "'"), (Texts{"a", "'b,c'", "d"}));
     EXPECT_EQ(tokens("a b\tc", " \t", ""), (Texts{"a", "b", "c"}));
     EXPECT_EQ(tokens("abc", ",", "'"), Texts{"abc"});
@@ -401,17 +401,17 @@ TEST(StringTokenize, GivesThePiecesBetweenSeparators) {
     EXPECT_EQ(tokens(",,,", ",", ""), Texts{});
 }
 
-TEST(StringTokenize, GivesNothingForAnEmptyText) {
+TEST(StringTokenize, ReturnsNothingForAnEmptyString) {
     EXPECT_EQ(tokens("", ",", "'"), Texts{});
     EXPECT_EQ(tokens("", "", ""), Texts{});
 }
 
-TEST(StringTokenize, GivesTheWholeTextWithoutSeparators) {
+TEST(StringTokenize, ReturnsTheWholeStringWithoutSeparators) {
     EXPECT_EQ(tokens(",a,,'b", "", "'"), Texts{",a,,'b"});
     EXPECT_EQ(tokens(R"('\)", "", "'"), Texts{R"('\)"}) << "quotes do not matter";
 }
 
-TEST(StringTokenize, LeavesPiecesAsTheyStand) {
+TEST(StringTokenize, LeavesPiecesUnchanged) {
     EXPECT_EQ(tokens(R"( a , 'b\', ' ,"c)", ",", "'\""), (Texts{" a ", R"( 'b\', ' )", "\"c"}));
 }
 
@@ -562,7 +562,7 @@ TEST(LongText, OfSeparatorsIsFoundAndHasNoTokens) {
     EXPECT_EQ(test::onSmallStack([&] { return tokens(text, ",", "'"); }), Texts{});
 }
 
-TEST(LongText, OfQuotesIsPassedOver) {
+TEST(LongText, OfQuotesIsSkipped) {
     std::string const even(2 * many, '\'');
     for (std::string const& text : {even, even + "'"}) {
         EXPECT_EQ(test::onSmallStack([&] { return places(text, "'", "'"); }), Positions{});

@@ -149,7 +149,7 @@ TEST(StringFromEnvVarible, IsTheVariablesValue) {
     EXPECT_EQ(String::fromEnvVarible("ZN_TEST_VARIABLE"), "");
 }
 
-TEST(StringFromEnvVarible, NullNameGivesTheEmptyString) {
+TEST(StringFromEnvVarible, NullNameReturnsTheEmptyString) {
     EXPECT_EQ(String::fromEnvVarible(noText), "");
 }
 
@@ -508,7 +508,7 @@ TEST(String, FromBinIgnoresBothLengths) {
     }
 }
 
-TEST(String, FromBinReturnsWhatTheSubclassGivesAsLength) {
+TEST(String, FromBinReturnsTheLengthThatTheSubclassReports) {
     Bytes const data = fromHex("01 00 00 00 61 00");
     Subclass text;
     EXPECT_EQ(text.fromBin(data.data(), 6), 1000U);
@@ -562,7 +562,7 @@ long failingAllocations(Operation operation) {
     });
 }
 
-TEST(String, WithoutMemoryTheTextStaysAndNothingLeaks) {
+TEST(String, KeepsTheTextAndLeaksNothingOnAllocationFailure) {
     String const other(longText);
     char const* const characters = longText.c_str();
     Bytes const data = concat(fromHex("00 00 00 00"), bytesOf(longText), fromHex("00"));

@@ -156,7 +156,7 @@ protected:
     std::string const path = directory / "file";
 };
 
-TEST_P(FailingFileCalls, GiveThePromisedVerdict) {
+TEST_P(FailingFileCalls, ReturnThePromisedResult) {
     forEachCall([&](std::string const& function, unsigned int k) {
         for (int const error : {EIO, ENOSPC, EACCES}) {
             EXPECT_EQ(run([&](SystemCalls& calls) { calls.fail(function, k, error); }),
@@ -167,7 +167,7 @@ TEST_P(FailingFileCalls, GiveThePromisedVerdict) {
 }
 
 // Some operations need the size, and some do without it.
-TEST_P(FailingFileCalls, ThatMeasureGiveThePromisedVerdict) {
+TEST_P(FailingFileCalls, ThatMeasureReturnThePromisedResult) {
     EXPECT_EQ(run([](SystemCalls& calls) { calls.fail("fstat", 1, EIO); }), !isFatal("fstat"));
 }
 

@@ -146,7 +146,7 @@ TEST_F(InterruptedSave, IsJudgedAfterAKillAtAnyTime) {
 }
 
 // A reader that is slower than the save holds it in the middle of its write.
-TEST_F(InterruptedSave, IsJudgedBehindAPipe) {
+TEST_F(InterruptedSave, IsJudgedAfterAPipe) {
     MemIOStream const stream = streamOf(20000);
     std::string const pipe = directory / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

@@ -48,7 +48,7 @@ TEST(MemIOStreamWriteBuffer, AppendsBytesForTheCallerToFill) {
     EXPECT_EQ(content(stream), concat(recordOfSize(505, 10), record));
 }
 
-TEST(MemIOStreamWriteBuffer, OfNoBytesGivesTheWritePosition) {
+TEST(MemIOStreamWriteBuffer, OfNoBytesReturnsTheWritePosition) {
     MemIOStream none;
     unsigned char byte = 0;
     unsigned char* out = &byte;
@@ -62,7 +62,7 @@ TEST(MemIOStreamWriteBuffer, OfNoBytesGivesTheWritePosition) {
     EXPECT_EQ(stream.capacity(), 20U);
 }
 
-TEST(MemIOStreamFinalize, GivesBackWhatWasNotFilled) {
+TEST(MemIOStreamFinalize, ReturnsTheUnfilledBytes) {
     struct Case {
         unsigned int reserved;
         unsigned int filled;
@@ -101,7 +101,7 @@ TEST(MemIOStreamFinalize, CountsFromTheAddressThatItIsGiven) {
     EXPECT_EQ(stream.size(), 8U);
 }
 
-TEST(MemIOStreamFinalize, IgnoresAddressesBehindTheContent) {
+TEST(MemIOStreamFinalize, IgnoresAddressesAfterTheContent) {
     MemIOStream stream(100);
     fill(stream, 0, 10);
     for (std::ptrdiff_t const offset : {0, 1, 90}) {
@@ -123,7 +123,7 @@ TEST(MemIOStreamFinalize, IgnoresANullAddress) {
     EXPECT_EQ(stream.size(), 10U);
 }
 
-TEST(MemIOStreamFinalize, NeverGivesBackWhatWasRead) {
+TEST(MemIOStreamFinalize, NeverReleasesReadBytes) {
     MemIOStream stream(100);
     unsigned char* p = writePosition(stream);
     fill(stream, 20, 10);
@@ -193,7 +193,7 @@ std::vector<WalkCase> walkCases() {
     };
 }
 
-TEST(MemIOStreamWalk, TellsWholeRecordsAndCountsThem) {
+TEST(MemIOStreamWalk, ReportsWholeRecordsAndCountsThem) {
     for (WalkCase const& c : walkCases()) {
         for (unsigned int const consumed : {0U, 20U}) {
             SCOPED_TRACE(testing::Message() << c.what << " behind " << consumed << " bytes");
@@ -208,7 +208,7 @@ TEST(MemIOStreamWalk, TellsWholeRecordsAndCountsThem) {
     }
 }
 
-TEST(MemIOStreamWalk, DoesNotSeeWhatLiesBehindTheContent) {
+TEST(MemIOStreamWalk, IgnoresBytesAfterTheContent) {
     MemIOStream stream(100);
     Bytes const records = concat(recordOfSize(504, 12), recordOfSize(505, 20));
     append(stream, records);
@@ -310,7 +310,7 @@ TEST(MemIOStreamSetBuffer, TakesBytesThatItHasReadAlready) {
     EXPECT_EQ(content(stream), recordOfSize(504, 20));
 }
 
-TEST(MemIOStreamSetBuffer, WithoutMemoryLeavesTheStreamEmpty) {
+TEST(MemIOStreamSetBuffer, LeavesTheStreamEmptyOnAllocationFailure) {
     Bytes const records = recordOfSize(504, 200);
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         MemIOStream stream(100);
@@ -327,7 +327,7 @@ TEST(MemIOStreamSetBuffer, WithoutMemoryLeavesTheStreamEmpty) {
     EXPECT_EQ(failures, 1);
 }
 
-TEST(MemIOStreamSetBuffer, WithoutMemoryForItsReportKeepsTheBytesAllTheSame) {
+TEST(MemIOStreamSetBuffer, KeepsTheBytesEvenIfItsReportCannotBeAllocated) {
     Bytes const bytes = fromHex("01 02 03 04 05");
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         MemIOStream stream(100);

@@ -139,7 +139,7 @@ TEST(MemIOStreamConstruction, RefusesBytesThatAreNotWholeRecordsAndLeaksNothing)
     EXPECT_EQ(test::liveBlocks(), before);
 }
 
-TEST(MemIOStreamConstruction, LeaksNothingWithoutMemory) {
+TEST(MemIOStreamConstruction, LeaksNothingOnAllocationFailure) {
     Bytes const bytes = recordOfSize(504, 12);
     MemIOStream source(100);
     append(source, bytes);
@@ -213,7 +213,7 @@ TEST(MemIOStreamCopy, TakesBytesThatAreNotWholeRecordsAsTheyAre) {
     EXPECT_EQ(content(MemIOStream(source)), fromHex("01 02 03"));
 }
 
-TEST(MemIOStreamAssignment, OfAStreamWithoutABufferReleasesTheOwnOne) {
+TEST(MemIOStreamAssignment, OfAStreamWithoutABufferReleasesItsOwnBuffer) {
     long const before = test::liveBlocks();
     MemIOStream stream(100);
     fill(stream, 12, 12);
@@ -277,7 +277,7 @@ TEST(MemIOStreamAssignment, ToItselfWithoutABufferChangesNothing) {
     expectWithoutBuffer(stream);
 }
 
-TEST(MemIOStreamAssignment, WithoutMemoryLeavesNoBuffer) {
+TEST(MemIOStreamAssignment, LeavesNoBufferOnAllocationFailure) {
     MemIOStream source(50);
     fill(source, 0, 10);
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {

@@ -205,7 +205,7 @@ TEST_F(MemIOStreamSave, IsFalseWhenTheSystemTakesNothing) {
 
 // Loading
 
-TEST_F(MemIOStreamLoad, GivesTheSavedRecordsInTheirOrder) {
+TEST_F(MemIOStreamLoad, ReturnsTheSavedRecordsInTheirOrder) {
     MemIOStream source;
     source << Integer(1) << Blob(9, fromHex("0a 0b 0c")) << Integer(2);
     source.close();
@@ -248,7 +248,7 @@ struct LoadCase {
     unsigned int expectedOffset; // of the content in the buffer; the buffer may be a new one
 };
 
-TEST_F(MemIOStreamLoad, MakesRoomBehindTheReadPosition) {
+TEST_F(MemIOStreamLoad, MakesRoomAfterTheReadPosition) {
     constexpr LoadCase cases[] = {
         {"a stream without a buffer", 0, 0, 0, 40, 40, 0},
         {"a buffer of the file's size", 40, 0, 0, 40, 40, 0},
@@ -367,7 +367,7 @@ TEST_F(MemIOStreamLoad, IsFalseForAFileBeyond32Bits) {
     }
 }
 
-TEST_F(MemIOStreamLoad, IsFalseAndChangesNothingWithoutMemory) {
+TEST_F(MemIOStreamLoad, IsFalseAndChangesNothingOnAllocationFailure) {
     writeFile(path, recordOfSize(504, 200));
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         MemIOStream target(100);
@@ -435,7 +435,7 @@ TEST_F(MemIOStreamLoad, TakesUpInterruptedCallsAgain) {
     EXPECT_EQ(content(stream), recordOfSize(504, 45));
 }
 
-TEST_F(MemIOStreamLoad, ReadsTheRestWhenTheSystemGivesOnlyAPart) {
+TEST_F(MemIOStreamLoad, ReadsTheRestAfterAShortRead) {
     writeFile(path, recordOfSize(504, 45));
     SystemCalls calls;
     calls.limit("read", 1, 7).limit("read", 2, 1);
@@ -485,7 +485,7 @@ TEST_F(MemIOStreamLoad, LeavesAStreamThatCanBeUsed) {
     EXPECT_TRUE(stream.isEmpty());
 }
 
-TEST_F(MemIOStreamLoad, ReadsWhatItSavedBehindItsOwnReadPosition) {
+TEST_F(MemIOStreamLoad, ResumesFromItsOwnSavedRecords) {
     // A reader that saves what is left, and goes on later.
     MemIOStream queue;
     for (int i = 0; i < 20; ++i)

@@ -90,7 +90,7 @@ TEST(MemIOStreamBinaryForm, IsRefusedWhenItHoldsNoWholeRecords) {
     EXPECT_EQ(toHex(content(stream)), "01 02 03 04 05 06 07 08 09");
 }
 
-TEST(MemIOStreamBinaryForm, WithoutMemoryLeavesTheStreamEmpty) {
+TEST(MemIOStreamBinaryForm, LeavesTheStreamEmptyOnAllocationFailure) {
     Bytes const bytes = concat(fromHex("c8 00 00 00"), recordOfSize(504, 200));
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         MemIOStream stream(100);
@@ -105,7 +105,7 @@ TEST(MemIOStreamBinaryForm, WithoutMemoryLeavesTheStreamEmpty) {
     EXPECT_EQ(failures, 1);
 }
 
-TEST(MemIOStreamBinaryForm, ReportsTheLengthThatTheStreamSaysItHas) {
+TEST(MemIOStreamBinaryForm, ReportsTheLengthThatTheStreamReports) {
     class Padded : public MemIOStream {
     public:
         unsigned int getBinLength() const override { return 4242; }

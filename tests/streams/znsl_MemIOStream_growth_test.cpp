@@ -66,7 +66,7 @@ TEST(MemIOStreamReserve, NeverShrinksAndNeverMoves) {
     expectWithoutBuffer(none);
 }
 
-TEST(MemIOStreamReserve, WithoutMemoryChangesNothing) {
+TEST(MemIOStreamReserve, ChangesNothingOnAllocationFailure) {
     MemIOStream stream(100);
     fill(stream, 60, 10);
     View const before(stream);
@@ -233,7 +233,7 @@ TEST(MemIOStreamGrowth, EndsForAQueueInSteadyState) {
     EXPECT_EQ(content(stream), concat(record, record, record));
 }
 
-TEST(MemIOStreamGrowth, WithoutMemoryChangesNothing) {
+TEST(MemIOStreamGrowth, ChangesNothingOnAllocationFailure) {
     for (Appender const& appender : appenders()) {
         SCOPED_TRACE(appender.name);
         long const failures = test::failEachAllocation([&](test::FailingRun& run) {
@@ -250,7 +250,7 @@ TEST(MemIOStreamGrowth, WithoutMemoryChangesNothing) {
     }
 }
 
-TEST(MemIOStreamGrowth, OfTheFirstBufferWithoutMemoryLeavesNone) {
+TEST(MemIOStreamGrowth, OfTheFirstBufferLeavesNoneOnAllocationFailure) {
     MemIOStream stream;
     test::FailingRun run(1);
     EXPECT_TRUE(run.runsOutOfMemory([&] { stream.checkBuff(12); }));
@@ -321,7 +321,7 @@ TEST(MemIOStreamOverflow, OfTheBinaryFormIsALengthErrorAndChangesNothing) {
 }
 #endif
 
-TEST(MemIOStreamOverflow, BeginsBehindTheLargestCapacity) {
+TEST(MemIOStreamOverflow, BeginsAboveTheLargestCapacity) {
     MemIOStream stream(100);
     fill(stream, 20, 70);
     View const before(stream);
@@ -352,7 +352,7 @@ TEST(MemIOStreamOverflow, OfALargeFullBufferIsALengthError) {
     EXPECT_EQ(stream.size(), capacity);
 }
 
-TEST(MemIOStreamOverflow, SaysWhatIsTooLarge) {
+TEST(MemIOStreamOverflow, NamesTheLimit) {
     MemIOStream stream(1);
     unsigned char* out = nullptr;
     EXPECT_TRUE(test::throws<std::length_error>("znsl::MemIOStream: content beyond 32 bits",

@@ -55,7 +55,7 @@ TEST(MemIOStreamSkip, NeedsAWholeHeader) {
     }
 }
 
-TEST(MemIOStreamSkip, WithoutMemoryForItsReportChangesNothing) {
+TEST(MemIOStreamSkip, ChangesNothingWhenItsReportCannotBeAllocated) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(20);
         append(stream, Bytes(7, 0));
@@ -182,7 +182,7 @@ TEST(MemIOStreamPeekMany, ReadsTheNextRecordsAndLeavesThem) {
     EXPECT_EQ(View(stream), before);
 }
 
-TEST(MemIOStreamPeekMany, PassesOverRecordsForNullPointers) {
+TEST(MemIOStreamPeekMany, SkipsRecordsForNullPointers) {
     MemIOStream stream;
     stream << Integer(1) << EndOfFile() << Integer(2);
     Integer number;
@@ -257,7 +257,7 @@ TEST(MemIOStreamPeekMany, KeepsWhatWasReadBeforeAFailure) {
     EXPECT_EQ(View(stream), before);
 }
 
-TEST(MemIOStreamPeekMany, RefusesAnObjectOnlyInFrontOfACompleteRecord) {
+TEST(MemIOStreamPeekMany, RefusesAnObjectOnlyBeforeACompleteRecord) {
     MemIOStream stream;
     stream << Integer(1);
     append(stream, recordHeader(504, 5));

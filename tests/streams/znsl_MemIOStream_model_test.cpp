@@ -257,7 +257,7 @@ private:
         subject.model.buffer.makeRoom(record.size());
     }
 
-    void writeWithoutMemory(Subject& subject) {
+    void writeOnAllocationFailure(Subject& subject) {
         if (isFull(subject))
             return;
         Record const record = anyRecord();
@@ -510,7 +510,7 @@ std::vector<Play::Operation> const Play::operations = {
     {3, "write a stream", &Play::writeStream},
     {5, "write a raw record", &Play::writeRaw},
     {5, "write in vain", &Play::writeInVain},
-    {5, "write without memory", &Play::writeWithoutMemory},
+    {5, "write on allocation failure", &Play::writeOnAllocationFailure},
     {5, "write into the buffer", &Play::writeIntoTheBuffer},
     {15, "read", &Play::read},
     {5, "read into a stream", &Play::readIntoAStream},

@@ -34,7 +34,7 @@ using zntl::Integer;
 
 // Raw records
 
-TEST(MemIOStreamRawRecord, IsNotGivenAway) {
+TEST(MemIOStreamRawRecord, IsNotHandedOver) {
     MemIOStream stream;
     stream << Integer(1);
     View const before(stream);
@@ -154,7 +154,7 @@ TEST(MemIOStreamRawRecord, IsObtainedThroughTheStreamsOwnHook) {
     EXPECT_EQ(test::liveBlocks(), blocks);
 }
 
-TEST(MemIOStreamRawRecord, ThatTheSourceFailsToGiveChangesNothing) {
+TEST(MemIOStreamRawRecord, ThatTheSourceFailsToDeliverChangesNothing) {
     class Broken : public test::RawSource {
     public:
         Broken() : RawSource({}) {}

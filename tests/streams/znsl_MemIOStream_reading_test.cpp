@@ -390,7 +390,7 @@ TEST(MemIOStreamReaders, KeepTheRecordForAnotherTry) {
     }
 }
 
-TEST(MemIOStreamReaders, WithoutMemoryForTheirReportsChangeNothing) {
+TEST(MemIOStreamReaders, ChangeNothingWhenTheirReportsCannotBeAllocated) {
     for (Reader const& reader : readers()) {
         SCOPED_TRACE(reader.name);
         for (unsigned int const typeId : {1U, 8U, 9U}) {

@@ -154,7 +154,7 @@ TEST(MemIOStreamWrite, PassesOnWhatTheLengthAndTheTypeThrowWithTheContentUnchang
     }
 }
 
-TEST(MemIOStreamWrite, WithoutMemoryForItsReportLeavesTheHeaderAllTheSame) {
+TEST(MemIOStreamWrite, LeavesTheHeaderEvenIfItsReportCannotBeAllocated) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(100);
         Blob object(9, fromHex("01 02"));
@@ -173,7 +173,7 @@ TEST(MemIOStreamWrite, WithoutMemoryForItsReportLeavesTheHeaderAllTheSame) {
     EXPECT_GE(failures, 1);
 }
 
-TEST(MemIOStreamWrite, WithoutMemoryNeverAsksForTheBytes) {
+TEST(MemIOStreamWrite, NeverAsksForTheBytesOnAllocationFailure) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(100);
         fill(stream, 20, 10);
@@ -206,7 +206,7 @@ TEST(MemIOStreamClose, AppendsAnEndOfFileRecord) {
     EXPECT_TRUE(stream.validate());
 }
 
-TEST(MemIOStreamClose, WithoutMemoryChangesNothing) {
+TEST(MemIOStreamClose, ChangesNothingOnAllocationFailure) {
     MemIOStream stream(12);
     fill(stream, 0, 12);
     View const before(stream);

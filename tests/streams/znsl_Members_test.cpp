@@ -111,7 +111,7 @@ public:
     unsigned int given = 0;
 };
 
-TEST(MembersFromBin, TellsEachMemberWhatIsLeft) {
+TEST(MembersFromBin, PassesEachMemberTheRemainingLength) {
     struct Pair {
         Greedy first;
         Greedy second;
@@ -183,7 +183,7 @@ TEST(MembersFromXml, WithoutAParserIsFalseAndLeavesTheMembers) {
     EXPECT_EQ(point.x.getValue(), 1);
 }
 
-TEST(Members, WithoutMemoryLeakNothing) {
+TEST(Members, LeakNothingOnAllocationFailure) {
     Point point;
     std::string const longName(100, 'n');
     Bytes out(16);

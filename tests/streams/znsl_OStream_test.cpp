@@ -63,7 +63,7 @@ TEST(OStream, KeepsItsSlotOrder) {
     EXPECT_EQ(virtualSlot(&OStream::getNextObject), 7);
 }
 
-TEST(OStreamGetNextObject, AsksTheSourceToFillTheVeryPlacesThatItWasGiven) {
+TEST(OStreamGetNextObject, PassesItsArgumentsToTheSource) {
     Sink sink;
     Source source;
     for (bool const result : {true, false}) {

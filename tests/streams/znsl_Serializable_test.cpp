@@ -215,7 +215,7 @@ TEST_F(SerializableToFile, IsFalseWhenAnyWriteFails) {
     }
 }
 
-TEST_F(SerializableToFile, IsFalseWithoutMemoryAndLeavesTheFile) {
+TEST_F(SerializableToFile, IsFalseAndLeavesTheFileOnAllocationFailure) {
     std::string const file = path();
     Blob const value = blob(7, fromHex("01"));
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
@@ -302,7 +302,7 @@ TEST_F(SerializableFromFile, ReadsAnEmptyPayload) {
     EXPECT_EQ(toHex(value.payload), "");
 }
 
-TEST_F(SerializableFromFile, IgnoresBytesBehindThePayload) {
+TEST_F(SerializableFromFile, IgnoresBytesAfterThePayload) {
     Blob value(7);
     value.reported = 1;
     EXPECT_TRUE(loads(value, fromHex("07 00 01 00 00 00 01 02 03")));
@@ -483,7 +483,7 @@ TEST_F(SerializableFromFile, IsFalseWhenAnyReadFails) {
     }
 }
 
-TEST_F(SerializableFromFile, IsFalseWithoutMemory) {
+TEST_F(SerializableFromFile, IsFalseOnAllocationFailure) {
     writeFile(path(), fromHex("f8 01 04 00 00 00 fe ff ff ff"));
     std::string const file = path();
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {

@@ -376,14 +376,14 @@ TEST(SetFromBin, ReadsEveryElementIntoTheSameScratchElement) {
     EXPECT_EQ(readings, (std::vector<int>{1, 3, 4}));
 }
 
-TEST(SetFromBin, IgnoresBytesBehindTheStream) {
+TEST(SetFromBin, IgnoresBytesAfterTheStream) {
     Items items;
     Bytes const data = streamOf(itemsHeader(1), itemRecord(1));
     EXPECT_EQ(load(items, concat(data, fromHex("01 02 03"))), data.size());
     EXPECT_EQ(keys(items), (std::vector<int>{1}));
 }
 
-TEST(SetFromBin, IgnoresRecordsBehindTheElements) {
+TEST(SetFromBin, IgnoresRecordsAfterTheElements) {
     Items items;
     Bytes const data = streamOf(itemsHeader(1), itemRecord(1), itemRecord(2), integerRecord(7));
     EXPECT_EQ(load(items, data), data.size()) << "they count as consumed";
@@ -523,7 +523,7 @@ TEST(Set, OfElementsThatCannotBeWrittenHasNoFile) {
 
 std::string const longName(100, 'n');
 
-TEST(SetWithoutMemory, ConstOperationsLeakNothing) {
+TEST(SetAllocationFailure, ConstOperationsLeakNothing) {
     Items const items = itemsOf({1, 2, 3});
     Bytes out(items.getBinLength());
 
@@ -549,7 +549,7 @@ TEST(SetWithoutMemory, ConstOperationsLeakNothing) {
               0);
 }
 
-TEST(SetWithoutMemory, FromBinLeavesTheSetOrWhatWasReadAndLeaksNothing) {
+TEST(SetAllocationFailure, FromBinLeavesTheSetOrWhatWasReadAndLeaksNothing) {
     std::vector<int> const before{7, 8};
     Bytes const data = streamOf(itemsHeader(3), itemRecord(1), itemRecord(2), itemRecord(3));
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
@@ -575,7 +575,7 @@ TEST(SetWithoutMemory, FromBinLeavesTheSetOrWhatWasReadAndLeaksNothing) {
     EXPECT_GE(failures, 4) << "the buffer and each element";
 }
 
-TEST(SetWithoutMemory, FromXmlLeavesTheSet) {
+TEST(SetAllocationFailure, FromXmlLeavesTheSet) {
     Items items = itemsOf({7, 8});
     EXPECT_GT(test::failEachAllocationOf([&] { items.fromXML(longName.c_str()); }), 0);
     EXPECT_EQ(keys(items), (std::vector<int>{7, 8}));

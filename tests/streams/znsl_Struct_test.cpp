@@ -520,7 +520,7 @@ TEST(Struct, LivesInSets) {
     EXPECT_EQ(again.toXML(), places.toXML());
 }
 
-TEST(Struct, LeaksNothingWithoutMemory) {
+TEST(Struct, LeaksNothingOnAllocationFailure) {
     Place place(1, "gate");
     std::string const longName(100, 'n');
     EXPECT_GT(test::failEachAllocationOf([&] { place.toXML(longName.c_str()); }), 0);

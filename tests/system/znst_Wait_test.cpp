@@ -75,7 +75,7 @@ protected:
     unsigned int index = untouched;
 };
 
-TEST_F(WaitForObjects, ReturnsTheFirstReadyInOrderAndPollsNoneBehindIt) {
+TEST_F(WaitForObjects, ReturnsTheFirstReadyInOrderAndPollsNoneAfterIt) {
     Object a = idle("a");
     Object b = ready("b", 5);
     Object c = ready("c", 6);
@@ -84,7 +84,7 @@ TEST_F(WaitForObjects, ReturnsTheFirstReadyInOrderAndPollsNoneBehindIt) {
     EXPECT_EQ(log, (Log{"clock", "a(0)", "b(0)", "clock"})) << "and sleeps not at all";
 }
 
-TEST_F(WaitForObjects, SleepsAMillisecondBehindEachPassWithoutAReadyObject) {
+TEST_F(WaitForObjects, SleepsAMillisecondAfterEachPassWithoutAReadyObject) {
     Object a = idle("a");
     Object b = later("b", 5, 2);
     EXPECT_EQ(waitFor({&a, &b}, 1000), 5U);

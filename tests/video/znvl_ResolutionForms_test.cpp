@@ -34,7 +34,7 @@ std::string const noReading = "../../../../../libraries/src/video/znvl_Resolutio
 
 char const* const noText = nullptr;
 
-TEST(ResolutionMembers, AreWidthAndHeightBehindWhatIsListedAlready) {
+TEST(ResolutionMembers, AreWidthAndHeightAfterTheListedOnes) {
     Resolution const resolution(640, 480);
     zntl::Integer other(7);
     List list{&other};

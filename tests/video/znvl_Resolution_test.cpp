@@ -605,7 +605,7 @@ TEST(ResolutionTables, ANullNameIsTheEmptyName) {
 
 // Without memory
 
-TEST(Resolution, WithoutMemoryCopiesLeaveTheTarget) {
+TEST(Resolution, CopiesLeaveTheTargetOnAllocationFailure) {
     String const longName(std::string(100, 'n'));
     Resolution source(640, 480);
     source.name = longName;

@@ -219,7 +219,7 @@ TEST(DeepDocument, IsReadWalkedAndReleasedOnASmallStack) {
     }
 }
 
-TEST(DeepDocument, GivesItsTextOnASmallStack) {
+TEST(DeepDocument, ReturnsItsTextOnASmallStack) {
     constexpr int depth = 100'000;
     std::string const document = repeat(depth, "<a>") + repeat(depth, "</a>");
     bool const isSame = test::onSmallStack(

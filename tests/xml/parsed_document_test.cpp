@@ -55,7 +55,7 @@ TEST(Parse, PointsAtTheRootElement) {
     }
 }
 
-TEST(Parse, GivesAnIteratorAtItsEndForWhatIsNoDocument) {
+TEST(Parse, ReturnsAnIteratorAtItsEndForMalformedDocuments) {
     for (char const* const document : {"", " ", "text", "<a>", "<a></b>", "<a/><b/>", "<a/>text"})
         EXPECT_TRUE(DomIterator::parse(document).atEnd()) << document;
     EXPECT_TRUE(DomIterator::parse(static_cast<char const*>(nullptr)).atEnd());
@@ -120,7 +120,7 @@ TEST(Siblings, AreNotThoseOfTheRootElement) {
     EXPECT_TRUE(root.atEnd());
 }
 
-TEST(Value, IsTheElementsOwnText) {
+TEST(Value, IsTheTextOfTheElementItself) {
     struct {
         char const* document;
         char const* value;
@@ -191,7 +191,7 @@ TEST(NameOfAnElement, HasANamespaceByItsPrefix) {
     EXPECT_EQ(root.childrenBegin().getName(), "p:b") << "as it is written";
 }
 
-TEST(ToXml, IsTheElementsOwnText) {
+TEST(ToXml, IsTheTextOfTheElementItself) {
     char const* const document = "<?xml version='1.0'?><a ><b c='1'  d=\"2\">t&lt;<![CDATA[<]]>"
                                  "<!--x--></b>  <e/><f></f></a>";
     DomIterator const root = DomIterator::parse(document);
@@ -221,7 +221,7 @@ TEST(ToXml, DeclaresTheNamespacesThatTheElementTakesFromOthers) {
                "<e xmlns:q=\"three\" xmlns='' q:y='1'><f/></e>", "<p:g xmlns:p='four'/>"}));
 }
 
-TEST(ToXml, GivesADocumentOfItsOwn) {
+TEST(ToXml, ReturnsASeparateDocument) {
     DomIterator const child =
         DomIterator::parse("<a><b x='1'><c>t</c><d/></b><e/></a>").childrenBegin();
     for (DomIterator root :

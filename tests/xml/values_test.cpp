@@ -213,7 +213,7 @@ TYPED_TEST(MembersFromXml, HandsTheChildrenToTheMembersOfTheirNames) {
     }
 }
 
-TEST(ListedMembersFromXml, PassesOverNamesWithoutAMember) {
+TEST(ListedMembersFromXml, SkipsNamesWithoutAMember) {
     Size size(1, 2, "before");
     size.withoutLabel = true;
     EXPECT_TRUE(size.fromXML("<Size><label>VGA</label><w>640</w></Size>"));
@@ -286,7 +286,7 @@ TEST(SetFromXml, ReadsEveryChildIntoTheSameScratchElement) {
     EXPECT_EQ(describe(sizes), (std::vector<std::string>{"1x2 x", "2x2 ", "3x2 x"}));
 }
 
-TEST(SetFromXml, PassesOverChildrenThatAreNotUnderstood) {
+TEST(SetFromXml, SkipsUnknownChildren) {
     Sizes sizes = oldSizes();
     EXPECT_TRUE(sizes.fromXML("<s><e/><e><w>1</w></e><e>text</e><e><w>2</w></e></s>"));
     EXPECT_EQ(describe(sizes), (std::vector<std::string>{"1x0 ", "2x0 "}));
@@ -334,7 +334,7 @@ TEST(SetFromXml, PassesOnWhatAnElementThrows) {
     EXPECT_EQ(set.size(), 1U);
 }
 
-TEST(FromXml, WithoutMemoryLeaksNothing) {
+TEST(FromXml, LeaksNothingOnAllocationFailure) {
     std::string const text(100, 'x');
     std::string const document = "<s><e><w>1</w><label>" + text + "</label></e></s>";
     EXPECT_GT(test::failEachAllocationOf([&] { Sizes().fromXML(document.c_str()); }), 0);

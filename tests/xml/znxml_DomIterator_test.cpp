@@ -67,7 +67,7 @@ void expectEmptyAnswers(DomIterator const& iterator) {
     EXPECT_EQ(nameSpace, "untouched");
 }
 
-TEST(DomIterator, GivesTheEmptyAnswersWhereverItComesFrom) {
+TEST(DomIterator, ReturnsTheEmptyAnswersWhereverItComesFrom) {
     for (auto const& [origin, iterator] : iteratorsOfEveryOrigin()) {
         SCOPED_TRACE(origin);
         expectEmptyAnswers(iterator);

@@ -1,4 +1,4 @@
-// What never throws needs no memory, or turns its lack into a result.
+// Operations that never throw need no memory, or report an allocation failure by their result.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"
@@ -46,12 +46,14 @@ struct Operation {
     }
 };
 
-class WithoutMemory : public testing::TestWithParam<Operation> {};
+class AllocationFailure : public testing::TestWithParam<Operation> {};
 
-TEST_P(WithoutMemory, NothingIsAskedFor) { EXPECT_EQ(test::largestAllocation(GetParam().run), 0U); }
+TEST_P(AllocationFailure, NothingIsAskedFor) {
+    EXPECT_EQ(test::largestAllocation(GetParam().run), 0U);
+}
 
 INSTANTIATE_TEST_SUITE_P(
-    Operations, WithoutMemory,
+    Operations, AllocationFailure,
     testing::Values(Operation{"Integer",
                               [] {
                                   zntl::Integer integer(7);
@@ -142,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
                               }}),
     [](auto const& test) { return test.param.name; });
 
-TEST(SetWithoutMemory, StillKnowsItsLength) {
+TEST(SetAllocationFailure, StillKnowsItsLength) {
     unsigned int const expected = resolutions.getBinLength();
     ASSERT_EQ(expected, 4U + 2 * 12U + 3 * 16U);
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
@@ -159,7 +161,7 @@ using Sets = znsl::Set<ResolutionSet>;
 Sets const nested{resolutions, {{1, 2}}, {}};
 
 // The address sanitizer reports a record that is larger than the room made for it.
-TEST(SetWithoutMemory, IsAppendedWholeOrFails) {
+TEST(SetAllocationFailure, IsAppendedWholeOrFails) {
     for (znsl::Serializable const* const set :
          {static_cast<znsl::Serializable const*>(&resolutions),
           static_cast<znsl::Serializable const*>(&nested)}) {
@@ -186,7 +188,7 @@ TEST(SetWithoutMemory, IsAppendedWholeOrFails) {
     }
 }
 
-TEST(SetWithoutMemory, IsStoredWholeOrNotAtAll) {
+TEST(SetAllocationFailure, IsStoredWholeOrNotAtAll) {
     test::TemporaryDirectory const directory;
     std::string const path = directory / "set";
     ASSERT_TRUE(nested.toFile(path.c_str()));
@@ -202,7 +204,7 @@ TEST(SetWithoutMemory, IsStoredWholeOrNotAtAll) {
     EXPECT_GT(failures, 3);
 }
 
-TEST(SetWithoutMemory, OfSetsStillKnowsItsLength) {
+TEST(SetAllocationFailure, OfSetsStillKnowsItsLength) {
     unsigned int const expected = nested.getBinLength();
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         unsigned int length = 99;
@@ -212,7 +214,7 @@ TEST(SetWithoutMemory, OfSetsStillKnowsItsLength) {
     EXPECT_GT(failures, 3);
 }
 
-TEST(SetWithoutMemory, SerializesSomeOfItAndSaysSo) {
+TEST(SetAllocationFailure, ReportsAnIncompleteSerialization) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         znsl::MemIOStream record;
         bool done = true;
