@@ -1,4 +1,4 @@
-// How large the library's objects are: code that was compiled earlier has made room for that much.
+// Contract: the sizes of objects stay the same, because programs compiled earlier allocate them.
 
 #include "misc/zntl_Countdown.h"
 #include "misc/zntl_Exception.h"

@@ -20,7 +20,7 @@ using Sizes = std::set<std::pair<int, int>>;
 
 namespace {
 
-/// What reading gives; nothing when it throws the library's exception.
+/// The result of reading; nothing when it throws the library's exception.
 std::optional<unsigned int> read(znsl::Serializable& value, fuzz::Input const& input) {
     try {
         return value.fromBin(input.data(), input.size());
@@ -59,7 +59,7 @@ void runResolution(fuzz::Input const& input) {
     require(resolution.name == "kept", "the name is untouched");
 }
 
-/// The set's binary form, read as it is defined.
+/// Reads the set's binary form literally as it is defined.
 struct Form {
     enum { unreadable, notRecords, otherType, partial, complete } verdict;
     Sizes sizes;

@@ -21,7 +21,7 @@ bool readNumber(char const*& at, char const* end, int& number) {
     return read;
 }
 
-/// What a line says, read with the C++ library.
+/// The content of a line, read with the C++ library.
 profile_item readLine(std::string line, int& width, int& height) {
     char const* const blanks = " \t\r";
     line.erase(std::min(line.find('#'), line.size()));

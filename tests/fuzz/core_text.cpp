@@ -1,5 +1,5 @@
 // The core string operations against the C library, or against a plain definition.
-// Input: the text, and behind a unit separator another one.
+// Input: two strings with a unit separator between them.
 
 #include "fuzz.h"
 

@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-// Binary forms by hand, which know where their fields are, so that each can be made wrong alone.
+// Binary forms built by hand. They record the offsets of their fields, so that tests can corrupt
+// each one alone.
 
 namespace fuzz {
 
@@ -86,7 +87,7 @@ inline Form entry(std::string const& text) {
            set(501, {string("a"), string("bc")});
 }
 
-/// A form that the reader of this type takes as a whole.
+/// A form that the reader of this type accepts and consumes whole.
 inline Form formOf(unsigned int type) {
     switch (type) {
     case 501:

@@ -1,5 +1,5 @@
 // Formatted text against the C library's printf. Input: which conversions, a number, a float, its
-// decimals, and between unit separators the text and what stands before, between and behind.
+// decimals, then, with unit separators, a string and the parts before, between and after.
 
 #include "fuzz.h"
 
@@ -36,7 +36,7 @@ Value take(fuzz::Input& input) {
     return value;
 }
 
-/// A part of a format that stands for itself.
+/// A literal part of a format.
 std::string literal(std::string const& text) {
     std::string escaped;
     for (char const c : text)

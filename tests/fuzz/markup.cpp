@@ -1,5 +1,5 @@
-// Markup operations against their definitions, written down step by step. Input: a position, the
-// text, and behind unit separators an element's name and a replacement.
+// Markup operations against their literal definitions. Input: a position, then, with unit
+// separators, the text, an element's name and a replacement.
 
 #include "fuzz.h"
 #include "support/literal_text.h"

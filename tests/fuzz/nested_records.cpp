@@ -1,5 +1,5 @@
 // Values of every type in any nesting, from any bytes. The first byte chooses the type, the second
-// the way; of the rest the fuzzer finds out the form.
+// the operation. The fuzzer discovers the form of the rest.
 
 #include "fuzz.h"
 #include "read_everything.h"

@@ -41,7 +41,7 @@ struct Records {
     bool whole;
 };
 
-/// What `count` and `validate` are to say.
+/// The expected results of `count` and `validate`.
 Records recordsIn(std::string const& bytes) {
     std::uint64_t position = 0;
     unsigned int count = 0;
@@ -53,7 +53,7 @@ Records recordsIn(std::string const& bytes) {
     return {count, position == bytes.size()};
 }
 
-/// What the operation gives; nothing when it throws the library's exception.
+/// The result of the operation; nothing when it throws the library's exception.
 template <class Operation>
 std::optional<unsigned int> attempt(Operation operation) {
     try {
@@ -65,7 +65,7 @@ std::optional<unsigned int> attempt(Operation operation) {
 
 void readAll(MemIOStream stream);
 
-/// Peeks at the next record and reads it, which must agree. Passes over one that cannot be read.
+/// Peeks at the next record and reads it, which must agree. Skips an unreadable one.
 void readInto(znsl::Serializable&& object, MemIOStream& stream) {
     std::string const before = content(stream);
     auto const peeked = attempt([&] { return stream.peek(object); });
@@ -107,7 +107,7 @@ void readNext(MemIOStream& stream) {
     }
 }
 
-/// A copy, so that the caller's stream stays as it is.
+/// A copy, so that the caller's stream does not change.
 void readAll(MemIOStream stream) {
     while (stream.size() >= 8)
         readNext(stream);
@@ -126,7 +126,7 @@ void skipAll(MemIOStream stream) {
     require(whole == (announced == size), "skipping walks as validating does");
 }
 
-/// What may be asked of any content, whole records or not.
+/// Operations that are safe for any content, even if it is not whole records.
 void lookAt(MemIOStream const& stream, std::string const& bytes) {
     Records const records = recordsIn(bytes);
     require(stream.size() == bytes.size(), "size");
@@ -201,7 +201,7 @@ void fuzz::run(Input& input) {
     skipAll(stream);
     readAll(stream);
 
-    // Once more into a stream that has been used.
+    // Loads again into a stream with a buffer.
     if (!bytes.empty() && stream.size() >= 8) {
         stream.skip();
         require(stream.load(file.path()) == loaded, "load does not depend on what was there");

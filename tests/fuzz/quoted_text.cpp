@@ -1,5 +1,5 @@
-// Finding and cutting around quoted sections, against the definition written down step by step.
-// Input: the text, and behind unit separators the characters to find and the quotes.
+// Finding and splitting outside quoted sections, against the literal definition. Input, with unit
+// separators: the text, the characters to find and the quotes.
 
 #include "fuzz.h"
 #include "support/literal_text.h"
@@ -16,7 +16,7 @@ using zntl::String;
 
 namespace {
 
-/// What the operation gives; nothing when it throws what an open quote may throw.
+/// The result of the operation; nothing when it throws the error of an open quote.
 template <class Operation>
 auto attempt(Operation operation) -> std::optional<decltype(operation())> {
     try {

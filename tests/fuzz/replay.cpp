@@ -1,5 +1,5 @@
-// Feeds a fuzz target without a fuzzer: each file of the folders that are named, as it is, cut off
-// at every place, and with each of its bytes changed in turn.
+// Feeds a fuzz target without a fuzzer: each file of the named folders, then every truncation of
+// it, then the file with each of its bytes changed in turn.
 
 #include <algorithm>
 #include <cstddef>
@@ -40,7 +40,7 @@ void feedChanges(Bytes bytes, std::size_t step) {
     }
 }
 
-/// Everything that stands in the folders, in an order that is the same everywhere.
+/// All files in the folders, in the same order on every machine.
 std::vector<std::filesystem::path> filesIn(std::vector<std::string> const& folders) {
     std::vector<std::filesystem::path> files;
     for (std::string const& folder : folders) {
@@ -65,7 +65,7 @@ int main(int count, char** arguments) {
         std::printf("%s\n", file.c_str());
         std::fflush(stdout); // so that the last line names the input that broke something
         Bytes const bytes = readFile(file);
-        // Of a long input, so many places.
+        // The number of positions tried in a long input.
         constexpr std::size_t places = 200;
         std::size_t const step = 1 + bytes.size() / places;
         feed(bytes);

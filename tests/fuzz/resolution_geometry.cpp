@@ -21,7 +21,7 @@ int takeNumber(fuzz::Input& input) {
     return number;
 }
 
-/// Half away from zero in single precision, saturated; what is not a number is 0.
+/// Rounds half away from zero in single precision and saturates; NaN becomes 0.
 int rounded(float x) {
     if (std::isnan(x))
         return 0;

@@ -1,4 +1,4 @@
-// Texts as resolutions, against the C library's scanning, and the way back.
+// Resolutions from text and back, against the C library's scanning.
 
 #include "fuzz.h"
 

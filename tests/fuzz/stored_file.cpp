@@ -1,5 +1,5 @@
-// Files as zn-dump prints them: what it prints of any bytes is bounded, a JSON document is
-// complete, and where it finds no damage the library reads the values.
+// zn-dump with any bytes: its output is bounded, its JSON documents are complete, and if it finds
+// no damage, the library reads the values.
 
 #include "fuzz.h"
 #include "json_listing.h"

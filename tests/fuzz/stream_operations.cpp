@@ -1,4 +1,4 @@
-// Any sequence of operations on a memory stream, beside a plain model of its buffer.
+// Any sequence of operations on a memory stream, compared with a simple model of its buffer.
 
 #include "fuzz.h"
 
@@ -140,7 +140,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         model.buffer.makeRoom(n);
         break;
     case 8:
-    case 9: { // any bytes, and some of the room given back
+    case 9: { // any bytes; releases some of the room
         std::string const bytes = input.takeBytes(n % 64);
         auto const kept = static_cast<unsigned int>(bytes.size() / (1 + operation % 2));
         unsigned char* out = nullptr;

@@ -1,4 +1,4 @@
-// Where a fuzzer, or replay.cpp in its place, hands in an input.
+// The entry point that a fuzzer, or replay.cpp in its place, calls with an input.
 
 #include "fuzz.h"
 

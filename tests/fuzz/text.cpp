@@ -1,5 +1,5 @@
-// The text operations against their definitions, written down step by step. Input: a number, the
-// text, and behind unit separators two more texts.
+// The text operations against their literal definitions. Input: a number, then three strings with
+// unit separators between them.
 
 #include "fuzz.h"
 #include "support/literal_text.h"

@@ -1,6 +1,6 @@
-// Files of single values: `fromFile` takes exactly those that hold a value of its class, and what
-// it took goes back to a file. The first byte chooses the class. (A stream's own typed file trusts
-// its content and is not for files from outside.)
+// Files of single values: `fromFile` accepts exactly the files with a value of its class, and the
+// value can be written again. The first byte chooses the class. (Streams are left out: their typed
+// files must be trusted.)
 
 #include "fuzz.h"
 
@@ -27,7 +27,7 @@ std::string binaryForm(znsl::Serializable const& value) {
     return form;
 }
 
-/// Reads the value from the file's bytes as the file form is defined.
+/// Reads the value literally as the file form is defined.
 bool take(std::string const& file, znsl::Serializable& value) {
     std::uint16_t type;
     std::uint32_t length;

@@ -1,5 +1,5 @@
-// The XML reader against the parser beneath it: the same documents are well-formed, and a walk over
-// the elements meets what the parser reports. Input: a document.
+// The XML reader against its parser: both accept the same documents, and a walk over the elements
+// finds everything that the parser reports. Input: a document.
 
 #include "fuzz.h"
 

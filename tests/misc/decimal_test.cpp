@@ -1,5 +1,5 @@
-// How the library reads decimal numbers, against the C library, on every character that may stand
-// before, in and behind one.
+// Compares how the library and the C library read decimal numbers, with every character before, in
+// and after one.
 
 #include "misc/zntl_String.h"
 

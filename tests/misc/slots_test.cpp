@@ -1,5 +1,5 @@
-// The order of the virtual operations, and where the parts of an object lie, are what code that was
-// compiled earlier relies on. The stream classes and the arrays have such tests of their own.
+// Contract: the order of the virtual operations and the layout of objects stay the same, because
+// programs compiled earlier rely on them. The streams and arrays have their own such tests.
 
 #include "misc/zntl_Countdown.h"
 #include "misc/zntl_Exception.h"
@@ -47,7 +47,7 @@ Slots contract() {
 
 Slots const contractSlots{2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
 
-/// The number of slots that a class has: where a subclass's first own operation comes to stand.
+/// The number of slots of a class, which is the slot of a subclass's first additional operation.
 template <class Class>
 std::ptrdiff_t slotCount() {
     struct Subclass : Class {
@@ -56,7 +56,7 @@ std::ptrdiff_t slotCount() {
     return virtualSlot(&Subclass::next);
 }
 
-/// How far into an object a part of it lies.
+/// The offset of a base in an object.
 template <class Object, class Part>
 std::ptrdiff_t offset(Object const& object, Part const& part) {
     return reinterpret_cast<char const*>(&part) - reinterpret_cast<char const*>(&object);

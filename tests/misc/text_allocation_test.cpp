@@ -1,5 +1,5 @@
-// The text operations without memory: std::bad_alloc comes out exactly when an allocation failed,
-// nothing leaks, and the texts are as they were.
+// The text operations on allocation failure: they throw std::bad_alloc exactly when an allocation
+// fails, leak nothing and do not change the strings.
 
 #include "misc/zntl_Markup.h"
 #include "misc/zntl_SmartArray.h"
@@ -17,7 +17,7 @@ namespace {
 
 using zntl::String;
 
-// Longer than what a string holds without an allocation.
+// Too long for the small-string optimisation.
 String const text =
     " one,'two,three',four <element>in here</element> &lt;five&gt; <element/> rest ";
 String const name = "element";
@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
         Operation{"markerToXml", [] { znsl::EndOfFile().toXML(longName.c_str()); }}),
     [](auto const& test) { return test.param.name; });
 
-// The other pieces that were cut off stay, those of the failed call may be among them.
+// The container keeps its earlier pieces and may have some of the failed call.
 TEST(TokenizeAllocationFailure, KeepsWhatTheContainerHeld) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         std::vector<String> pieces{"before"};

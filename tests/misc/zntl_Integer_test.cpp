@@ -41,7 +41,7 @@ Value const values[] = {
     {INT_MIN, "00 00 00 80", "-2147483648"},
 };
 
-/// Records how the operations reach one another.
+/// Records which operations call which.
 class Subclass : public Integer {
 public:
     using Integer::Integer;
@@ -70,13 +70,13 @@ TEST(Integer, HoldsTheValueThatItIsGiven) {
     }
 }
 
-/// What the value is in memory that held something else before.
+/// The value of an object that is constructed in memory with earlier content.
 template <class Construct>
 std::string bytesAfter(Construct construct) {
     alignas(Integer) unsigned char memory[sizeof(Integer)];
     unsigned char* place = memory;
     std::memset(place, 0xA5, sizeof memory);
-    // The compiler must neither drop what was there before nor guess what is there afterwards.
+    // The compiler must neither drop the earlier writes nor assume what is read afterwards.
     asm volatile("" : "+r"(place) : : "memory");
     Integer* const integer = construct(place);
     asm volatile("" : "+r"(place) : : "memory");
@@ -114,7 +114,8 @@ TEST(Integer, FromBinReadsFourBytesAndIgnoresTheRest) {
 
 TEST(Integer, FromBinOfFewerThanFourBytesThrowsAndLeavesTheValue) {
     for (unsigned int length = 0; length < 4; ++length) {
-        Bytes const data(length, 0x11); // exactly these bytes: reading on would be seen
+        Bytes const data(
+            length, 0x11); // of exactly this size, so that sanitizers detect out-of-bounds reads
         Integer integer(99);
         EXPECT_TRUE(test::throws<zntl::Exception>("znsl::Serializable::fromBin() - Failed!", [&] {
             integer.fromBin(data.data(), length);
@@ -140,7 +141,7 @@ TEST(Integer, XmlFormWithoutANameUsesTheOneWithANameAndItsOwnLiteral) {
     EXPECT_EQ(Subclass(1).toXML(), "override of Integer");
 }
 
-// The DOM iterator has no parser behind it: it is never at its end, and every value is empty.
+// Without a parser, the DOM iterator is never at its end, and every value is empty.
 TEST(Integer, FromXmlTakesTheEmptyValueOfAnyDocument) {
     for (char const* const xml : {"<Integer>7</Integer>", "", static_cast<char const*>(nullptr)}) {
         Integer integer(99);

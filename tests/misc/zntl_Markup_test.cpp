@@ -41,7 +41,7 @@ using literal::OpenTag;
 std::optional<OpenTag> openTag(String const& text, unsigned int from, String const& name) {
     unsigned int start = UINT_MAX;
     unsigned int end = UINT_MAX;
-    // Whatever it was before: the tag decides.
+    // The search must set this whatever its value was.
     bool selfClosing = from % 2 == 0;
     if (!zntl::findOpenTag(text, from, name, start, end, selfClosing))
         return std::nullopt;
@@ -127,7 +127,7 @@ TEST(FindOpenTag, KnowsASelfClosingTag) {
     EXPECT_EQ(openTag("<a/ >", 0, "a"), none);
     EXPECT_EQ(openTag("<a//>", 0, "a"), none);
     EXPECT_EQ(openTag("<a/", 0, "a"), none);
-    EXPECT_EQ(openTag("<a/<a>", 0, "a"), opening(3, 5)) << "the search goes on behind the slash";
+    EXPECT_EQ(openTag("<a/<a>", 0, "a"), opening(3, 5)) << "the search continues after the slash";
     EXPECT_EQ(openTag("<a/x><a/>", 0, "a"), selfClosing(5, 8));
 }
 
@@ -209,8 +209,8 @@ TEST(FindCloseTag, SearchesAfterThePositionOnly) {
 }
 
 TEST(FindCloseTag, TruncatesOpeningTagsAtTheClosingTag) {
-    // Up to the first closing tag the inner opening tag does not end; with the second one in view
-    // it ends in the first one, and then it counts.
+    // Before the first closing tag, the inner opening tag has no end. The search for the second one
+    // finds its end in the first one, and counts it.
     EXPECT_EQ(closeTag("<a <a></a></a>", 2, "a"), (CloseTag{10, 13}));
     EXPECT_EQ(closeTag("<a </a></a>", 0, "a"), (CloseTag{3, 6}));
     EXPECT_EQ(closeTag("<a><a><a </a></a></a>", 3, "a"), (CloseTag{17, 20}));
@@ -415,7 +415,7 @@ TEST(LargeMarkup, HasTagsThatNeverEnd) {
 }
 
 TEST(LargeMarkup, StraddlesItsClosingTags) {
-    // Each opening tag ends in the closing tag behind it.
+    // Each opening tag ends in the closing tag after it.
     std::string const text = test::repeated("<a </a>", many);
     EXPECT_TRUE(test::sameText(replacedOnSmallStack(text), std::string(many / 2, 'R')));
     EXPECT_TRUE(

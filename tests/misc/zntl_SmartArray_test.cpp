@@ -66,7 +66,7 @@ Array abc() {
 template <class Handle>
 class Handles : public testing::Test {};
 
-/// Both classes, which differ only in what may be written through them.
+/// Both classes. They differ only in write access.
 using HandleTypes = testing::Types<ConstSmartArray<char>, SmartArray<char>>;
 
 struct HandleNames {
@@ -150,7 +150,7 @@ TYPED_TEST(Handles, ReturnTheAddressOfAnIndexAtOrPastTheSize) {
     };
     std::uintptr_t const first = address(*handle);
     for (unsigned int const i : {4U, 5U, 1000U, 0x7FFFFFFFU, 0x80000000U, UINT_MAX}) {
-        // Wrapped round where addresses have no more than the index's bits.
+        // The offset wraps where addresses have as many bits as the index.
         EXPECT_EQ(address(handle[i]), first + i) << i;
         EXPECT_EQ(address(std::as_const(handle)[i]), first + i) << i;
     }
@@ -431,7 +431,7 @@ TEST(ArrayOfString, LeaksNothingOnAllocationFailure) {
 
 constexpr int threadCount = 4;
 
-/// Threads that start their work together.
+/// Threads that start their work at the same time.
 class Threads {
 public:
     ~Threads() { join(); }
@@ -492,8 +492,8 @@ TEST(SharedAcrossThreads, CountsEveryCopyAndRelease) {
 }
 
 TEST(SharedAcrossThreads, ShowsTheLastOneWhatTheOthersWrote) {
-    // Each thread writes its own element without a lock; who comes last frees them all, and that
-    // must come behind every write.
+    // Each thread writes its own element without a lock. The last one frees them all, which must
+    // happen after every write.
     for (int round = 0; round < 300; ++round) {
         Threads threads;
         SmartArray<Element> handle(new Element[threadCount], threadCount);

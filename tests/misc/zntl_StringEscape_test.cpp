@@ -55,7 +55,7 @@ TEST(StringEscape, DecodeReplacesEntities) {
         {"a&lt;b &amp; &apos;c&apos;", "a<b & 'c'"},
         {"&amp;lt;", "<"}, // "&amp;" is decoded first
         {"&amp;gt;&amp;apos;&amp;quot;", ">'\""},
-        {"&amp;amp;", "&amp;"}, // its pass goes on behind the "&" that it inserts
+        {"&amp;amp;", "&amp;"}, // its pass continues after the "&" that it inserts
         {"&amp;amp;lt;", "&amp;lt;"},
         {"&&amp;lt;", "&<"},
         {"&amp;&amp;lt;", "&<"},
@@ -132,7 +132,7 @@ TEST(StringEscape, BothAgreeWithFivePassesWhereMarkupIsRare) {
     }
 }
 
-// What takes more than linear time does not come to its end.
+// An operation of more than linear time would not finish.
 TEST(StringEscape, BothAreLinearWhereMarkupIsRareAndOfOneKind) {
     std::string const gap(200, 'x');
     constexpr unsigned int many = 100000;

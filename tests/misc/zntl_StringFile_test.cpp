@@ -85,7 +85,7 @@ private:
     std::size_t const descriptorsBefore_ = openDescriptors();
 };
 
-/// Leaves a descriptor free for a while that is otherwise never handed out.
+/// While it lives, the descriptor of standard input is free.
 class WithoutStandardInput {
 public:
     WithoutStandardInput() { close(STDIN_FILENO); }
@@ -101,7 +101,7 @@ private:
     int const kept_ = dup(STDIN_FILENO);
 };
 
-/// Acts for a while as a user who may not do everything.
+/// While it lives, the process has the rights of an ordinary user.
 class OrdinaryUser {
 public:
     OrdinaryUser() {
@@ -285,7 +285,7 @@ TEST_F(StringToFile, NeedsNoMemory) {
 
 class StringFromFile : public TextFile {
 protected:
-    /// Whether a string that held something else reads the file, and with what result.
+    /// Reads the file into a string with earlier content; returns the result and the content.
     std::pair<bool, std::string> read(std::string const& file) const {
         String text(oldContent);
         bool const done = text.fromFile(file.c_str());
@@ -362,7 +362,7 @@ TEST_F(StringFromFile, AsksForAllThatIsLeftAfterAShortRead) {
 TEST_F(StringFromFile, AsksForNoMoreMemoryThanTheFileNeeds) {
     struct {
         std::size_t length;
-        std::size_t largest; // with the zero behind a text
+        std::size_t largest; // includes the terminating zero
     } const cases[] = {{5000, 2 * 4096 + 1}, {20000, 20000 + 2}};
     std::string const file = path();
     for (auto const& c : cases) {
@@ -426,14 +426,14 @@ TEST_F(StringFromFile, AsksForNoMemoryForADirectory) {
 
 TEST_F(StringFromFile, EmptiesTheStringBeforeItOpensTheFile) {
     make("abc");
-    // The path is the string's own text, and that is gone when the file is to be opened.
+    // The path is the string's own buffer, which is empty when the file is opened.
     String text(path());
     EXPECT_FALSE(text.fromFile(text.c_str()));
     EXPECT_EQ(text, ""s);
 }
 
 TEST_F(StringFromFile, IsFalseAndEmptyAfterAReadError) {
-    // Its first page is mapped in no process.
+    // Reading fails because no process maps the first page.
     EXPECT_EQ(read("/proc/self/mem"), failedAndEmpty);
 }
 
@@ -504,7 +504,7 @@ TEST_F(StringFromFile, TakesAFileWhoseSizeIsNotKnown) {
 }
 
 TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
-    // Its size is said to be 0.
+    // The system reports size 0 for it.
     std::ifstream file("/proc/version");
     std::string const version{std::istreambuf_iterator<char>(file), {}};
     file.close();
@@ -512,7 +512,7 @@ TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
     EXPECT_EQ(read("/proc/version"), holding(version));
 }
 
-/// Waits for a pipe's writer, who must not wait for a reader that has given up.
+/// Joins a pipe's writer, which must not block after the reader has failed.
 void joinWriter(std::thread& writer, std::string const& pipe) {
     int const descriptor = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
     writer.join();

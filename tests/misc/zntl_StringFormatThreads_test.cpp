@@ -1,4 +1,4 @@
-// Formatting keeps nothing between calls that a second thread could meet.
+// Formatting has no state that threads share.
 
 #include "misc/zntl_String.h"
 
@@ -14,9 +14,9 @@ using zntl::String;
 
 namespace {
 
-using Results = std::vector<std::pair<String, std::string>>; // what came, and what should have
+using Results = std::vector<std::pair<String, std::string>>; // actual and expected
 
-/// Every way to format, with texts that are different for each thread.
+/// Formats in every way, with different arguments for each thread.
 Results formatAll(int thread) {
     std::string const number = std::to_string(thread);
     std::string longText;

@@ -1,4 +1,4 @@
-// Formatted text: what the C library's printf would give, and what becomes of it in a string.
+// Formatted text, compared with the C library's printf.
 
 #include "misc/zntl_String.h"
 
@@ -129,7 +129,7 @@ TEST(StringFromFormat, LeavesToPrintfWhatOnlyLooksPlain) {
 TEST(StringFromFormat, EndsWithItsFormat) {
     std::string const format("%d\0dx", 5); // not a literal, which a compiler would complain about
     EXPECT_EQ(String::fromFormat(format.c_str(), 1), "1");
-    std::string const exact(100, 'x'); // a sanitizer sees what lies behind it
+    std::string const exact(100, 'x'); // a sanitizer detects reads past its end
     EXPECT_EQ(String::fromFormat(exact.c_str(), 1), exact);
 }
 
@@ -190,11 +190,11 @@ TEST(StringFromFloat, HasTheDecimalsAskedFor) {
         {0.0F, 0, "0"},
         {-0.0F, 1, "-0.0"},
         {1.0F / 3.0F, 6, "0.333333"},
-        {0.1F, 10, "0.1000000015"}, // widened to double: the float's own value
+        {0.1F, 10, "0.1000000015"}, // the float's exact value, widened to double
         {0.125F, 3, "0.125"},
         {16777216.0F, 0, "16777216"},
         {FLT_MAX, 0, "340282346638528859811704183484516925440"},
-        {2.5F, -1, "2.500000"}, // printf takes a negative precision as none
+        {2.5F, -1, "2.500000"}, // printf ignores a negative precision
         {INFINITY, 2, "inf"},
         {-INFINITY, 2, "-inf"},
     };
@@ -230,7 +230,7 @@ TEST(StringFromFloat, RoundsTheExactValueAndHalvesToEven) {
         EXPECT_EQ(String::fromFloat(row.value, row.decimals), row.text);
 }
 
-/// Any float: the largest, the smallest and those that are no numbers as often as others.
+/// Any float. Extreme values, infinities and NaNs are as likely as others.
 float anyFloat(std::mt19937& random) {
     auto const bits = static_cast<std::uint32_t>(random());
     float value;

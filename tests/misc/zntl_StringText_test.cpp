@@ -25,7 +25,7 @@ namespace {
 using Positions = std::vector<unsigned int>;
 using Texts = std::vector<std::string>;
 
-/// What an operation gives; nothing when it raises the standard out-of-range error.
+/// The result of an operation; nothing when it throws std::out_of_range.
 template <class Operation>
 auto outcome(Operation operation) -> std::optional<decltype(operation())> {
     try {
@@ -221,7 +221,7 @@ TEST(StringExtract, FindsMarkersOfAnyLengthThatAlmostMatchElsewhere) {
     }
 }
 
-// What takes more than linear time does not come to its end.
+// An operation of more than linear time would not finish.
 TEST(StringExtract, IsLinearWhereAMarkerAlmostMatchesEverywhere) {
     std::string const half(200000, 'a');
     String const marker = half + 'b' + half;
@@ -333,7 +333,7 @@ TEST(StringFindAll, DoesNotRecordACharacterThatIsAQuoteToo) {
 }
 
 TEST(StringFindAll, SkipsTheCharacterAfterABackslash) {
-    // In each the quote opens at 0; the comma behind the closing quote is found.
+    // In each, the quote opens at 0, and the comma after the closing quote is found.
     EXPECT_EQ(places(R"('\'',)", ",", "'"), Positions{4});
     EXPECT_EQ(places(R"('\'a',)", ",", "'"), Positions{5});
     EXPECT_EQ(places(R"('\a',)", ",", "'"), Positions{4}) << "closed by the character at p + 2";

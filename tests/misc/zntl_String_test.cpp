@@ -1,5 +1,5 @@
 // The string's core: construction, comparison, conversion and stored forms. Formatted text and the
-// text operations have tests of their own.
+// text operations have their own tests.
 
 #include "misc/zntl_String.h"
 
@@ -174,7 +174,7 @@ TEST(StringICompare, IgnoresLetterCase) {
         {"ab", "abc", -1},
         {"Abc", "aB", 1},
         {"Z", "_", 1},
-        {"_", "a", -1},                        // "_" stands between the cases
+        {"_", "a", -1},                        // "_" is between the cases in ASCII
         {"\xE9", "z", 1},                      // bytes count as unsigned, on every machine
         {withNuls("a0x"), withNuls("A0y"), 0}, // compared up to the first NUL
         {withNuls("0a"), "", 0},
@@ -327,7 +327,7 @@ TEST(StringIsNumeric, TakesOneNumberWithBlanksAroundIt) {
         {"1.5", true, false},     {"1.", true, false},
         {".5", true, false},      {" 1.5 ", true, false},
         {"1 2", false, true},     {"1. 2", false, false},
-        {"1 .", false, true}, // the point behind the blank is not taken
+        {"1 .", false, true}, // the point after the blank is not accepted
         {"1.2.3", false, false},  {"..", false, false},
         {"+-1", false, true},     {"1-", false, true},
         {"1+2", false, true},     {".-1", false, false},
@@ -347,7 +347,7 @@ TEST(StringIsNumeric, TakesOneNumberWithBlanksAroundIt) {
     EXPECT_FALSE(String(std::string("1\0", 2)).isNumeric(isInteger)) << "a NUL is a character";
 }
 
-/// The same by its grammar: blanks, [sign] digits [. digits] that is not empty, blanks.
+/// The grammar: blanks, a non-empty [sign] digits [. digits], blanks.
 bool isOneNumber(std::string const& text) {
     std::size_t const first = text.find_first_not_of(" \t");
     if (first == std::string::npos)
@@ -417,7 +417,7 @@ TEST(StringPadEnd, FillsUpAndNeverCuts) {
 
 // The storable value
 
-/// Records how the operations reach one another.
+/// Records which operations call which.
 class Subclass : public String {
 public:
     using String::String;
@@ -496,7 +496,7 @@ TEST(String, FromBinReadsWhatToBinWrote) {
     }
 }
 
-// It trusts the text's NUL alone: neither the stored length nor the length argument is consulted.
+// Contract: fromBin reads up to the NUL and ignores both the stored length and its length argument.
 TEST(String, FromBinIgnoresBothLengths) {
     for (char const* const stored : {"00 00 00 00", "01 00 00 00", "ff ff ff ff"}) {
         Bytes const data = concat(fromHex(stored), fromHex("61 62 63 00 64"));
@@ -539,7 +539,7 @@ TEST(String, XmlFormWithoutANameUsesTheOneWithANameAndItsOwnLiteral) {
     EXPECT_EQ(Subclass("abc").toXML(), "override of zntl_String");
 }
 
-// The DOM iterator has no parser behind it: it is never at its end, and every value is empty.
+// Without a parser, the DOM iterator is never at its end, and every value is empty.
 TEST(String, FromXmlTakesTheEmptyValueOfAnyDocument) {
     for (char const* const xml : {"<zntl_String>abc</zntl_String>", "", noText}) {
         String text("before");
@@ -548,7 +548,7 @@ TEST(String, FromXmlTakesTheEmptyValueOfAnyDocument) {
     }
 }
 
-// Without memory
+// Allocation failure
 
 template <class Operation>
 long failingAllocations(Operation operation) {

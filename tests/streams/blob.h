@@ -26,9 +26,9 @@ public:
     std::function<void(unsigned char const* data, unsigned int length)> onFromBin =
         [](unsigned char const*, unsigned int) {};
 
-    /// What getBinLength says instead of the payload's length.
+    /// The result of getBinLength instead of the payload's length.
     std::optional<unsigned int> announced;
-    /// What toBin and fromBin say that they moved.
+    /// The result of toBin and fromBin instead of the number of bytes.
     unsigned int reported = 0;
 
     unsigned int getTypeId() const override {

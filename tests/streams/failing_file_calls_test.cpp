@@ -1,6 +1,6 @@
-// Every file operation of the library, with each of its system calls failing in turn: the verdict
-// is the promised one, nothing is thrown, no file stays open, and what the operation should leave
-// alone is as it was.
+// Every file operation of the library, with each of its system calls failing in turn: the result is
+// as documented, nothing is thrown, no file stays open, and everything that the operation must
+// preserve is unchanged.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"
@@ -34,9 +34,9 @@ using Functions = std::vector<std::string>;
 
 struct Operation {
     char const* name;
-    /// Carries it out on a fresh value, which a failure must leave in the promised state.
+    /// Runs the operation on a new value, which must have the documented state after a failure.
     std::function<bool(char const* path)> run;
-    /// What the file holds before.
+    /// The initial content of the file.
     Bytes file;
     Functions fatal;
 
@@ -54,7 +54,7 @@ znsl::MemIOStream streamOfOne() {
 Bytes const integerFile = test::fromHex("f8 01 04 00 00 00 fe ff ff ff");
 
 Functions const reading{"open", "read"};
-// That a file cannot be closed is not looked at, except where a save takes its verdict.
+// Contract: only `save` checks the result of close.
 Functions const writing{"open", "write"};
 
 std::vector<Operation> const operations{
@@ -112,7 +112,7 @@ int lowestFreeDescriptor() {
 
 class FailingFileCalls : public testing::TestWithParam<Operation> {
 protected:
-    /// Carries out the operation with calls that `spoil` prepares.
+    /// Runs the operation with the failures that `spoil` prepares.
     template <class Spoil>
     bool run(Spoil spoil) const {
         test::writeFile(path, GetParam().file);
@@ -127,7 +127,7 @@ protected:
         return done;
     }
 
-    /// How often the operation makes this call.
+    /// The number of times that the operation makes this call.
     unsigned int count(std::string const& function) const {
         test::writeFile(path, GetParam().file);
         SystemCalls const calls;
@@ -166,7 +166,7 @@ TEST_P(FailingFileCalls, ReturnThePromisedResult) {
     });
 }
 
-// Some operations need the size, and some do without it.
+// Some operations fail without the file's size, others do not need it.
 TEST_P(FailingFileCalls, ThatMeasureReturnThePromisedResult) {
     EXPECT_EQ(run([](SystemCalls& calls) { calls.fail("fstat", 1, EIO); }), !isFatal("fstat"));
 }

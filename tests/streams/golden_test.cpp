@@ -1,5 +1,5 @@
-// Every stored form, bit for bit: what the library writes is what lies in tests/golden, and reading
-// that gives the values back. The same files serve all machines.
+// Contract: every stored form stays the same, bit for bit. The library writes the bytes of the
+// files in tests/golden and reads the values from them. All machines use the same files.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"

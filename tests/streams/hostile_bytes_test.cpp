@@ -1,5 +1,5 @@
-// Bytes from outside: whatever they are, reading them stays within the memory that holds them. The
-// address sanitizer reports every access outside it.
+// Untrusted bytes: whatever they are, reading them causes no out-of-bounds access, which the
+// address sanitizer would report.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -40,7 +40,7 @@ using znsl::Serializable;
 using zntl::Integer;
 using zntl::String;
 
-// The public questions
+// Public queries
 
 struct Form {
     char const* bytes;
@@ -73,9 +73,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Form{"fc ff ff ff 61 62 63", false, false},
                     Form{"fb ff ff ff 00 00 00", true, false}));
 
-// What reads
+// Reading
 
-/// A string with a type id of its own.
+/// A string with a different type id.
 class Label : public String {
 public:
     using String::String;
@@ -126,14 +126,14 @@ std::vector<std::unique_ptr<Serializable>> readers() {
     return all;
 }
 
-/// A stream with this content, whole records or not, in a buffer without room after it.
+/// A stream with this content, even if it is not whole records, in a buffer of exactly its size.
 MemIOStream holding(Bytes const& content) {
     MemIOStream stream(static_cast<unsigned int>(content.size()));
     test::append(stream, content);
     return stream;
 }
 
-/// Payloads in which lengths, NULs and ends are where no writer puts them.
+/// Payloads with lengths, NULs and ends at positions that no writer produces.
 std::vector<Bytes> payloads() {
     std::vector<Bytes> all;
     Bytes const starts[] = {
@@ -159,7 +159,7 @@ std::vector<Bytes> payloads() {
     return all;
 }
 
-/// Runs `read` and lets it throw the library's exception, and no other.
+/// Runs `read`, which may throw only the library's exception.
 template <class Read>
 void attempt(Read read) {
     try {
@@ -191,7 +191,7 @@ TEST(HostileBytes, AreReadOrRefusedFromARecord) {
 
 TEST(HostileBytes, AreReadOrRefusedDirectly) {
     for (auto const& reader : readers()) {
-        // A string and a stream trust a direct caller.
+        // Contract: a string and a stream trust a direct caller.
         if (dynamic_cast<String*>(reader.get()) || dynamic_cast<MemIOStream*>(reader.get()))
             continue;
         for (Bytes const& payload : payloads()) {
@@ -218,7 +218,7 @@ TEST(HostileBytes, AreReadOrRefusedFromAFile) {
     }
 }
 
-// What is refused and what is read
+// Refused and accepted bytes
 
 std::string const failed = "znsl::Serializable::fromBin() - Failed!";
 
@@ -287,7 +287,7 @@ TEST(HostileBytes, ALengthFromAPipeClaimsNoMemory) {
     test::TemporaryDirectory const directory;
     std::string const path = directory / "pipe";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    // More than one block, of which the first ones arrive.
+    // Several blocks are announced, and only the first ones follow.
     Bytes const sent = concat(fromHex("85 03 ff ff ff 7f"), Bytes(1000, 0));
     pid_t const writer = fork();
     ASSERT_GE(writer, 0);

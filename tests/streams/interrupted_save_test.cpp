@@ -1,5 +1,5 @@
-// A program that is killed in the middle of a save leaves the front part of the records behind, and
-// `load` judges it: true exactly when the file ends where a record ends.
+// A program that is killed during a save leaves a truncated file. `load` returns true exactly when
+// the file ends at the end of a record.
 
 #include "misc/zntl_Integer.h"
 #include "streams/records.h"
@@ -49,7 +49,7 @@ public:
             kill();
     }
 
-    /// The signal that ended it; 0 when it came to its own end.
+    /// The signal that ended it; 0 when it exited normally.
     int wait() {
         int status = 0;
         if (waitpid(process_, &status, 0) != process_)
@@ -75,7 +75,7 @@ MemIOStream streamOf(unsigned int count) {
     return stream;
 }
 
-/// The places where a record of the stream ends, and its beginning.
+/// The offsets of 0 and of the end of each record.
 std::vector<std::size_t> boundaries(MemIOStream stream) {
     std::vector<std::size_t> ends{0};
     while (!stream.isEmpty())
@@ -83,8 +83,8 @@ std::vector<std::size_t> boundaries(MemIOStream stream) {
     return ends;
 }
 
-/// Expects the file to hold the front part of the stream, and `load` to say whether it is whole.
-/// Gives its size.
+/// Expects the file to be a prefix of the stream, and `load` to report whether it is whole. Returns
+/// the file's size.
 std::size_t judge(std::string const& path, MemIOStream const& stream) {
     Bytes const all = test::content(stream);
     std::vector<std::size_t> const ends = boundaries(stream);
@@ -105,7 +105,7 @@ protected:
     std::string const path = directory / "stream";
 };
 
-/// Ends the process in the very write that would make a file larger than this.
+/// A write that would make a file larger than this ends the process.
 void endBeyond(rlim_t size) {
     rlimit const most{size, size};
     rlimit const none{0, 0};
@@ -145,7 +145,7 @@ TEST_F(InterruptedSave, IsJudgedAfterAKillAtAnyTime) {
     }
 }
 
-// A reader that is slower than the save holds it in the middle of its write.
+// A slow reader of a pipe blocks the save during its write.
 TEST_F(InterruptedSave, IsJudgedAfterAPipe) {
     MemIOStream const stream = streamOf(20000);
     std::string const pipe = directory / "pipe";

@@ -10,7 +10,7 @@
 
 namespace test {
 
-/// A source of raw records, each handed out in an array of its own.
+/// A source of raw records. It returns each in a new array.
 class RawSource : public znsl::IStream {
 public:
     explicit RawSource(std::vector<Bytes> records) : records_(std::move(records)) {}

@@ -10,11 +10,11 @@
 #include <ostream>
 #include <string>
 
-// Object records made by hand, and a look into memory streams.
+// Object records built by hand, and views of memory streams.
 
 namespace test {
 
-/// The 8 bytes that stand before a payload of `length` bytes.
+/// The 8-byte header of a payload of `length` bytes.
 inline Bytes recordHeader(unsigned int type, std::uint32_t length) {
     Bytes header;
     for (int shift = 0; shift < 16; shift += 8)
@@ -29,7 +29,7 @@ inline Bytes record(unsigned int type, Bytes const& payload) {
     return concat(recordHeader(type, static_cast<std::uint32_t>(payload.size())), payload);
 }
 
-/// A record of `size` bytes, its payload counted through.
+/// A record of `size` bytes whose payload is 0, 1, 2 …
 inline Bytes recordOfSize(unsigned int type, std::size_t size) {
     Bytes payload;
     for (std::size_t i = 8; i < size; ++i)
@@ -64,7 +64,7 @@ inline unsigned char* writePosition(znsl::MemIOStream& stream) {
     return position;
 }
 
-/// All that can be seen of a stream from outside, for saying that nothing has changed.
+/// The observable state of a stream, for asserting that nothing has changed.
 struct View {
     explicit View(znsl::MemIOStream const& stream)
         : capacity(stream.capacity()), position(readPosition(stream)), bytes(content(stream)) {}
@@ -90,8 +90,8 @@ inline void append(znsl::MemIOStream& stream, Bytes const& bytes) {
         std::memcpy(out, bytes.data(), bytes.size());
 }
 
-/// Brings a stream without unread bytes to `consumed` bytes read and `unread` bytes behind them;
-/// both are 0 or sizes of records.
+/// Fills a stream without unread bytes so that it has `consumed` bytes followed by `unread` ones.
+/// Both are 0 or sizes of records.
 inline void fill(znsl::MemIOStream& stream, unsigned int consumed, unsigned int unread) {
     if (consumed > 0) {
         append(stream, recordOfSize(504, consumed));

@@ -14,7 +14,7 @@ using znsl::IOStream;
 using znsl::IStream;
 using znsl::OStream;
 
-/// Tells when it goes.
+/// Records its destruction.
 class Stream : public IOStream {
 public:
     explicit Stream(bool& gone) : gone_(gone) {}
@@ -57,7 +57,7 @@ TEST(IOStream, IsFirstASourceAndThenASink) {
 }
 
 TEST(IOStream, AddsNoOperation) {
-    // The first operation that a subclass adds gets the slot behind those of the source.
+    // The first operation that a subclass adds has the slot after those of the source.
     class Extended : public IOStream {
     public:
         virtual void added() {}

@@ -16,7 +16,7 @@ using znsl::IStream;
 
 constexpr unsigned int withoutLimit = 0xFFFFFFFF;
 
-/// A source that says what a test tells it to say, and counts the questions.
+/// A source with results that a test sets. It counts the calls.
 class Source : public IStream {
 public:
     bool empty = true;
@@ -121,7 +121,7 @@ TEST(IStreamWait, CallsDataInTheMillisecondOfTheDeadlineTooLate) {
     time.onSleep([&] { source.empty = time.sleeps().size() < 5; });
     EXPECT_FALSE(source.wait(5));
     EXPECT_FALSE(source.empty);
-    EXPECT_EQ(source.emptyAsked, 5) << "the deadline comes before the look";
+    EXPECT_EQ(source.emptyAsked, 5) << "Contract: wait checks the deadline before the stream";
 }
 
 TEST(IStreamWait, MeasuresWithTheClockAndNotWithItsPauses) {

@@ -70,9 +70,9 @@ TEST(MemIOStreamFinalize, ReturnsTheUnfilledBytes) {
     };
     constexpr Case cases[] = {
         {20, 12, 22},         {20, 19, 29},
-        {20, 0, 10},          {20, 20, 30}, // all of it: nothing to give back
-        {20, 21, 30},                       // more than reserved: nothing happens
-        {20, 0xFFFFFFFF, 30},               // so far behind that a 32-bit address wraps
+        {20, 0, 10},          {20, 20, 30}, // all of it: nothing to release
+        {20, 21, 30},                       // more than reserved: a no-op
+        {20, 0xFFFFFFFF, 30},               // so far past the end that a 32-bit address wraps
         {20, 0xFFFFFFF0, 30}, {0, 0, 10},
     };
     for (Case const& c : cases) {
@@ -182,7 +182,7 @@ std::vector<WalkCase> walkCases() {
         {"a length of 2 GiB less a byte", recordHeader(9, 0x7FFFFFFF), false, 1},
         {"a length of 2 GiB", recordHeader(9, 0x80000000), false, 1},
         {"a record size of 4 GiB less a byte", recordHeader(9, 0xFFFFFFF7), false, 1},
-        // Sizes that become small in 32 bits: a walk that wraps stays where it is, or goes back.
+        // Sizes that become small in 32 bits: a walk that wraps never advances, or goes back.
         {"a record size of 4 GiB", recordHeader(9, 0xFFFFFFF8), false, 1},
         {"a record size of 4 GiB and 7 bytes", recordHeader(9, 0xFFFFFFFF), false, 1},
         {"back to the start", concat(integer, recordHeader(9, 0xFFFFFFEC)), false, 2},
@@ -197,7 +197,8 @@ TEST(MemIOStreamWalk, ReportsWholeRecordsAndCountsThem) {
     for (WalkCase const& c : walkCases()) {
         for (unsigned int const consumed : {0U, 20U}) {
             SCOPED_TRACE(testing::Message() << c.what << " behind " << consumed << " bytes");
-            // A buffer that ends where the content ends, so that sanitizers see a step too far.
+            // The buffer ends where the content ends, so that sanitizers detect out-of-bounds
+            // reads.
             MemIOStream stream(consumed + sizeOf(c.bytes));
             fill(stream, consumed, 0);
             append(stream, c.bytes);
@@ -213,7 +214,7 @@ TEST(MemIOStreamWalk, IgnoresBytesAfterTheContent) {
     Bytes const records = concat(recordOfSize(504, 12), recordOfSize(505, 20));
     append(stream, records);
     unsigned char* p = writePosition(stream) - records.size();
-    stream.finalizeBuffer(p, 12 + 4); // cuts the second record short
+    stream.finalizeBuffer(p, 12 + 4); // truncates the second record
     EXPECT_FALSE(stream.validate());
     EXPECT_EQ(stream.count(), 2U);
     stream.finalizeBuffer(p, 12);
@@ -282,7 +283,7 @@ TEST(MemIOStreamSetBuffer, RefusesWhatIsNotWholeRecordsButKeepsTheBytes) {
 TEST(MemIOStreamSetBuffer, TakesBytesOfItsOwnBuffer) {
     Bytes const first = recordOfSize(504, 12);
     Bytes const rest = concat(recordOfSize(505, 300), recordOfSize(1, 8));
-    // The rest lies near its new place, so that the bytes overlap; or a part does not.
+    // Some cases overlap the old and the new position of the rest, others do not.
     for (unsigned int const capacity : {320U, 1000U}) {
         MemIOStream stream(capacity);
         append(stream, concat(first, rest));

@@ -32,7 +32,7 @@ using test::virtualSlot;
 using test::writePosition;
 using znsl::MemIOStream;
 
-// What a stream is
+// Layout and slots
 
 TEST(MemIOStream, NamesItself) {
     MemIOStream const stream;

@@ -132,7 +132,7 @@ TEST_F(MemIOStreamSave, IsFalseOnAFullDisk) {
 
 TEST_F(MemIOStreamSave, WritesIntoAPipe) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    int const pipe = open(path.c_str(), O_RDWR); // so that nobody waits for the other end
+    int const pipe = open(path.c_str(), O_RDWR); // opened for both, so that neither end blocks
     ASSERT_GE(pipe, 0);
     EXPECT_TRUE(stream.save(path.c_str()));
     Bytes received(100);
@@ -172,7 +172,7 @@ TEST_F(MemIOStreamSave, TakesUpInterruptedCallsAgain) {
 }
 
 TEST_F(MemIOStreamSave, DoesNotCloseTwice) {
-    // An interrupted close has closed.
+    // Linux closes the descriptor even if close() is interrupted.
     SystemCalls calls;
     calls.fail("close", 1, EINTR);
     EXPECT_TRUE(stream.save(path.c_str()));
@@ -357,7 +357,7 @@ TEST_F(MemIOStreamLoad, IsFalseForAFileBeyond32Bits) {
     // Cut to 32 bits, some of these sizes would name the record at the start.
     for (std::uint64_t const size : {fourGiB, fourGiB + 12, 3 * fourGiB + 12, 1000 * fourGiB}) {
         writeFile(path, recordOfSize(504, 12));
-        std::filesystem::resize_file(path, size); // takes no room on the disk
+        std::filesystem::resize_file(path, size); // sparse, so it needs no disk space
         test::FailingRun noMemory(1);
         bool loaded = true;
         EXPECT_FALSE(noMemory.runsOutOfMemory([&] { loaded = stream.load(path.c_str()); }));
@@ -486,7 +486,7 @@ TEST_F(MemIOStreamLoad, LeavesAStreamThatCanBeUsed) {
 }
 
 TEST_F(MemIOStreamLoad, ResumesFromItsOwnSavedRecords) {
-    // A reader that saves what is left, and goes on later.
+    // A reader that saves its remaining records and resumes later.
     MemIOStream queue;
     for (int i = 0; i < 20; ++i)
         queue << Integer(i);

@@ -82,7 +82,7 @@ TEST(MemIOStreamReserve, ChangesNothingOnAllocationFailure) {
 // Growth and compaction: one rule behind four operations
 
 enum class Room {
-    there,    // nothing happens
+    there,    // a no-op
     compacts, // the unread bytes move to the start
     grows,    // a new buffer
 };
@@ -102,11 +102,11 @@ std::ostream& operator<<(std::ostream& out, GrowthCase const& c) {
 }
 
 constexpr GrowthCase growthCases[] = {
-    // The first buffer is of exactly the size asked for.
+    // The first buffer has exactly the requested size.
     {0, 0, 0, 0, 0, Room::there},
     {0, 0, 0, 1, 1, Room::grows},
     {0, 0, 0, 12, 12, Room::grows},
-    // Then twice the capacity and the size asked for.
+    // Later ones have twice the capacity plus the requested size.
     {12, 0, 12, 12, 36, Room::grows},
     {12, 0, 12, 1, 25, Room::grows},
     {12, 0, 12, 0, 12, Room::there},
@@ -114,7 +114,7 @@ constexpr GrowthCase growthCases[] = {
     {100, 0, 70, 31, 231, Room::grows},
     {100, 0, 0, 100, 100, Room::there},
     {100, 0, 0, 101, 301, Room::grows},
-    // Consumed bytes are reclaimed when the room behind the unread ones is too small.
+    // Compaction reclaims consumed bytes when the room after the unread ones is too small.
     {100, 60, 10, 30, 100, Room::there},
     {100, 60, 10, 31, 100, Room::compacts},
     {100, 60, 10, 40, 100, Room::compacts},
@@ -259,8 +259,8 @@ TEST(MemIOStreamGrowth, OfTheFirstBufferLeavesNoneOnAllocationFailure) {
 
 // Sizes that 32 bits do not hold
 
-/// That it asks for a buffer of at least the largest size. 32-bit machines refuse that before any
-/// memory is asked for.
+/// Expects a request for a buffer of at least the largest size. 32-bit machines refuse it before
+/// any allocation.
 template <class Operation>
 void expectAsksForTheLargestBuffer(Operation operation) {
     std::size_t const asked =
@@ -386,7 +386,7 @@ TEST(MemIOStreamOverflow, OfARecordIsALengthErrorAndChangesNothing) {
         EXPECT_THROW(filled.write(object), std::length_error) << n;
         EXPECT_THROW(empty.write(object), std::length_error) << n;
     }
-    // Smaller ones have, but not behind these unread bytes, or not with this capacity doubled.
+    // Smaller ones have, but not after these unread bytes, or not with this capacity doubled.
     for (unsigned int const n : {0xFFFFFFF7U, 0xFFFFFFB2U, 0xFFFFFF30U}) {
         object.announced = n;
         EXPECT_THROW(filled.write(object), std::length_error) << n;

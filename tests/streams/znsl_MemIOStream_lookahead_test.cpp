@@ -286,7 +286,7 @@ TEST(MemIOStreamPeekMany, AndCheckTypesStopAtAnIncompleteRecord) {
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(c.what);
-        // A buffer that ends where the content ends, so that sanitizers see a step too far.
+        // The buffer ends where the content ends, so that sanitizers detect out-of-bounds reads.
         MemIOStream stream(static_cast<unsigned int>(12 + c.bytes.size()));
         append(stream, concat(recordOfSize(504, 12), c.bytes));
         View const before(stream);

@@ -104,7 +104,8 @@ struct Model {
         records.clear();
     }
 
-    /// Whether a look at several records reaches this one: a last one without payload is not seen.
+    /// Whether `peek` of several records reaches this one. Contract: it never reaches a last record
+    /// without payload.
     bool shows(std::size_t i) const {
         return i + 1 < records.size() || (i + 1 == records.size() && !records[i].payload.empty());
     }
@@ -194,7 +195,7 @@ private:
         EXPECT_EQ(stream.getBinLength(), 4 + sizeOf(model.records));
     }
 
-    /// Keeps contents at a size where much happens and nothing takes long.
+    /// Limits the content to a size where every operation is quick.
     static bool isFull(Subject const& subject) { return sizeOf(subject.model.records) > 1500; }
 
     // Writing
@@ -240,11 +241,11 @@ private:
             return;
         Record const record = anyRecord();
         test::RawSource source({record.bytes()});
-        *subject.stream << source << source; // the second time there is none left
+        *subject.stream << source << source; // the second time it is empty
         subject.model.append(record);
     }
 
-    /// The header that stays behind is given back.
+    /// Releases the header that the failed write leaves.
     void writeInVain(Subject& subject) {
         Record const record = anyRecord();
         Blob object(record.type, record.payload);
@@ -492,7 +493,7 @@ private:
         Subject const& source = anySubject();
         EXPECT_TRUE(source.stream->save(path_.c_str()));
         EXPECT_TRUE(subject.stream->load(path_.c_str()));
-        std::filesystem::remove(path_); // cheaper than to replace it the next time
+        std::filesystem::remove(path_); // removing is cheaper than replacing it the next time
         Records const records = source.model.records;
         subject.model.load(records);
     }

@@ -212,7 +212,7 @@ struct Reader {
     char const* name;
     std::function<unsigned int(MemIOStream&, znsl::Serializable&)> read;
     Refusals refusals;
-    bool refusesMarkersUnseen; // whatever the stream holds
+    bool refusesMarkersUnseen; // for any content of the stream
 };
 
 std::vector<Reader> readers() {
@@ -259,7 +259,7 @@ TEST(MemIOStreamReaders, RefuseToReadAnEndOfFileMarker) {
     for (Reader const& reader : readers()) {
         SCOPED_TRACE(reader.name);
         EndOfFile marker;
-        // In front of a marker with something behind it, and in front of an object.
+        // Before a marker with bytes after it, and before an object.
         for (Bytes const& bytes :
              {concat(endOfFileRecord(), recordOfSize(504, 12)), recordOfSize(504, 12)}) {
             MemIOStream stream;

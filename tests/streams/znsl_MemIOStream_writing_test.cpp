@@ -128,7 +128,7 @@ TEST(MemIOStreamWrite, ReportsWhateverTheObjectThrowsAndLeavesItsHeader) {
         fill(stream, 20, 10);
         Blob object(9, fromHex("01 02"));
         object.onToBin = [&](unsigned char* out) {
-            out[0] = 0xEE; // what was written before the failure is not content
+            out[0] = 0xEE; // bytes written before the failure are not content
             fail();
         };
         EXPECT_TRUE(throws<Exception>(fault(262, "couldn't convert object to binary data"),
@@ -346,7 +346,7 @@ void expectUsable(MemIOStream& stream) {
     EXPECT_EQ(stream.capacity(), 0U);
 }
 
-// Sanitizers report any access outside the stream's memory.
+// Sanitizers detect out-of-bounds accesses.
 TEST_P(UseWhileWriting, EndsWithAnExceptionOrAUsableStream) {
     for (bool const whenAsked : {false, true}) {
         for (unsigned int const capacity : {0U, 45U, 46U, 60U, 100U, 10000U}) {

@@ -101,7 +101,7 @@ TEST(MembersFromBin, KeepsTheMembersBeforeTheOneThatThrows) {
     }
 }
 
-/// Takes more than there is.
+/// Reports more consumed bytes than there are.
 class Greedy : public Integer {
 public:
     unsigned int fromBin(unsigned char const* /*data*/, unsigned int length) override {
@@ -174,7 +174,7 @@ TEST(MembersXml, NeedsAsManyNamesAsListedMembers) {
     EXPECT_EQ(point.x.getValue(), 1);
 }
 
-// The DOM iterator has no parser behind it and knows no children.
+// Without a parser, the DOM iterator has no children.
 TEST(MembersFromXml, WithoutAParserIsFalseAndLeavesTheMembers) {
     Point point;
     EXPECT_FALSE(Members(point).fromXML("<p><x>7</x></p>", here));

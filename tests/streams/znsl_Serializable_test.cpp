@@ -39,7 +39,7 @@ namespace {
 
 Bytes const oldContent = fromHex("0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16 17 18 19");
 
-/// A value that keeps its word about the number of bytes.
+/// A value that moves exactly as many bytes as it reports.
 Blob blob(unsigned int id, Bytes const& payload) {
     Blob value(id, payload);
     value.reported = static_cast<unsigned int>(payload.size());
@@ -311,7 +311,7 @@ TEST_F(SerializableFromFile, IgnoresBytesAfterThePayload) {
 
 TEST_F(SerializableFromFile, ReadsTheBeginningOfAFileBeyond32Bits) {
     writeFile(path(), fromHex("07 00 01 00 00 00 01"));
-    ASSERT_EQ(truncate64(path().c_str(), off64_t{5} << 30), 0); // takes no room on the disk
+    ASSERT_EQ(truncate64(path().c_str(), off64_t{5} << 30), 0); // sparse, so it needs no disk space
     Blob value(7);
     value.reported = 1;
     EXPECT_TRUE(value.fromFile(path().c_str()));

@@ -1,4 +1,4 @@
-// What a set asks of its elements, and what becomes of faults that are no exceptions of a library.
+// The calls that a set makes to its elements, and faults that are not exceptions of the library.
 
 #include "misc/zntl_Exception.h"
 #include "streams/records.h"

@@ -179,7 +179,7 @@ TEST(SetToXml, RendersTheElementsUnderANameAndEndsTheLine) {
     EXPECT_EQ(items.toXML("n", "e"), "<n>e[1]e[2]e[3]</n>\n");
     EXPECT_EQ(items.toXML("", ""), "<>[1][2][3]</>\n");
     EXPECT_EQ(items.toXML("n", nullptr), "<n>null[1]null[2]null[3]</n>\n")
-        << "the element name is the elements' business";
+        << "the elements choose the element name";
 }
 
 TEST(SetToXml, RendersAnEmptySetAsTwoTags) {
@@ -228,7 +228,7 @@ TEST(SetToXml, ThrowsWhatAnElementThrows) {
     EXPECT_EQ(set.toXML(nullptr), "") << "no element is asked";
 }
 
-// Reading XML: the DOM iterator has no parser behind it and knows no children.
+// Reading XML. Without a parser, the DOM iterator has no children.
 
 TEST(SetFromXml, WithoutAParserIsFalseAndLeavesTheSet) {
     for (char const* const xml :
@@ -266,7 +266,7 @@ Bytes itemsHeader(int count) { return concat(integerRecord(Item::typeId), intege
 
 template <class Set>
 unsigned int load(Set& set, Bytes const& data) {
-    Bytes const exact(data); // a block of its own: reading on would be seen
+    Bytes const exact(data); // of exactly this size, so that sanitizers detect out-of-bounds reads
     return set.fromBin(exact.data(), static_cast<unsigned int>(exact.size()));
 }
 
@@ -302,7 +302,7 @@ TEST(SetBinaryForm, OfElementsThatCannotBeWrittenHasNoLength) {
     EXPECT_EQ(itemsOf({1, Item::unwritable}).getBinLength(), 0U);
 }
 
-// That the message names fromBin is deliberate.
+// Contract: the message names fromBin, and callers may compare it.
 TEST(SetBinaryForm, OfElementsThatCannotBeWrittenThrows) {
     Items const items = itemsOf({1, Item::unwritable});
     Bytes out(100, 0xEE);
@@ -408,7 +408,7 @@ TEST(SetFromBin, OfAnotherElementTypeIsFalseAndEmptiesTheSet) {
     Items items = itemsOf({8, 9});
     EXPECT_EQ(load(items, fromHex(binaryForm(Resolutions()))), 0U);
     EXPECT_TRUE(items.empty());
-    EXPECT_EQ(load(items, streamOf(integerRecord(7))), 0U) << "the count is not looked at";
+    EXPECT_EQ(load(items, streamOf(integerRecord(7))), 0U) << "the count is not checked";
 }
 
 struct Unreadable {
@@ -519,7 +519,7 @@ TEST(Set, OfElementsThatCannotBeWrittenHasNoFile) {
     EXPECT_EQ(test::readFile(path).size(), 0U);
 }
 
-// Without memory
+// Allocation failure
 
 std::string const longName(100, 'n');
 

@@ -1,6 +1,6 @@
 // A class derived from Struct has all operations of the contract from the description of its
 // members. Reading its XML form needs a DOM iterator with a parser; see xml/xml_backend_test.cpp.
-// What does not compile is tested in tests/mistakes.
+// tests/mistakes tests descriptions that must not compile.
 
 #include "streams/znsl_Struct.h"
 
@@ -393,7 +393,7 @@ TEST(StructXml, IsNotImplementedWithoutNames) {
         test::throws<zntl::Exception>("Pair::toXML() - Not implemented", [&] { pair.toXML(); }));
 }
 
-// The DOM iterator has no parser and knows no children.
+// Without a parser, the DOM iterator has no children.
 TEST(StructFromXml, WithoutAParserIsFalseAndLeavesTheMembers) {
     Place place(1, "gate");
     EXPECT_FALSE(place.fromXML("<Place><floor>7</floor></Place>"));
@@ -414,7 +414,7 @@ TEST(StructWithoutMembers, HasEmptyForms) {
     EXPECT_EQ(nothing.toXML(), "<Nothing></Nothing>");
 }
 
-// What the compiler checks
+// Compile-time checks
 
 TEST(StructNames, AreThoseOfXmlElements) {
     for (char const* const name : {"a", "_", "A-1.b_c",

@@ -8,8 +8,8 @@
 
 namespace test {
 
-/// Whether `operation` throws exactly an `ExceptionType`, not a class derived from it, whose
-/// what() is exactly `text`:
+/// Returns whether `operation` throws exactly an `ExceptionType`, not a class derived from it, with
+/// exactly this message:
 ///
 ///     EXPECT_TRUE(test::throws<zntl::Exception>("no data", [&] { stream.skip(); }));
 template <class ExceptionType, class Operation>

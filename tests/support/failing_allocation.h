@@ -3,8 +3,8 @@
 // Replaces the global operators new and delete of the executable, so that tests can make any
 // allocation fail and count the blocks that are alive. Include it in ONE source of an executable;
 // a second one does not link. Sanitizers keep working: they see the malloc() and free() beneath.
-// Which operator a block came from they cannot see, so `delete` for `delete[]` is found here, in
-// every build: it ends the test.
+// They cannot see which operator allocated a block, so this file itself detects a `delete` for a
+// `new[]`, in every build: it ends the test.
 
 #include <gtest/gtest.h>
 
@@ -25,12 +25,12 @@ inline std::atomic<long> liveBlocks{0};
 inline std::atomic<std::size_t> liveBytes{0};
 inline std::atomic<std::size_t> peakBytes{0};
 inline thread_local std::size_t largest = 0;
-// Allocations that this thread still makes until one fails; 0: none fails.
+// The number of allocations of this thread up to and including the failing one; 0: none fails.
 inline thread_local long countdown = 0;
 
 enum class Kind : std::uint32_t { object = 0xA110C1, array = 0xA110C2 };
 
-// What precedes each block, out of reach for whoever owns the block.
+// The header before each block, which the block's owner does not see.
 struct alignas(std::max_align_t) Prefix {
     std::size_t size;
     Kind kind;
@@ -93,7 +93,7 @@ std::size_t peakAllocation(Operation operation) {
 }
 
 /// Makes one allocation fail, the `k`-th (counted from 1; 0: none) that this thread makes in the
-/// guard's scope; those before and behind it are served.
+/// guard's scope; those before and after it succeed.
 class AllocationFailure {
 public:
     explicit AllocationFailure(long k) { heap::countdown = k; }
@@ -112,8 +112,8 @@ class FailingRun {
 public:
     explicit FailingRun(long k) : k_(k) {}
 
-    /// Carries out the operation and tells whether std::bad_alloc came out of it. Everything
-    /// before and behind this call has memory.
+    /// Runs the operation and returns whether it threw std::bad_alloc. Allocations before and after
+    /// this call succeed.
     template <class Operation>
     bool runsOutOfMemory(Operation operation) {
         AllocationFailure const failure(k_);
@@ -136,8 +136,8 @@ private:
 };
 
 /// Plays `scenario` with the first allocation of its operation failing, with the second one, and so
-/// on, until the operation needs no more; after each run all its blocks must be gone. Gives the
-/// number of allocations that failed, so that a test can tell that there were some.
+/// on, until the operation needs no more. After each run, all its blocks must be freed. Returns the
+/// number of failed allocations, so that a test can check that there were some.
 ///
 ///     long const failures = test::failEachAllocation([](test::FailingRun& run) {
 ///         zntl::String text("before");
@@ -161,14 +161,15 @@ long failEachAllocation(Scenario scenario) {
     return tooMany;
 }
 
-/// Whether the operation asks for memory. Its first allocation fails.
+/// Returns whether the operation allocates. Its first allocation fails.
 template <class Operation>
 bool asksForMemory(Operation operation) {
     FailingRun noMemory(1);
     return noMemory.runsOutOfMemory(operation);
 }
 
-/// The same for an operation that keeps nothing and must pass every failure on as std::bad_alloc.
+/// The same for an operation without lasting effects that must throw std::bad_alloc on every
+/// failure.
 template <class Operation>
 long failEachAllocationOf(Operation operation) {
     return failEachAllocation([&](FailingRun& run) {

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-/// The text and markup operations of zntl::String once more, written down step by step as they are
-/// defined: whole passes over the text, fresh searches, recursion, copies of substrings. Slow and
-/// deep, but plain to check by reading, and without a line of the library in them; the library's
-/// own answers are compared with these.
+/// The text and markup operations of zntl::String, implemented literally as they are defined: whole
+/// passes over the text, fresh searches, recursion, copies of substrings. They are slow and use
+/// much stack, but are easy to check by reading, and share no code with the library. Tests compare
+/// the library's results with theirs.
 namespace literal {
 
 std::string trim(std::string const& text);

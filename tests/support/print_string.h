@@ -9,7 +9,7 @@
 
 namespace zntl {
 
-/// Lets assertions show a string as a text, not as a list of characters.
+/// Assertions print a string as text instead of a list of characters.
 inline void PrintTo(String const& text, std::ostream* out) {
     *out << testing::PrintToString(static_cast<std::string const&>(text));
 }

@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// Whether two texts are the same; for texts that are too long to be shown.
+/// Returns whether two strings are equal. For strings that are too long to print.
 inline testing::AssertionResult sameText(std::string const& actual, std::string const& expected) {
     if (actual == expected)
         return testing::AssertionSuccess();

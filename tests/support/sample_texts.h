@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// Characters or longer pieces that texts are made of.
+/// Characters or longer pieces that strings are built from.
 using Pieces = std::vector<std::string>;
 
 /// Each character of a text as a piece.
@@ -19,12 +19,12 @@ inline Pieces letters(std::string const& text) {
     return pieces;
 }
 
-/// Texts of random pieces, the same ones in each run and on each machine.
+/// Strings of random pieces, the same in each run and on each machine.
 class RandomTexts {
 public:
     explicit RandomTexts(Pieces pieces) : pieces_(std::move(pieces)) {}
 
-    /// A text of up to `most` pieces, each number of them being as likely as another.
+    /// A string of up to `most` pieces; each number of pieces is equally likely.
     std::string next(std::size_t most) {
         std::string text;
         for (std::size_t left = random_() % (most + 1); left > 0; --left)

@@ -9,9 +9,9 @@
 
 namespace test {
 
-/// Gives what `operation` gives, carried out in a thread whose stack has only this size (or the
-/// smallest that the machine allows, if that is more): an operation whose depth grows with its
-/// input ends the program. The operation must not throw.
+/// Runs `operation` in a thread with a stack of this size and returns its result. (The stack is
+/// larger if the machine requires it.) An operation whose stack grows with its input crashes. The
+/// operation must not throw.
 template <class Operation>
 auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} * 1024) {
     struct Work {

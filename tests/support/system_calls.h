@@ -2,7 +2,7 @@
 
 // Replaces the file functions of the C library in the executable, so that tests can see the calls
 // that an operation makes and make any of them fail. Include it in ONE source of an executable.
-// Without a test::SystemCalls, all of them do what the C library does.
+// Without a test::SystemCalls, they behave like the C library's.
 
 #include <cerrno>
 #include <cstddef>
@@ -18,8 +18,8 @@
 
 namespace test {
 
-/// While it lives, notes each call of open, fstat, read, write and close, and answers some of them
-/// itself. Reading or writing no bytes does not count. One at a time, in one thread.
+/// While it lives, records each call of open, fstat, read, write and close, and fakes the results
+/// of some. Reading or writing 0 bytes does not count. Use one at a time, in one thread.
 class SystemCalls {
 public:
     SystemCalls() { current() = this; }
@@ -28,13 +28,13 @@ public:
     ~SystemCalls() { current() = nullptr; }
 
     /// The `k`-th call (counted from 1) of this function fails with this error and is not made;
-    /// a close is made and fails all the same, as the system does it.
+    /// close is made and then fails, as on Linux.
     SystemCalls& fail(std::string const& function, unsigned int k, int error) {
         answers_[{function, k}] = {-1, error};
         return *this;
     }
 
-    /// The `k`-th call of this function is not made and gives this result.
+    /// The `k`-th call of this function is not made and returns this result.
     SystemCalls& answer(std::string const& function, unsigned int k, std::ptrdiff_t result) {
         answers_[{function, k}] = {result, 0};
         return *this;
@@ -59,12 +59,12 @@ public:
         auto const entry = counts_.find(function);
         return entry == counts_.end() ? 0 : entry->second;
     }
-    /// Where the last read or write was told to move bytes to or from.
+    /// The buffer of the last read or write.
     void const* buffer() const { return buffer_; }
     /// The flags of the last open.
     int flags() const { return flags_; }
 
-    // What the replaced functions use.
+    // Used by the replaced functions.
 
     static SystemCalls*& current() {
         static SystemCalls* calls = nullptr;

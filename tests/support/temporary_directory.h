@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// A directory of its own for one test; it and what is in it go away with the object.
+/// A directory for one test. The destructor removes it and its content.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
@@ -37,8 +37,8 @@ private:
     std::filesystem::path path_;
 };
 
-/// A device of this machine, under a symbolic link of its own: tests run as root, and a wrong
-/// change that removes or replaces the file that it was told must not reach the machine's.
+/// A device of this machine through a symbolic link. Tests run as root, so faulty code that removes
+/// or replaces its file must hit the link and not the device.
 class Device {
 public:
     explicit Device(std::string const& target) : path_(directory_ / "device") {

@@ -5,9 +5,9 @@
 
 namespace test {
 
-/// The place of a virtual operation in its class's table of virtual operations, counted from 0,
-/// with the destructor in the first two places; -1 for an operation that is not virtual. Reads the
-/// pointer to the member as the C++ ABI of Linux lays it out.
+/// The index of a virtual operation in its class's virtual table, counted from 0; -1 for an
+/// operation that is not virtual. The destructor has the first two slots. Reads the member pointer
+/// in the layout of the C++ ABI of Linux.
 template <class Member, class Class>
 std::ptrdiff_t virtualSlot(Member Class::*member) {
     std::ptrdiff_t words[2];
@@ -15,7 +15,7 @@ std::ptrdiff_t virtualSlot(Member Class::*member) {
     std::memcpy(words, &member, sizeof words);
     constexpr std::ptrdiff_t slotSize = sizeof(void*);
 #if defined(__arm__) || defined(__aarch64__)
-    // The adjustment's lowest bit tells virtual operations: code addresses use their own.
+    // ARM marks virtual operations in the adjustment, because code addresses use their lowest bit.
     bool const isVirtual = (words[1] & 1) != 0;
     return isVirtual ? words[0] / slotSize : -1;
 #else

@@ -1,8 +1,8 @@
 #pragma once
 
 // Replaces clock_gettime() and usleep() in the executable, so that tests can set the clock and see
-// every sleep. Include it in ONE source of an executable. Without a test::VirtualTime, both do what
-// the system does.
+// every sleep. Include it in ONE source of an executable. Without a test::VirtualTime, both behave
+// like the system's.
 
 #include <cerrno>
 #include <cstddef>
@@ -17,8 +17,8 @@
 
 namespace test {
 
-/// While it lives, the monotonic clock stands still except for sleeps, which pass without delay.
-/// One at a time, in one thread.
+/// While it lives, only sleeps advance the monotonic clock, and they return at once. Use one at a
+/// time, in one thread.
 class VirtualTime {
 public:
     explicit VirtualTime(std::int64_t seconds = 1000, long nanoseconds = 0) {
@@ -47,7 +47,7 @@ public:
     /// How often the monotonic clock was read.
     unsigned int readings() const { return readings_; }
 
-    // What the replaced functions use.
+    // Used by the replaced functions.
 
     static VirtualTime*& current() {
         static VirtualTime* time = nullptr;
@@ -69,7 +69,7 @@ public:
 
     void sleep(unsigned int microseconds) {
         if (sleeps_.size() == endless)
-            std::abort(); // rather than until there is no memory
+            std::abort(); // instead of recording sleeps until memory runs out
         sleeps_.push_back(microseconds);
         nanoseconds_ += std::int64_t{microseconds} * 1000;
         if (onSleep_)

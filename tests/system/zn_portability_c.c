@@ -1,4 +1,4 @@
-/* The portability functions are there for C as well: this part of the test is compiled as C. */
+/* The portability functions must compile and link in C, too. */
 
 #include "zn_portability_c.h"
 

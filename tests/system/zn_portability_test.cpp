@@ -35,7 +35,7 @@ public:
     LowerCaseTable& operator=(LowerCaseTable const&) = delete;
     ~LowerCaseTable() { current() = nullptr; }
 
-    /// What an unsigned byte becomes.
+    /// The result for an unsigned byte.
     std::int32_t& operator[](unsigned char byte) { return entries_[negative + byte]; }
     static LowerCaseTable*& current() {
         static LowerCaseTable* table = nullptr;
@@ -109,7 +109,7 @@ TEST(Strcpy, CutsAndAlwaysEndsTheText) {
     }
 }
 
-// There is no test for it, and that is kept.
+// Contract: the function does not test its argument for null.
 TEST(Strcpy, OfSizeZeroWritesTheByteBefore) {
     char memory[] = "........";
     char* const destination = memory + 4;
@@ -168,7 +168,7 @@ TEST(Strlwr, StopsAtTheTextsEndWhateverTheTableMakesOfIt) {
     EXPECT_EQ(std::string(text, 3), std::string("b\0b", 3));
 }
 
-// The walk starts at the null address, and that is kept.
+// Contract: the walk starts at the null address.
 TEST(StruprDeathTest, FaultsBeforeAnythingIsChanged) {
     for (char const* const text : {"abc", ""}) {
         char buffer[4];

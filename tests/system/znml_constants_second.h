@@ -1,5 +1,5 @@
 #pragma once
 
-// Where another source file that includes the constants has its copies.
+// The addresses of another source file's copies of the constants.
 double const* addressOfSecondPi();
 float const* addressOfSecondFloatPi();

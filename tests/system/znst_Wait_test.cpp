@@ -49,7 +49,7 @@ private:
     mutable unsigned int polls_ = 0;
 };
 
-/// Objects in a world whose time passes in sleeps only, and the order of what happens in it.
+/// Objects with a clock that only sleeps advance, and a log of the calls.
 class WaitForObjects : public testing::Test {
 protected:
     WaitForObjects() {
@@ -60,7 +60,7 @@ protected:
     /// An object that is never ready.
     Object idle(char const* name) { return {log, name, 0}; }
     Object ready(char const* name, unsigned int result) { return {log, name, result}; }
-    /// An object that is ready at the poll behind so many others.
+    /// An object that is ready after so many polls.
     Object later(char const* name, unsigned int result, unsigned int polls) {
         return {log, name, result, polls};
     }

@@ -87,11 +87,12 @@ TEST(ResolutionFromBin, ReadsEightBytesAndKeepsTheName) {
     }
 }
 
-// There is no way back: the width is replaced before the height is found to be missing.
+// Contract: a failure does not restore the width, which is read before the height.
 TEST(ResolutionFromBin, OfTooFewBytesThrowsAndKeepsWhatItRead) {
     Bytes const data = fromHex("80 02 00 00 e0 01 00 00");
     for (unsigned int length = 0; length < 8; ++length) {
-        Bytes const exact(data.begin(), data.begin() + length); // reading on would be seen
+        Bytes const exact(data.begin(),
+                          data.begin() + length); // sanitizers detect out-of-bounds reads
         Resolution resolution(1, 2);
         resolution.name = "kept";
         EXPECT_TRUE(test::throws<zntl::Exception>("znsl::Serializable::fromBin() - Failed!", [&] {
@@ -140,7 +141,7 @@ TEST(ResolutionXml, CannotBeRead) {
     EXPECT_EQ(resolution, Resolution(640, 480));
 }
 
-/// That the operation runs out of memory or throws zntl::Exception, and leaks nothing.
+/// Expects the operation to throw std::bad_alloc or zntl::Exception, and to leak nothing.
 template <class Operation>
 void expectRefusalWithoutLeaks(Operation operation) {
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {

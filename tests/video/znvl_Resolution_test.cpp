@@ -1,4 +1,4 @@
-// The resolution as a value; its stored forms have tests of their own.
+// The resolution as a value. Its stored forms have their own tests.
 
 #include "video/znvl_Resolution.h"
 
@@ -269,7 +269,7 @@ TEST(ResolutionScale, FitsTheBoundsWithTheSameAspect) {
 
 TEST(ResolutionScale, ComputesInSinglePrecisionAndRoundsEveryStep) {
     Scaling const rows[] = {
-        // Where double precision would give 1 more.
+        // Double precision would result in 1 more.
         {{160, 300}, {180, 352}, {180, 337}},
         {{144, 540}, {854, 3840}, {854, 3202}},
         {{144, 540}, {1050, 4096}, {1050, 3937}},
@@ -338,7 +338,7 @@ TEST(ResolutionScale, HasNoNameWhenItWasComputed) {
     EXPECT_EQ(fields(value.scale(named(320, 480, "bounds"))), fields(320, 240, ""));
     EXPECT_EQ(fields(value.scale(named(640, 240, "bounds"))), fields(320, 240, ""));
     EXPECT_EQ(fields(value.scale(named(640, 481, "bounds"))), fields(640, 480, ""))
-        << "also when it is the same size again";
+        << "even if it is the same size again";
 }
 
 TEST(ResolutionScale, AgreesWithItsStepsOnAGrid) {
@@ -535,7 +535,7 @@ TEST(ResolutionToNameString, IsUnderstoodByFromString) {
     }
 }
 
-/// Puts another text into a table for as long as it lives.
+/// While it lives, a table has another string.
 class TableEntry {
 public:
     TableEntry(char const*& entry, char const* text) : entry_(entry), before_(entry) {
@@ -603,7 +603,7 @@ TEST(ResolutionTables, ANullNameIsTheEmptyName) {
     EXPECT_EQ(Resolution(353, 288).toNameString(), "353x288");
 }
 
-// Without memory
+// Allocation failure
 
 TEST(Resolution, CopiesLeaveTheTargetOnAllocationFailure) {
     String const longName(std::string(100, 'n'));

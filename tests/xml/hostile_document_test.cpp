@@ -1,4 +1,4 @@
-// Documents that are made to do harm, and which documents count as well-formed.
+// Malicious documents, and the limits of well-formedness.
 
 #include "xml/znxml_DomIterator.h"
 

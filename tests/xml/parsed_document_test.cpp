@@ -1,4 +1,4 @@
-// The DOM iterator in a program that is linked with zn::xml: what it finds in a document.
+// The content that the DOM iterator finds in a document, in a program linked with zn::xml.
 
 #include "xml/znxml_DomIterator.h"
 
@@ -347,7 +347,7 @@ TEST(Iterators, OutliveTheThreadThatReadTheDocument) {
     std::thread([&child] { child.reset(); }).join();
 }
 
-/// Everything that is at its end.
+/// All iterators that are at their end.
 std::vector<std::pair<char const*, DomIterator>> iteratorsAtTheirEnd() {
     DomIterator const root = DomIterator::parse("<a xmlns='n' b='1'>t<c/></a>");
     DomIterator afterRoot = root;

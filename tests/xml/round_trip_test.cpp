@@ -1,4 +1,4 @@
-// What the storable values write as XML is what they read back.
+// The storable values round-trip through XML.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"

@@ -1,4 +1,4 @@
-// What the storable values read from XML in a program that is linked with zn::xml.
+// Reading the storable values from XML in a program linked with zn::xml.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"

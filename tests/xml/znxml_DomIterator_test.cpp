@@ -1,4 +1,4 @@
-// The DOM iterator without a parser behind it: the complete interface with its fixed answers.
+// The DOM iterator without a parser: the complete interface, with fixed results.
 
 #include "xml/znxml_DomIterator.h"
 
@@ -24,7 +24,7 @@ namespace {
 
 char const* const document = "<!DOCTYPE a><a b='c'>text<d/><d/></a>";
 
-/// Iterators from everything that makes one.
+/// Iterators from every operation that returns one.
 std::vector<std::pair<char const*, DomIterator>> iteratorsOfEveryOrigin() {
     DomIterator const root = DomIterator::parse(document);
     DomIterator assigned;
