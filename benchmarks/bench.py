@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of a build tree; tools/bench builds them and calls this."""
+"""Runs the benchmarks of a build tree. tools/bench builds them and runs this."""
 
 import json
 import os
@@ -11,8 +11,8 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 PAGE = HERE.parent / 'docs/performance.md'
-# Whoever needs this many times a peer's time is better served by the peer. The mean keeps the many
-# small losses in check.
+# A row beyond this ratio means that users should choose the peer. The mean limits the sum of many
+# small losses.
 ROW_LIMIT, MEAN_LIMIT = 5, 1
 
 
@@ -21,8 +21,8 @@ def output(*command):
 
 
 def peers(tree, filter_, quick):
-    """The rows whose names match: the median CPU time of each contender in nanoseconds, by row.
-    Contenders run in turns, so a machine that gets busy does not change the ratios."""
+    """Returns the median CPU time of each contender in nanoseconds, for the rows whose names match.
+    Contenders run in turns, so the ratios hold even if the machine becomes busy."""
     times = {}
     for source in sorted(HERE.glob('peers/*.cpp')):
         program = tree / f'benchmarks/peers/bench.{source.stem}'
@@ -56,7 +56,7 @@ def time_text(nanoseconds):
 
 
 def cells(row, times):
-    """Of a table: work, library, best peer, ratio, others."""
+    """Returns the cells of a table's row: work, library, best peer, ratio, others."""
     library = times['zn']
     (best, time), *others = sorted((item for item in times.items() if item[0] != 'zn'),
                                    key=lambda item: item[1])
@@ -83,7 +83,7 @@ def report_peers(tree, filter_, quick):
 
 
 def update_page(tree):
-    """The rows that the page shows, and its summary, from the last complete run."""
+    """Updates the rows of the page and its summary from the last complete run."""
     rows = json.loads((tree / 'rows.json').read_text())
     lines = PAGE.read_text().splitlines(keepends=True)
     for number, line in enumerate(lines):

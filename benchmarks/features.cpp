@@ -1,5 +1,5 @@
 // One feature of the library: a program that uses FEATURE, one of these functions, a hundred times.
-// On ARM its size is the price of the feature; here its instructions are counted.
+// On ARM, its size is the cost of the feature. On this machine, its instructions are counted.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"
@@ -16,7 +16,7 @@ namespace {
 
 using zntl::String;
 
-/// What all features need: strings, allocation and exceptions of the C++ runtime.
+/// Uses the parts of the C++ runtime that all features need: strings, allocation and exceptions.
 [[maybe_unused]] std::size_t runtime(char const* text) {
     std::string all(text);
     all += all;

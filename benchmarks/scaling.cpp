@@ -1,5 +1,5 @@
-// How time and memory grow with the work, for everything that may be large: text operations on the
-// texts that are the worst for them, streams, sets, files.
+// Measures how time and memory grow with the input, for everything that may be large: text
+// operations on their worst inputs, streams, sets, files.
 //
 //     scaling [--quick] [FILTER]
 //

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Counts instructions, which do not depend on how busy the machine is: of the program's start, beside
-a minimal C program that answers the same, and of the features of the library. Fails beyond the limits.
+"""Counts the instructions of the program's start, compared with a minimal C program that prints the
+same, and of the library's features. Counts do not depend on how busy the machine is. The exit status
+is 1 when a limit is exceeded.
 
     benchmarks/instructions/instructions.py TREE           with a build tree, as in build/release
     benchmarks/instructions/instructions.py TREE FEATURE   where a feature spends them

@@ -1,5 +1,5 @@
-/* What the program is measured against: the same response, from a sorted array, with the C library
- * alone. */
+/* The program is compared with this one: it prints the same response from a sorted array, with the
+ * C library alone. */
 
 #include "csdk.h"
 

@@ -26,7 +26,7 @@ std::string file(std::string const& name) {
 }
 
 // The same bytes to a file and back, as each library's users do it. Writing returns whether all was
-// written; reading fills a string whose memory is kept.
+// written; reading reuses a string's buffer.
 
 bool writeStream(std::string const& path, std::string const& bytes) {
     std::ofstream out(path, std::ios::binary);
@@ -59,7 +59,7 @@ bool readStdio(std::string const& path, std::string& bytes) {
     return isRead;
 }
 
-/// Rows for content that `write` and `read` move, beside the same bytes moved by the peers.
+/// Rows for content that `write` and `read` move, compared with the same bytes moved by the peers.
 template <class Write, class Read>
 void addRows(std::string const& written, std::string const& readName, std::string const& name,
              std::shared_ptr<std::string const> bytes, Write write, Read read) {

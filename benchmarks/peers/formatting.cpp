@@ -26,7 +26,7 @@ std::string formatted(char const* format, Arguments... arguments) {
     return buffer;
 }
 
-/// A copy that no contender knows beforehand.
+/// A copy whose value no contender's compiler knows.
 template <class Value>
 Value hidden(Value value) {
     Value volatile copy = value;

@@ -98,7 +98,7 @@ void addEscapeRows(std::string const& name, std::string const& plain) {
         .peer("absl", [=] { return abslDecode(encoded); });
 }
 
-// Elements: no peer knows them, so a user writes the loop. `isOpening` looks at the text after
+// Elements: no peer knows them, so a user writes the loop. `isOpening` checks the text after
 // "<name".
 
 bool isOpening(std::string_view text, std::size_t afterName) {

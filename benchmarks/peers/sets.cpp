@@ -60,7 +60,7 @@ std::size_t sumOf(Set const& set) {
     return sum;
 }
 
-// To bytes in a buffer that is kept, and back into a set that is kept.
+// Writes to a reused buffer and reads into a reused set.
 
 using ZnSet = znsl::Set<znvl::Resolution>;
 using PeerSet = std::set<Size>;

@@ -1,4 +1,4 @@
-// Queues of objects: written, read, and kept in a steady state.
+// Queues of objects: written, read, and in a steady state.
 
 #include "objects.pb.h"
 #include "support/data.h"
@@ -222,7 +222,7 @@ struct Protobuf : PeerValues {
     std::optional<io::CodedInputStream> decoder;
 };
 
-// What a queue is filled with: one kind of object, or all in turn.
+// The objects in a queue: one kind, or all in turn.
 
 constexpr int count = 1000;
 enum Content { integers, shortTexts, longTexts, sizes, mixture };
@@ -300,7 +300,7 @@ template <Content content, class Queue>
 auto writing() {
     return [values = makeValues<Queue>()] {
         Queue queue;
-        auto* const reachable = &queue; // the bytes are not written for nothing
+        auto* const reachable = &queue; // so that the compiler cannot drop the writes
         benchmark::DoNotOptimize(reachable);
         putAll<content>(queue, *values);
         queue.turnAround();
@@ -308,7 +308,7 @@ auto writing() {
     };
 }
 
-/// The library copies and checks bytes that come from outside; the peers read them where they are.
+/// The library copies and checks untrusted bytes. The peers read them in place.
 template <Content content, class Queue>
 auto reading() {
     auto const queue = std::make_shared<Queue>();

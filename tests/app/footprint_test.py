@@ -46,7 +46,7 @@ class Machinery(unittest.TestCase):
 
     def setUp(self):
         self.names = [symbol.name for symbol in elf.symbols('--syms', '--demangle')]
-        self.assertIn('main', self.names, 'the program has no symbol table to look at')
+        self.assertIn('main', self.names, 'the program has no symbol table')
 
     def test_of_streams_is_not_linked_in(self):
         self.assertEqual([name for name in self.names if re.search(self.STREAMS, name)], [])

@@ -1,5 +1,5 @@
-"""Under valgrind the program touches no memory that is not its own, reads none that was never
-written, and leaves none behind."""
+"""Under valgrind the program has no out-of-bounds access, reads no uninitialised memory and leaks
+nothing."""
 
 import os
 import unittest

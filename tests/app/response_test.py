@@ -162,7 +162,7 @@ class FailedStart(ProgramTest):
 
 
 class Surroundings(ProgramTest):
-    """The program takes no arguments, reads no input and looks at no variables."""
+    """The program takes no arguments, reads no input and reads no variables."""
 
     def test_arguments(self):
         for arguments in (['--help'], ['-'], [''], ['320x200', '-v', '%s%n'], ['x' * 100_000],

@@ -72,7 +72,7 @@ class Settings(ProgramTest):
     def fields(self, call):
         """The settings record as pointers, word, option, flags and reserved bytes."""
         record = bytes.fromhex(call['csdk_settings'])
-        # The word's place tells how large the pointers are.
+        # The word's offset depends on the size of a pointer.
         pointer = 'I' if record[8:12] == b'\x01\0\0\0' else 'Q'
         head = f'<2{pointer}I2B'
         self.assertEqual(len(record), 40)
@@ -85,7 +85,7 @@ class Settings(ProgramTest):
                          (INIT, 'Resolution', 'Zenthra, Inc.'))
         self.assertNotIn(0, (application, vendor))
         self.assertEqual((mode, option), (1, 1))
-        self.assertEqual(flags, 0x7f, 'the top bit is cleared, the others are kept')
+        self.assertEqual(flags, 0x7f, 'the top bit is cleared, the others are unchanged')
         self.assertEqual(reserved, bytes(range(0xb0, 0xb0 + len(reserved))))
         self.assertIn(len(reserved), (18, 26))
 

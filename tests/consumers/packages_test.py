@@ -1,4 +1,4 @@
-"""The packages: their fields, their files, lintian's opinion, that two builds give the same bytes,
+"""The packages: their fields, their files, lintian's findings, that two builds produce the same bytes,
 and that all works from a clean root and from an unpacked archive."""
 
 import gzip

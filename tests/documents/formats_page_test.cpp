@@ -35,7 +35,7 @@ std::string readText(std::filesystem::path const& path) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The bytes at the start of each line, in front of two blanks and an explanation.
+/// The bytes at the start of each line, before two blanks and an explanation.
 Bytes bytesOfDump(std::string const& dump) {
     Bytes bytes;
     std::istringstream lines(dump);

@@ -1,4 +1,4 @@
-// The examples of docs/text.md. What stands between the lines "// [name]" and "// [/name]" is
+// The examples of docs/text.md. The part between the lines "// [name]" and "// [/name]" is
 // quoted there under "<!-- name -->"; the last tests see to it that page and file stay the same.
 
 #include "misc/zntl_Markup.h"
@@ -294,7 +294,8 @@ std::vector<std::string> linesOf(std::filesystem::path const& path) {
     return lines;
 }
 
-/// What stands between `opening` and `closing` if `line` starts and ends so; nothing otherwise.
+/// The part of `line` between `opening` and `closing`; nothing if it does not start and end with
+/// them.
 std::string between(std::string const& line, std::string const& opening,
                     std::string const& closing) {
     bool const framed = line.size() > opening.size() + closing.size() &&
@@ -323,7 +324,7 @@ Examples examplesOfFile() {
     return examples;
 }
 
-/// The blocks of code of the page, each with the name that stands above it.
+/// The blocks of code of the page, each with the name above it.
 Examples examplesOfPage() {
     Examples examples;
     std::string name = "(nameless)";

@@ -137,7 +137,7 @@ void runSet(fuzz::Input const& input) {
         require(sizesOf(set) == before, "and leaves the set");
         break;
     case Form::otherType:
-        require(consumed == 0U, "another element type gives 0");
+        require(consumed == 0U, "another element type returns 0");
         require(set.empty(), "and empties the set");
         break;
     case Form::complete:

@@ -52,7 +52,7 @@ bool isNumber(std::string const& text, bool& isInteger) {
 void copyOut(String const& text, unsigned int most) {
     std::size_t const expected = std::min<std::size_t>(text.size(), most);
     std::string out(std::size_t{most} + 1, '#');
-    require(text.copyString(out.data(), most) == expected, "copyString tells the number");
+    require(text.copyString(out.data(), most) == expected, "copyString returns the number");
     require(out.compare(0, expected, text, 0, expected) == 0, "copyString copies");
     require(out[expected] == '\0', "copyString ends the text");
     require(out.find_first_not_of('#', expected + 1) == std::string::npos, "and writes no further");
@@ -65,7 +65,8 @@ void binary(String const& text) {
     require(text.toBin(bytes) == size, "getBinLength is exact");
     String again;
     std::string const upToNul = text.c_str();
-    require(again.fromBin(bytes, size) == upToNul.size() + 5, "fromBin tells what it took");
+    require(again.fromBin(bytes, size) == upToNul.size() + 5,
+            "fromBin returns the consumed length");
     require(again == upToNul, "fromBin takes the text up to its first NUL");
     zntl::SmartArray<char> const array = text;
     require(array.getSize() == text.size() + 1, "the array has the text's size");
@@ -92,7 +93,7 @@ void fuzz::run(Input& input) {
     bool expectedInteger = false;
     bool const expected = isNumber(text, expectedInteger);
     require(string.isNumeric(isInteger) == expected, "isNumeric");
-    require(!expected || isInteger == expectedInteger, "isNumeric tells integers");
+    require(!expected || isInteger == expectedInteger, "isNumeric reports integers");
 
     copyOut(string, number);
     binary(string);

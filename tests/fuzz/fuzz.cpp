@@ -51,7 +51,7 @@ File::~File() { close(descriptor_); }
 std::string File::content() const {
     struct stat status;
     if (fstat(descriptor_, &status) != 0)
-        throw std::runtime_error("cannot look at a file in memory");
+        throw std::runtime_error("cannot map a file in memory");
     std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
     if (pread(descriptor_, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         throw std::runtime_error("cannot read a file in memory");

@@ -10,7 +10,7 @@
 namespace fuzz {
 
 /// An input in a heap block of exactly its size, so that a sanitizer sees the first byte read
-/// behind it. Bytes are taken from the front.
+/// after it. Bytes are taken from the front.
 class Input {
 public:
     Input(unsigned char const* data, std::size_t size);

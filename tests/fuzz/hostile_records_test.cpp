@@ -20,9 +20,9 @@ using test::Bytes;
 
 std::string textOf(Bytes const& bytes) { return {bytes.begin(), bytes.end()}; }
 
-/// What may be allocated at one time: for each byte of the input, since sets in sets, and the
-/// streams that they are read through, hold the bytes once more at each level, and so do the copies
-/// that are compared here; and beside it, for the largest object with the message of its fault.
+/// The limit of memory that is allocated at one time. It is proportional to the input, because sets
+/// in sets, their streams, and the copies that are compared here hold the bytes again at each
+/// level. A constant is added for the largest object and its fault's message.
 constexpr std::size_t perByte = 16;
 constexpr std::size_t beside = 1024;
 

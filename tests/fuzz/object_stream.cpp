@@ -119,7 +119,7 @@ void skipAll(MemIOStream stream) {
     bool const whole = stream.validate();
     while (stream.size() >= 8) {
         std::uint64_t const length = numberAt(content(stream), 4);
-        require(stream.skip() == static_cast<std::uint32_t>(8 + length), "skip tells the size");
+        require(stream.skip() == static_cast<std::uint32_t>(8 + length), "skip returns the size");
         announced += 8 + length;
     }
     require(!attempt([&] { return stream.skip(); }), "nothing is left to skip");
@@ -193,7 +193,7 @@ void fuzz::run(Input& input) {
 
     MemIOStream stream;
     bool const loaded = stream.load(file.path());
-    require(loaded == recordsIn(bytes).whole, "load tells whole records");
+    require(loaded == recordsIn(bytes).whole, "load reports whole records");
     require(content(stream) == bytes, "load keeps the bytes");
     lookAt(stream, bytes);
     carryOver(stream, bytes);

@@ -136,7 +136,7 @@ inline void readStreamFile(std::string const& records) {
     file.fill(records.data(), records.size());
     MemIOStream stream;
     bool const loaded = stream.load(file.path());
-    require(loaded == stream.validate(), "load tells whole records");
+    require(loaded == stream.validate(), "load reports whole records");
     readRecords(stream);
 }
 

@@ -60,7 +60,7 @@ void fuzz::run(Input& input) {
 
     Resolution const result = value.scale(bounds);
     if (boundsWidth <= 0 || boundsHeight <= 0 || value == bounds) {
-        require(result == value && result.name == "carried", "scale gives a copy");
+        require(result == value && result.name == "carried", "scale returns a copy");
     } else {
         require(result == scaled(width, height, boundsWidth, boundsHeight), "scale");
         require(result.name.empty(), "what was computed has no name");

@@ -102,7 +102,7 @@ void fuzz::run(Input& input) {
         require(damage == sameDamage, "both listings find the same");
         require(!damage || *damage <= file.size(), "damage is in the file");
         require(isCompleteJson(json), "the JSON document is complete");
-        // An escape and a line of a listing are longer than the byte or header that they stand for.
+        // An escape and a line of a listing are longer than the byte or header that they represent.
         require(json.size() < 1000 + 100 * file.size(), "JSON is bounded");
         require(text.size() < 1000 + 100 * file.size(), "the text is bounded");
 

@@ -161,7 +161,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         auto const* const data = reinterpret_cast<unsigned char const*>(bytes.data());
         bool const refused =
             throws([&] { stream.setBuffer(data, static_cast<unsigned int>(bytes.size())); });
-        require(refused != expected.isWhole(), "setBuffer tells whole records");
+        require(refused != expected.isWhole(), "setBuffer reports whole records");
         model = expected;
         break;
     }

@@ -52,7 +52,7 @@ void runValue(fuzz::File const& file) {
     Value fromFile;
     Value fromBytes;
     bool const loaded = fromFile.fromFile(file.path());
-    require(loaded == take(file.content(), fromBytes), "fromFile gives the right verdict");
+    require(loaded == take(file.content(), fromBytes), "fromFile returns the right result");
     if (!loaded)
         return;
     require(binaryForm(fromFile) == binaryForm(fromBytes), "fromFile takes the value");

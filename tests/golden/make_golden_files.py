@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the golden files of every stored form from docs/formats.md, without the library.
 
-    make_golden_files.py            writes the files beside this script
+    make_golden_files.py            writes the files next to this script
     make_golden_files.py --check    compares them with what it would write
 """
 

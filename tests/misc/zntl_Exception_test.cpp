@@ -17,7 +17,7 @@ static_assert(std::is_base_of_v<std::exception, Exception>);
 static_assert(sizeof(Exception) == sizeof(std::exception) + sizeof(std::string),
               "the message is the only field");
 static_assert(noexcept(std::declval<Exception const&>().what()));
-static_assert(!std::is_convertible_v<std::string, Exception>, "made on purpose only");
+static_assert(!std::is_convertible_v<std::string, Exception>, "constructed explicitly only");
 
 namespace {
 

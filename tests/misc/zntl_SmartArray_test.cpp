@@ -31,7 +31,7 @@ static_assert(sizeof(ConstSmartArray<char>) == 4 * sizeof(void*),
 static_assert(std::is_nothrow_copy_constructible_v<SmartArray<char>>);
 static_assert(std::is_nothrow_copy_assignable_v<SmartArray<char>>);
 static_assert(!std::is_convertible_v<ConstSmartArray<char>, SmartArray<char>>,
-              "a read-only handle gives no writable one");
+              "a read-only handle does not convert to a writable one");
 
 namespace {
 

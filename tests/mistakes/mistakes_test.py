@@ -1,5 +1,5 @@
-"""Mistakes in the description of a class derived from znsl::Struct are errors of the compiler, with
-a message that names the mistake."""
+"""The compiler rejects mistakes in the description of a class derived from znsl::Struct, with a message
+that names the mistake."""
 
 import os
 import subprocess

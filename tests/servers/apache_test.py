@@ -1,4 +1,4 @@
-"""The program behind Apache, with both of its modules for CGI."""
+"""Apache runs the program, with each of its CGI modules."""
 
 import contextlib
 import http.client

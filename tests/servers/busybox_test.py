@@ -1,4 +1,4 @@
-"""The program behind busybox httpd."""
+"""busybox httpd runs the program."""
 
 import unittest
 
@@ -17,7 +17,7 @@ class Busybox(Server):
 
 class BusyboxTest(ServerTest, unittest.TestCase):
     make = Busybox
-    # It leaves HEAD to the program, which looks at no variables.
+    # The server passes HEAD to the program, which ignores the method.
     head_body = BODY
     # It closes the connection without a word.
     failed_start = rb'\A\Z'

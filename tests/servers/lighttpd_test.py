@@ -1,4 +1,4 @@
-"""The program behind lighttpd."""
+"""lighttpd runs the program."""
 
 import unittest
 

@@ -1,4 +1,4 @@
-"""The program behind nginx, which leaves CGI to fcgiwrap."""
+"""nginx serves the program, which fcgiwrap runs."""
 
 import time
 import unittest

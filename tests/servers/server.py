@@ -1,6 +1,6 @@
 """A camera with a web server: the program, the SDK and a server on a free loopback port.
 
-A server is a context manager. Whatever happens inside, and also when the tests themselves are
+A server is a context manager. Whatever happens inside, and even if the tests themselves are
 killed, its processes are stopped by their process ids. When the tests run as root, the server runs
 as nobody, as it would on a camera.
 """
@@ -122,7 +122,7 @@ class Server:
         return (self.folder / 'log').read_text(errors='replace')
 
     def get(self, method='GET', path=PATH, body=None):
-        """Sends a request of its own connection; gives the response and its body."""
+        """Sends a request on a new connection and returns the response and its body."""
         connection = http.client.HTTPConnection('127.0.0.1', self.port, timeout=PATIENCE)
         with contextlib.closing(connection):
             connection.request(method, path, body)
@@ -133,7 +133,7 @@ class Server:
         return socket.create_connection(('127.0.0.1', self.port), PATIENCE)
 
     def exchange(self, request):
-        """Sends these bytes; gives every byte that comes back."""
+        """Sends these bytes and returns all bytes of the answer."""
         with self.connect() as connection:
             connection.sendall(request)
             return b''.join(iter(lambda: connection.recv(65536), b''))

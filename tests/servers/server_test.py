@@ -23,7 +23,7 @@ def request(method):
 class ServerTest:
     """Mixed into a TestCase, which has:
 
-    make          gives the server, for options of the simulator
+    make          returns the server, for options of the simulator
     head_body     what comes after the header in answer to HEAD
     failed_start  all that a client sees when the SDK cannot start, as an expression
     """

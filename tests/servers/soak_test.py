@@ -28,7 +28,7 @@ GROWTH_BYTES_PER_REQUEST = 128
 
 
 def ask(server, clients, seconds):
-    """Asks with so many clients at once; gives the number of answers and what was wrong."""
+    """Sends requests from so many clients at once. Returns the number of answers and the faults."""
     answers, failures = [], []
     end = time.monotonic() + seconds
 

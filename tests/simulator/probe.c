@@ -1,6 +1,6 @@
 /* Calls the SDK as its arguments say, one call each, and prints what came back:
  *
- *     name      gives the settings an application name that needs escapes
+ *     name      sets an application name that needs escapes
  *     init      csdk_init()
  *     next      csdk_next_resolution() with the present handle
  *     stale     csdk_next_resolution() with the handle of the first call

@@ -186,7 +186,7 @@ std::vector<WalkCase> walkCases() {
         {"a record size of 4 GiB", recordHeader(9, 0xFFFFFFF8), false, 1},
         {"a record size of 4 GiB and 7 bytes", recordHeader(9, 0xFFFFFFFF), false, 1},
         {"back to the start", concat(integer, recordHeader(9, 0xFFFFFFEC)), false, 2},
-        {"back to the start, with more behind",
+        {"back to the start, with more after it",
          concat(integer, recordHeader(9, 0xFFFFFFEC), integer), false, 2},
         {"the length of the rest, by wrapping", concat(recordHeader(9, 0xFFFFFFFF), Bytes(7, 0)),
          false, 1},
@@ -196,7 +196,7 @@ std::vector<WalkCase> walkCases() {
 TEST(MemIOStreamWalk, ReportsWholeRecordsAndCountsThem) {
     for (WalkCase const& c : walkCases()) {
         for (unsigned int const consumed : {0U, 20U}) {
-            SCOPED_TRACE(testing::Message() << c.what << " behind " << consumed << " bytes");
+            SCOPED_TRACE(testing::Message() << c.what << " after " << consumed << " bytes");
             // The buffer ends where the content ends, so that sanitizers detect out-of-bounds
             // reads.
             MemIOStream stream(consumed + sizeOf(c.bytes));

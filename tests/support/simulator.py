@@ -23,7 +23,7 @@ TIMEOUT = 60
 
 @dataclass
 class Call:
-    """A call that the simulator got: a line of its record."""
+    """A call to the simulator: a line of its record."""
     name: str
     fields: dict
 
@@ -37,7 +37,7 @@ class Call:
 
 @dataclass
 class Run:
-    """What came of a program."""
+    """The result of running a program."""
     status: int
     output: bytes
     errors: str
@@ -53,8 +53,8 @@ def parse_record(text):
 
 
 def environment(**simulator):
-    """The environment of a program: nothing but the simulator, told by keywords, and what
-    instrumented programs are told by whoever runs the tests."""
+    """Returns the environment of a program: the simulator's variables, set by keywords, and those of
+    the caller that control instrumented programs. Nothing else is passed on."""
     passed = {name: value for name, value in os.environ.items()
               if name.endswith('SAN_OPTIONS') or name.startswith(('QEMU_', 'GCOV_'))}
     told = {f'CSDK_SIMULATOR_{name.upper()}': str(value) for name, value in simulator.items()}
@@ -67,7 +67,7 @@ def command(program, *arguments):
 
 def run(program, *arguments, sizes=None, text=None, extra_environment=None, process=None,
         **simulator):
-    """Runs a program to its end and gives what it printed and which calls it made.
+    """Runs a program to its end and returns its output and its calls.
 
     sizes: the camera's sizes, as in '640x480'; text: the camera's profile as it stands
     process: further arguments of subprocess.run

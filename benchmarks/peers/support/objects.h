@@ -12,8 +12,8 @@
 
 namespace bench {
 
-/// What a user of another library would write for a resolution: it holds what a resolution holds,
-/// and like one it is ordered by its size and stores its size only.
+/// A resolution as a user of another library would write it. Like the library's, it has a size and
+/// a name, is ordered by its size and stores only its size.
 struct Size {
     int width = 0;
     int height = 0;
@@ -34,8 +34,8 @@ void serialize(Archive& archive, Size& size) {
     archive(size.width, size.height);
 }
 
-/// A stream buffer over memory that can be emptied and filled again, which std::stringbuf cannot
-/// without a new allocation: what a user of a stream-based archive who cares writes.
+/// A stream buffer over memory that can be emptied and refilled without an allocation, which
+/// std::stringbuf cannot. A careful user of a stream-based archive would write it.
 class MemoryBuffer : public std::streambuf {
 public:
     /// What was written becomes what is read.

@@ -25,9 +25,9 @@ std::string printed(Result const& result) {
     }
 }
 
-/// One line of the comparison: the same work, done by the library and by what a user would take in
-/// its place. A piece of work is a function object; it returns its result, and all contenders must
-/// have the same result before anything is timed.
+/// One row of the comparison: the same work, done by the library and by its peers. A piece of work
+/// is a function object that returns its result. All contenders must return the same result before
+/// any timing starts.
 class Row {
 public:
     explicit Row(std::string name) : name_(std::move(name)) {}
