@@ -9,8 +9,7 @@ namespace zntl {
 /// A serializable signed 32-bit integer.
 class Integer : public znsl::Serializable {
 public:
-    /// Leaves the value indeterminate until it is set or read; deliberately without an implicit
-    /// zero.
+    /// Leaves the value indeterminate until it is set or read; it is not zero.
     Integer() {} // NOLINT(modernize-use-equals-default): `Integer{}` would zero the value
     /// Converts, so that a number can be used wherever an Integer is expected.
     Integer(int value) : value_(value) {}

@@ -25,8 +25,8 @@ bool findOpenTag(String const& text, unsigned int from, String const& name, unsi
                  unsigned int& end, bool& selfClosing);
 
 /// Finds the closing tag ("</", the name, ">") that matches an element of `name` opened before
-/// `from`, passing over nested elements of the same name. Pass the position behind the opening
-/// tag's ">". The tag is recognised by its text alone, also inside another tag.
+/// `from`, and skips nested elements of the same name. Pass the position after the opening
+/// tag's ">". Only the text counts: even a closing tag inside another tag is found.
 ///
 /// On success returns true with `start` at the closing tag's "<" and `end` at its ">". Otherwise
 /// returns false, and the two mean nothing. Takes time proportional to the distance to the closing

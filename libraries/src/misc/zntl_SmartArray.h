@@ -39,7 +39,7 @@ public:
             count_->fetch_add(1, std::memory_order_relaxed);
     }
 
-    /// Releases the own share and shares the other handle's buffer; self-assignment is harmless.
+    /// Drops this handle's reference and shares the other handle's buffer. Self-assignment is safe.
     ConstSmartArray& operator=(ConstSmartArray const& other) noexcept {
         ConstSmartArray shared(other);
         std::swap(buffer_, shared.buffer_);
@@ -48,7 +48,7 @@ public:
         return *this;
     }
 
-    /// Releases the share.
+    /// Drops this handle's reference.
     virtual ~ConstSmartArray() { release(); }
 
     /// The first element. Throws zntl::Exception (line 260) when the handle is empty.
@@ -56,13 +56,13 @@ public:
 
     /// The element at position `i` of the buffer, for an `i` at or beyond the size.
     ///
-    /// The range test is deliberately the reverse of the usual one, and is kept: an index below the
-    /// size throws zntl::Exception (line 273), and an index at or past the size gives the place
-    /// that far into the buffer, which must not be read or written. An empty handle throws (line
-    /// 272). The elements are reached by pointer from the first one: `(&*array)[i]`.
+    /// The range test is the reverse of the usual one: an index below the size throws
+    /// zntl::Exception (line 273). An index at or past the size returns the address that far into
+    /// the buffer, which must not be read or written. An empty handle throws (line 272). To reach
+    /// the elements, index a pointer to the first one: `(&*array)[i]`.
     virtual T const& operator[](unsigned int i) const { return at(i); }
 
-    /// Gives up the share and leaves the handle empty; does nothing on an empty handle.
+    /// Drops this handle's reference and leaves it empty. A no-op on an empty handle.
     virtual void removeReference() { release(); }
 
     /// The number of elements; 0 for an empty handle.
@@ -74,20 +74,21 @@ public:
     }
 
 protected:
-    /// What `operator*` gives, writable.
+    /// The result of `operator*`, writable.
     T& first() const {
         if (!buffer_)
             raise(260, "operator*() - pointer is NULL!");
         return *buffer_;
     }
 
-    /// What `operator[]` gives, writable.
+    /// The result of `operator[]`, writable.
     T& at(unsigned int i) const {
         if (!buffer_)
             raise(272, "operator[]() - pointer is NULL!");
-        if (size_ > i) // reversed on purpose, see operator[]
+        // Contract: the range test is reversed, see operator[].
+        if (size_ > i)
             raise(273, "operator[]() - index out of range!");
-        // Plain address arithmetic: the place may lie past what pointer arithmetic may name.
+        // Integer arithmetic, because pointer arithmetic past the buffer is undefined.
         auto const address = reinterpret_cast<std::uintptr_t>(buffer_);
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
         return *reinterpret_cast<T*>(address + std::uintptr_t{i} * sizeof(T));

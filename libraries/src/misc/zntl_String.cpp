@@ -68,7 +68,7 @@ String String::toUpper() const {
 bool String::isNumeric(bool& isInteger) const {
     isInteger = true;
     bool content = false;
-    bool blank = false; // a blank behind content: the number has ended
+    bool blank = false; // a blank after content: the number has ended
     for (char const c : *this) {
         if (c == '\t' || c == ' ') {
             blank = content;

@@ -18,13 +18,13 @@ namespace {
 
 constexpr unsigned int binLength = 8; // two integers
 
-// Both XML operations report the same line; kept.
+// Contract: both XML operations report line 26.
 constexpr znsl::Members::Place withoutXML{"../../../../../libraries/src/video/znvl_Resolution", 26,
                                           "znvl::Resolution"};
 
 /// The nearest integer, halves away from zero, saturated; 0 for what is not a number.
 int roundToInt(float x) {
-    // The sum with a half is rounded to float itself, and that is kept.
+    // Contract: the sum with a half is rounded to float, too.
     // NOLINTBEGIN(bugprone-incorrect-roundings)
     constexpr float limit = 2147483648.0F;
     if (x >= 0)
@@ -76,7 +76,7 @@ char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p",
 char const* Resolution::ResolutionStrings[] = {"176x144",  "352x288",   "704x576",
                                                "1280x720", "1920x1080", nullptr};
 
-// Not const, and a 0x0 on either side makes the result 0x0; both are kept.
+// Contract: not const, and a 0x0 on either side makes the result 0x0.
 Resolution Resolution::getMax(Resolution const& other) {
     Resolution const none;
     if (*this == none || other == none)
@@ -152,7 +152,7 @@ unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length)
 
 void Resolution::fillSerializable(std::list<znsl::Serializable*>& list,
                                   std::map<std::string, znsl::Serializable*>& /*table*/) const {
-    // One listing serves reading and writing; what is handed out is the members' own business.
+    // One list serves reading and writing, so it cannot be const.
     list.push_back(const_cast<zntl::Integer*>(&width));
     list.push_back(const_cast<zntl::Integer*>(&height));
 }

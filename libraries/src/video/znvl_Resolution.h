@@ -10,20 +10,20 @@
 
 namespace znvl {
 
-/// A picture size in pixels, with a text carried along.
+/// A picture size in pixels, with a name for the owner's use.
 ///
 /// Ordered by width and then by height, both signed, so that it can live in sorted sets. The name
-/// takes no part in ordering, equality, texts and stored forms; only copying carries it.
+/// takes no part in ordering, equality, text and stored forms. Only copying carries it along.
 class Resolution : public znsl::Serializable {
 public:
     zntl::Integer width;  ///< in pixels; any number
     zntl::Integer height; ///< in pixels; any number
-    zntl::String name;    ///< a text carried along
+    zntl::String name;    ///< any text; only copied
 
-    /// The short names of the common sizes, with a null pointer at the end. Ordinary writable data:
-    /// the lookups use what stands there.
+    /// The short names of the common sizes, with a null pointer at the end. Writable:
+    /// the lookups use the current entries.
     static char const* NameStrings[];
-    /// The sizes that the names at the same places stand for, likewise.
+    /// The sizes of the names at the same positions, likewise.
     static char const* ResolutionStrings[];
 
     /// 0x0 without a name.
@@ -53,7 +53,7 @@ public:
     bool operator!=(Resolution const& other) const { return !(*this == other); }
 
     /// The larger width and the larger height of the two, without a name: 640x360 and 480x480 give
-    /// 640x480. A 0x0 on either side deliberately makes the whole result 0x0.
+    /// 640x480. A 0x0 on either side makes the whole result 0x0.
     Resolution getMax(Resolution const& other);
 
     /// The largest size of this aspect ratio that fits in `bounds`, without a name, in single
@@ -86,13 +86,14 @@ public:
     /// Writes the width and the height, 4 bytes each; returns 8.
     unsigned int toBin(unsigned char* out) const override;
     /// Reads the width and the height and returns 8. Throws zntl::Exception when `length` is less
-    /// than 8; with 4 to 7 bytes the width has then been replaced already, deliberately without
-    /// a way back. The name is untouched. Safe on any bytes.
+    /// than 8; with 4 to 7 bytes the width is then already replaced and is not restored. The name
+    /// is unchanged. Safe on any bytes.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 
     /// Appends the members of the binary form to `list`, in the order in which they are written,
-    /// and enters the members of the XML form in `table` under their element names. Here that is
-    /// the width and the height, and none. The pointers are good as long as the object.
+    /// and enters the members of the XML form in `table` under their element names. A
+    /// resolution lists its width and height and names no member. The pointers are valid while the
+    /// object lives.
     virtual void fillSerializable(std::list<znsl::Serializable*>& list,
                                   std::map<std::string, znsl::Serializable*>& table) const;
 };

@@ -4,7 +4,7 @@
 
 namespace zntl {
 
-/// Stores a number in the machine's byte order at any address; returns the address behind it.
+/// Stores a number in the machine's byte order at any address; returns the address after it.
 template <class Number>
 unsigned char* storeNative(unsigned char* out, Number value) {
     std::memcpy(out, &value, sizeof value);

@@ -15,7 +15,7 @@ inline bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 struct Decimal {
     int value;
-    char const* end; // behind the last digit; the start of the text when there was none
+    char const* end; // after the last digit; the start of the text if there was none
 };
 
 /// Reads a base-10 integer from the start of `text` as strtol does in the C locale (leading white
@@ -29,16 +29,16 @@ inline Decimal parseDecimal(char const* text) {
     bool const negative = *number == '-';
     if (negative || *number == '+')
         ++number;
-    char const* behind = number;
+    char const* end = number;
     std::uint64_t magnitude = 0;
-    for (unsigned int digit; (digit = static_cast<unsigned int>(*behind - '0')) <= 9; ++behind) {
-        // What any 32-bit number is below; ten times of it are far from an overflow.
+    for (unsigned int digit; (digit = static_cast<unsigned int>(*end - '0')) <= 9; ++end) {
+        // Stops above every 32-bit number, long before 64 bits overflow.
         if (magnitude < std::uint64_t{1} << 32)
             magnitude = magnitude * 10 + digit;
     }
     auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
     return {static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX)),
-            behind == number ? text : behind};
+            end == number ? text : end};
 }
 
 } // namespace zntl
