@@ -1,5 +1,5 @@
-// The examples of docs/text.md. The part between the lines "// [name]" and "// [/name]" is
-// quoted there under "<!-- name -->"; the last tests see to it that page and file stay the same.
+// The examples of docs/text.md. The page quotes the lines between "// [name]" and "// [/name]"
+// below "<!-- name -->"; the last tests compare page and file.
 
 #include "misc/zntl_Markup.h"
 #include "misc/zntl_SmartArray.h"
@@ -37,8 +37,8 @@ zntl::String logLine(char const* format, ...) {
 
 // [fromBin]
 bool readText(zntl::String& text, unsigned char const* data, unsigned int length) {
-    if (length < 5 || data[length - 1] != 0)
-        return false; // no room for the length field and a NUL, or no NUL at the end
+    if (!zntl::String::canReadBin(data, length))
+        return false; // no NUL after the length field
     text.fromBin(data, length);
     return true;
 }
