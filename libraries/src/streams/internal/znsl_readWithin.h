@@ -10,11 +10,12 @@
 namespace znsl {
 
 // String and MemIOStream, and the classes derived from them, trust the bytes that they read. The
-// library calls their `fromBin` only after these checks.
+// library calls their `fromBin` only after these checks. Hidden, because the shared library exports
+// every other name of this namespace.
 
 /// The class of the last object that was found not to trust its bytes. Caching it saves two casts,
 /// which take longer than reading a small object.
-inline std::atomic<std::type_info const*> lastCautiousClass{nullptr};
+[[gnu::visibility("hidden")]] inline std::atomic<std::type_info const*> lastCautiousClass{nullptr};
 
 inline bool isKnownCautious(Serializable const& object) {
     return lastCautiousClass.load(std::memory_order_relaxed) == &typeid(object);
@@ -28,9 +29,11 @@ inline bool isCertainlyWithin(unsigned char const* data, unsigned int length) {
 
 /// Throws zntl::Exception when `object` is a String or a MemIOStream whose `fromBin` would leave
 /// the `length` bytes at `data`.
-void requireWithin(Serializable const& object, unsigned char const* data, unsigned int length);
+[[gnu::visibility("hidden")]] void requireWithin(Serializable const& object,
+                                                 unsigned char const* data, unsigned int length);
 
 /// Calls `object.fromBin` if it stays within the `length` bytes at `data`; throws otherwise.
-unsigned int readWithin(Serializable& object, unsigned char const* data, unsigned int length);
+[[gnu::visibility("hidden")]] unsigned int
+readWithin(Serializable& object, unsigned char const* data, unsigned int length);
 
 } // namespace znsl
