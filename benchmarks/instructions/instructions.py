@@ -25,7 +25,7 @@ LIMITS = {
     'array': 20,
     'format': 29,
     'text': 259,
-    'markup': 257,
+    'markup': 329,
     'resolution': 52,
     'stream': 1527,
     'set': 3413,

@@ -1,7 +1,7 @@
 #include "misc/zntl_Markup.h"
 
+#include "misc/internal/zntl_SearchPattern.h"
 #include "misc/internal/zntl_blank.h"
-#include "misc/internal/zntl_search.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -43,6 +43,8 @@ public:
         : text_(text), pattern_(patterns.opening), position_(from) {}
 
     bool next(std::size_t limit, Tag& tag);
+
+    void moveTo(std::size_t position) { position_ = position; }
 
 private:
     std::string_view text_;
@@ -109,6 +111,8 @@ public:
         return true;
     }
 
+    void moveTo(std::size_t position) { position_ = position; }
+
 private:
     std::string_view text_;
     SearchPattern pattern_;
@@ -131,35 +135,56 @@ bool findMatchingCloseTag(std::string_view text, std::size_t from, Patterns cons
 }
 
 struct Element {
-    std::size_t start;
-    std::size_t end; // behind the element; npos where it is not closed
+    std::size_t start = 0;
+    std::size_t end = npos; // after the ">" of its last tag, once it is closed
 };
 
-/// All elements of a name within one that is not closed, whose opening tag ends before a position,
-/// in the order of their opening tags. The stack of those that are still open is what makes any
-/// number of unclosed elements linear. It never runs empty: a closing tag too many would close the
-/// one around them.
-std::vector<Element> matchElements(std::string_view text, Patterns const& patterns,
-                                   std::size_t from) {
+/// All elements of the name, those inside others too, in the order of their opening tags. A stack
+/// gives each closing tag its innermost open element, so that unclosed ones cost no more.
+std::vector<Element> findElements(std::string_view text, std::string_view name) {
+    Patterns const patterns(name);
+    // Tags of such a name can overlap, and then it matters where a search starts.
+    bool const canOverlap = name.find('<') != npos && name.find('>') != npos;
     std::vector<Element> elements;
-    std::vector<std::size_t> unclosed;
-    OpenTagScan opens(text, patterns, from);
-    auto const openUntil = [&](std::size_t limit) {
-        Tag open;
-        while (opens.next(limit, open)) {
-            if (!open.selfClosing)
-                unclosed.push_back(elements.size());
-            elements.push_back({open.start, open.selfClosing ? open.end + 1 : npos});
-        }
+    std::vector<std::size_t> open; // which of them are not closed yet, the innermost last
+    OpenTagScan opens(text, patterns, 0);
+    CloseTagScan closes(text, patterns, 0);
+    auto const enter = [&](Tag const& tag) {
+        if (!tag.selfClosing)
+            open.push_back(elements.size());
+        Element& element = elements.emplace_back();
+        element.start = tag.start;
+        if (tag.selfClosing)
+            element.end = tag.end + 1;
     };
-    CloseTagScan closes(text, patterns, from);
-    Tag close;
-    while (closes.next(close)) {
-        openUntil(close.start);
-        elements[unclosed.back()].end = close.end + 1;
-        unclosed.pop_back();
+    auto const enterUntil = [&](std::size_t limit) {
+        Tag tag;
+        while (opens.next(limit, tag))
+            enter(tag);
+    };
+    Tag first;
+    while (opens.next(text.size(), first)) {
+        std::size_t const outermost = elements.size();
+        open.clear();
+        enter(first);
+        if (first.selfClosing)
+            continue;
+        closes.moveTo(first.end + 1);
+        Tag close = first;
+        while (!open.empty() && closes.next(close)) {
+            enterUntil(close.start);
+            elements[open.back()].end = close.end + 1;
+            open.pop_back();
+        }
+        if (open.empty()) {
+            opens.moveTo(close.end + 1);
+        } else if (canOverlap) {
+            elements.resize(outermost);
+            opens.moveTo(first.end + 1);
+        } else {
+            enterUntil(text.size()); // no closing tag is left
+        }
     }
-    openUntil(text.size());
     return elements;
 }
 
@@ -214,37 +239,16 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
 }
 
 String String::replaceElement(String const& name, String const& replacement) const {
-    std::string_view const text = *this;
-    Patterns const patterns(name);
-    // With both in the name, a tag can begin in the last one, and it matters where a search starts.
-    bool const overlapping = name.find('<') != npos && name.find('>') != npos;
     String result;
     std::size_t copied = 0;
-    auto const replace = [&](std::size_t start, std::size_t end) {
-        result.append(text, copied, start - copied);
+    for (Element const& element : findElements(*this, name)) {
+        if (element.end == npos || element.start < copied)
+            continue; // not closed, or inside the one before
+        result.append(*this, copied, element.start - copied);
         result += replacement;
-        copied = end;
-    };
-    std::size_t position = 0;
-    Tag open;
-    while (OpenTagScan(text, patterns, position).next(text.size(), open)) {
-        position = open.end + 1;
-        Tag close;
-        if (open.selfClosing) {
-            replace(open.start, position);
-        } else if (findMatchingCloseTag(text, position, patterns, close)) {
-            position = close.end + 1;
-            replace(open.start, position);
-        } else if (!overlapping) {
-            // Going on one by one, every other one that is not closed would be searched to the end.
-            for (Element const& element : matchElements(text, patterns, position)) {
-                if (element.start >= copied && element.end != npos)
-                    replace(element.start, element.end);
-            }
-            break;
-        }
+        copied = element.end;
     }
-    result.append(text, copied);
+    result.append(*this, copied);
     return result;
 }
 

@@ -154,9 +154,8 @@ public:
     template <class Container>
     static void tokenize(String const& text, String const& separators, Container& out,
                          String const& quotes) {
-        text.visitPieces(text.findAll(separators, quotes), [&](std::size_t start, std::size_t end) {
-            out.push_back(text.piece(start, end));
-        });
+        for (String& piece : text.tokenize(separators, quotes))
+            out.push_back(std::move(piece));
     }
 
     // Markup
@@ -218,24 +217,6 @@ public:
     /// The characters up to and including the first NUL (which every string has behind its last
     /// character) in an array of their own, whose size is the string's length + 1.
     operator SmartArray<char>() const;
-
-private:
-    /// Shows where the text's parts between the positions start and end, except the empty ones, to
-    /// `visit(start, end)`.
-    template <class Visit>
-    void visitPieces(std::vector<unsigned int> const& positions, Visit visit) const {
-        std::size_t start = 0;
-        for (unsigned int const position : positions) {
-            if (position > start)
-                visit(start, position);
-            start = position + std::size_t{1};
-        }
-        if (start < size())
-            visit(start, size());
-    }
-
-    /// The characters from `start` up to `end`, cut off at their first NUL.
-    String piece(std::size_t start, std::size_t end) const;
 };
 
 } // namespace zntl

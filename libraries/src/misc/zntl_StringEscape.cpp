@@ -1,7 +1,5 @@
 #include "misc/zntl_String.h"
 
-#include "misc/internal/zntl_escape.h"
-
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -21,157 +19,128 @@ struct Escape {
 constexpr std::array<Escape, 5> escapes{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}}};
 
-/// What a character is encoded as, in a size that is copied in one step.
-struct Encoded {
+/// The first markup character, or the end of the text. Each search stops where the one before it
+/// found something, and runs at the speed of the C library.
+std::size_t findMarkup(std::string_view text) {
+    for (Escape const& escape : escapes)
+        text = text.substr(0, text.find(escape.character));
+    return text.size();
+}
+
+/// An entity without its "&".
+constexpr std::string_view tailOf(Escape const& escape) { return escape.entity.substr(1); }
+
+/// What a character is encoded as, after the character itself or the "&" that replaces it, in a
+/// size that is copied in one step.
+struct Tail {
     char text[7];
     unsigned char length;
 };
 
-constexpr std::array<Encoded, UCHAR_MAX + 1> encodeAll() {
-    std::array<Encoded, UCHAR_MAX + 1> all{};
-    for (std::size_t c = 0; c < all.size(); ++c)
-        all[c] = {{static_cast<char>(c)}, 1};
-    for (Escape const& escape : escapes) {
-        Encoded& encoded = all[static_cast<unsigned char>(escape.character)];
-        encoded.length = 0;
-        for (char const c : escape.entity)
-            encoded.text[encoded.length++] = c;
+/// The tails of all entities; the first one is that of a character that stays.
+constexpr auto tails = [] {
+    std::array<Tail, 1 + escapes.size()> all{};
+    for (std::size_t i = 0; i < escapes.size(); ++i) {
+        for (char const c : tailOf(escapes[i]))
+            all[1 + i].text[all[1 + i].length++] = c;
     }
     return all;
-}
+}();
 
-constexpr auto encodedCharacters = encodeAll();
+/// Where each character's tail is.
+constexpr auto tailIndexes = [] {
+    std::array<unsigned char, 1 + UCHAR_MAX> all{};
+    for (std::size_t i = 0; i < escapes.size(); ++i)
+        all[static_cast<unsigned char>(escapes[i].character)] = static_cast<unsigned char>(1 + i);
+    return all;
+}();
 
-Encoded const& encodedCharacter(char c) { return encodedCharacters[static_cast<unsigned char>(c)]; }
+constexpr std::size_t blockSize = 256;
 
-bool isMarkup(char c) { return encodedCharacter(c).length > 1; }
-
-/// Finds the markup characters of a text, one after another.
-class MarkupSearch {
-public:
-    explicit MarkupSearch(std::string_view text) : text_(text) {}
-
-    /// The first markup character at or behind `from`, or the text's end; `from` never decreases.
-    std::size_t next(std::size_t from) {
-        // Where markup is dense it is near. Where it is rare, a search for each character leaps
-        // over the text at the speed of the C library.
-        constexpr std::size_t near = 32;
-        std::size_t const end = std::min(text_.size(), from + near);
-        for (; from < end; ++from) {
-            if (isMarkup(text_[from]))
-                return from;
-        }
-        return from < text_.size() ? leap(from) : from;
-    }
-
-private:
-    std::size_t leap(std::size_t from) {
-        for (std::size_t i = 0; i < escapes.size(); ++i) {
-            if (found_[i] < from)
-                found_[i] = std::min(text_.find(escapes[i].character, from), text_.size());
-        }
-        return *std::min_element(found_.begin(), found_.end());
-    }
-
-    std::string_view text_;
-    std::array<std::size_t, escapes.size()> found_{}; // of each character
-};
-
-// How many characters are encoded together: where one is markup, others are near.
-constexpr std::size_t blockSize = 64;
-
-/// Encodes up to `blockSize` characters, whatever they are: each takes one copy of a fixed size,
-/// and nothing depends on which are markup.
-void appendBlock(std::string& encoded, std::string_view text) {
-    char block[blockSize * sizeof(Encoded)];
+/// Appends up to `blockSize` characters encoded. Each is copied in one step of fixed size, and
+/// no branch depends on whether it is markup.
+void appendEncoded(std::string& encoded, std::string_view text) {
+    char block[blockSize * (1 + sizeof(Tail))];
     char* out = block;
     for (char const c : text) {
-        Encoded const& character = encodedCharacter(c);
-        std::memcpy(out, &character, sizeof character);
-        out += character.length;
+        unsigned char const index = tailIndexes[static_cast<unsigned char>(c)];
+        *out++ = index == 0 ? c : '&';
+        Tail const& tail = tails[index];
+        std::memcpy(out, &tail, sizeof tail);
+        out += tail.length;
     }
     encoded.append(block, static_cast<std::size_t>(out - block));
 }
 
-/// An entity without its "&".
-constexpr std::string_view restOf(Escape const& escape) { return escape.entity.substr(1); }
-
-bool startsWithRest(std::string_view text, Escape const& escape) {
-    std::string_view const rest = restOf(escape);
-    if (text.size() < rest.size())
+/// Takes `part` off the start of the text; false when it does not start with it.
+bool take(std::string_view& text, std::string_view part) {
+    if (text.size() < part.size())
         return false;
     // Character by character, because a call would cost more than so few of them.
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        if (text[i] != rest[i])
+    for (std::size_t i = 0; i < part.size(); ++i) {
+        if (text[i] != part[i])
             return false;
     }
+    text.remove_prefix(part.size());
     return true;
 }
 
-/// Copies what stands from `at` up to the next "&", or to the text's end, and moves `at` there;
-/// returns the end of the copy. `out` may be a place in the text that has been read.
-char* copyToAmpersand(std::string_view text, std::size_t& at, char* out) {
-    // Where entities are dense the next one is near. One that is far is found, and what comes
-    // before it is copied, at the speed of the C library.
-    constexpr std::size_t near = 16;
-    for (std::size_t const end = std::min(text.size(), at + near); at < end; ++at) {
-        if (text[at] == '&')
-            return out;
-        *out++ = text[at];
+/// Moves the characters before the next "&" from the text to `out`; returns the end of the copy.
+char* moveToAmpersand(std::string_view& text, char* out) {
+    // Where entities are dense the next one is near, and a call would cost more than the few
+    // characters up to it.
+    std::size_t const near = std::min<std::size_t>(text.size(), 16);
+    std::size_t at = 0;
+    for (; at < near && text[at] != '&'; ++at)
+        out[at] = text[at];
+    if (at == near) {
+        at = std::min(text.find('&', near), text.size());
+        std::copy(text.begin() + near, text.begin() + at, out + near);
     }
-    std::string_view const far = text.substr(at, text.find('&', at) - at);
-    at += far.size();
-    return std::copy(far.begin(), far.end(), out);
+    text.remove_prefix(at);
+    return out + at;
 }
 
 } // namespace
 
-void appendEncoded(std::string& encoded, std::string const& text) {
-    MarkupSearch search(text);
-    std::size_t copied = 0;
-    std::size_t at = search.next(0);
-    // With entities it becomes longer than the text, so it would grow to twice of that anyway.
-    if (at < text.size())
-        encoded.reserve(encoded.size() + 2 * text.size());
-    for (; at < text.size(); at = search.next(copied)) {
-        encoded.append(text, copied, at - copied);
-        copied = std::min(at + blockSize, text.size());
-        appendBlock(encoded, std::string_view(text).substr(at, copied - at));
-    }
-    encoded.append(text, copied);
-}
-
+// Where one character is markup, others are near, and a block is encoded whole. Where a block has
+// none, the next one may be far, and the text up to there is copied.
 String String::encodeHtml(String const& text) {
+    constexpr std::size_t farthest = 4 * blockSize;
     String encoded;
-    appendEncoded(encoded, text);
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        std::size_t const clean = findMarkup(rest.substr(0, farthest));
+        if (clean >= blockSize || clean == rest.size()) {
+            encoded.reserve(text.size());
+            encoded.append(rest, 0, clean);
+            rest.remove_prefix(clean);
+        } else {
+            encoded.reserve(2 * text.size());
+            std::string_view const block = rest.substr(0, blockSize);
+            appendEncoded(encoded, block);
+            rest.remove_prefix(block.size());
+        }
+    }
     return encoded;
 }
 
-// One pass with the result of five: "&amp;" first, and then, in the result, the others. An "&",
-// decoded or not, begins another entity exactly when that entity's rest follows it in the text.
+// One pass with the result of five, "&amp;" first: an "&", decoded or not, begins another entity
+// exactly when what follows it in the text is that entity's tail.
 String String::decodeHtml(String const& text) {
-    String result(text);
-    // What is decoded is written over what has been read, which it never overtakes.
-    std::string_view const all = result;
-    std::size_t at = std::min(all.find('&'), all.size());
-    char* out = result.data() + at;
-    while (at < all.size()) {
-        ++at;
-        if (startsWithRest(all.substr(at), escapes.front()))
-            at += restOf(escapes.front()).size();
-        char decoded = '&';
-        for (auto escape = escapes.begin() + 1; escape != escapes.end(); ++escape) {
-            if (startsWithRest(all.substr(at), *escape)) {
-                decoded = escape->character;
-                at += restOf(*escape).size();
-                break;
-            }
-        }
-        *out++ = decoded;
-        out = copyToAmpersand(all, at, out);
+    String decoded(text.size(), '\0');
+    std::string_view rest = text;
+    char* out = moveToAmpersand(rest, decoded.data());
+    while (!rest.empty()) {
+        rest.remove_prefix(1);
+        take(rest, tailOf(escapes.front()));
+        auto const escape = std::find_if(escapes.begin() + 1, escapes.end(),
+                                         [&](Escape const& e) { return take(rest, tailOf(e)); });
+        *out++ = escape == escapes.end() ? '&' : escape->character;
+        out = moveToAmpersand(rest, out);
     }
-    result.resize(static_cast<std::size_t>(out - result.data()));
-    return result;
+    decoded.resize(static_cast<std::size_t>(out - decoded.data()));
+    return decoded;
 }
 
 } // namespace zntl

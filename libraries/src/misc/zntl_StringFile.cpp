@@ -2,7 +2,6 @@
 
 #include "system/internal/zn_File.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,15 +11,14 @@ namespace zntl {
 
 namespace {
 
-/// Reads on behind `text` to the end of the file, whatever its size was said to be.
-bool readRest(znst::File& file, std::string& text) {
-    std::size_t used = text.size();
-    // A byte more than the file has shows its end. Where the size is not known, or is 0 like that
-    // of files which the system makes up, the text doubles.
-    std::uint64_t const expected = file.size().value_or(0) + 1;
-    if (expected > text.max_size())
+/// Reads the file to its end, whatever its size was said to be.
+bool readAll(znst::File& file, std::string& text) {
+    // One byte more than the file has shows its end. Without a size, the room doubles from a page.
+    std::uint64_t const room = file.size().value_or(4095) + 1;
+    if (room > text.max_size())
         return false;
-    text.resize(std::max(static_cast<std::size_t>(expected), 2 * used));
+    text.resize(static_cast<std::size_t>(room));
+    std::size_t used = 0;
     std::ptrdiff_t got;
     while ((got = file.readSome(&text[used], text.size() - used)) > 0) {
         used += static_cast<std::size_t>(got);
@@ -28,18 +26,6 @@ bool readRest(znst::File& file, std::string& text) {
             text.resize(2 * used);
     }
     text.resize(used);
-    return got == 0;
-}
-
-/// Reads the file to its end: a small one is in memory after one read, and no more is asked.
-bool readAll(znst::File& file, std::string& text) {
-    char page[4096];
-    std::ptrdiff_t got;
-    while ((got = file.readSome(page, sizeof page)) > 0) {
-        text.append(page, static_cast<std::size_t>(got));
-        if (text.size() >= sizeof page)
-            return readRest(file, text);
-    }
     return got == 0;
 }
 

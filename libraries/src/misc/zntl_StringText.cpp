@@ -1,33 +1,49 @@
 #include "misc/zntl_String.h"
 
-#include "misc/internal/zntl_CharacterSet.h"
+#include "misc/internal/zntl_SearchPattern.h"
 #include "misc/internal/zntl_blank.h"
 #include "misc/internal/zntl_decimal.h"
-#include "misc/internal/zntl_search.h"
 #include "system/zn_portability.h"
 
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <cstring>
 
 namespace zntl {
 
 namespace {
 
+/// Something for each character.
+template <class Value>
+class CharacterTable {
+public:
+    Value& operator[](char c) { return values_[static_cast<unsigned char>(c)]; }
+    Value const& operator[](char c) const { return values_[static_cast<unsigned char>(c)]; }
+
+private:
+    std::array<Value, UCHAR_MAX + 1> values_{};
+};
+
 /// The closing quote of the section that opens at `open`, or npos when it is not closed.
 std::size_t findClosingQuote(std::string const& text, std::size_t open) {
     char const quote = text[open];
-    char const closers[] = {'\\', quote};
-    std::string_view const closersView(closers, sizeof closers);
-    std::size_t at = text.find_first_of(closersView, open + 1);
-    // A backslash skips one character. The character behind that one closes the section or is
-    // passed over, but is never taken as an escape; kept.
-    while (at != std::string::npos && text[at] != quote) {
-        if (text.at(at + 2) == quote)
-            return at + 2;
-        at = text.find_first_of(closersView, at + 3);
+    for (std::size_t at = open + 1; at < text.size(); ++at) {
+        if (text[at] == quote)
+            return at;
+        if (text[at] == '\\') {
+            // Contract: a backslash skips one character. The character after that one closes the
+            // section or is skipped too, but never escapes.
+            at += 2;
+            if (text.at(at) == quote)
+                return at;
+        }
     }
-    return at;
+    return std::string::npos;
 }
+
+/// Room for the entries of a usual list, which spares it growing step by step.
+constexpr std::size_t usual = 16;
 
 std::string_view trimmed(std::string_view text) {
     while (!text.empty() && isBlank(text.front()))
@@ -45,10 +61,12 @@ String String::trim() const {
 }
 
 String String::sanitize(String const& text, char const* allowed) {
-    CharacterSet const kept(allowed ? allowed : "");
+    CharacterTable<bool> isAllowed;
+    for (char const c : std::string_view(allowed ? allowed : ""))
+        isAllowed[c] = true;
     String result(text);
     result.erase(
-        std::remove_if(result.begin(), result.end(), [&](char c) { return !kept.contains(c); }),
+        std::remove_if(result.begin(), result.end(), [&](char c) { return !isAllowed[c]; }),
         result.end());
     std::string_view const content = trimmed(result);
     result.assign(content.data(), content.size());
@@ -75,23 +93,31 @@ String String::extract(String const& begin, String const& end) const {
 }
 
 std::vector<unsigned int> String::findAll(String const& chars, String const& quotes) const {
-    CharacterSet const wanted(chars);
-    CharacterSet const quoting(quotes);
-    std::vector<unsigned int> positions;
-    // Behind the last wanted character the text is not looked at, so that what is wrong with its
-    // quotes there goes unnoticed; kept.
+    struct Role {
+        bool isWanted;
+        bool isQuote;
+    };
+    CharacterTable<Role> roles;
+    for (char const c : chars)
+        roles[c].isWanted = true;
+    for (char const c : quotes)
+        roles[c].isQuote = true;
+
+    // Contract: the scan stops at the last character from `chars`, so that an unclosed section or
+    // a backslash after it is no fault.
     std::size_t end = size();
-    while (end > 0 && !wanted.contains((*this)[end - 1]))
+    while (end > 0 && !roles[(*this)[end - 1]].isWanted)
         --end;
+    std::vector<unsigned int> positions;
+    if (end > 0)
+        positions.reserve(usual);
     for (std::size_t i = 0; i < end; ++i) {
-        char const c = (*this)[i];
-        if (quoting.contains(c)) {
+        Role const role = roles[(*this)[i]];
+        if (role.isQuote) {
             i = findClosingQuote(*this, i);
             if (i == npos)
                 break;
-        } else if (wanted.contains(c)) {
-            if (positions.empty())
-                positions.reserve(16); // the usual list, without growing to it step by step
+        } else if (role.isWanted) {
             positions.push_back(static_cast<unsigned int>(i));
         }
     }
@@ -100,18 +126,22 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
 
 std::vector<String> String::tokenize(String const& separators, String const& quotes) const {
     std::vector<unsigned int> const cuts = findAll(separators, quotes);
-    std::size_t count = 0;
-    visitPieces(cuts, [&](std::size_t, std::size_t) { ++count; });
     std::vector<String> pieces;
-    pieces.reserve(count);
-    visitPieces(cuts,
-                [&](std::size_t start, std::size_t end) { pieces.push_back(piece(start, end)); });
+    pieces.reserve(std::min(cuts.size() + 1, usual));
+    // A piece ends at its first NUL. Most texts have none, and then no piece is searched for one.
+    bool const hasNul = find('\0') != npos;
+    auto const add = [&](std::size_t start, std::size_t end) {
+        char const* const piece = data() + start;
+        if (start < end)
+            pieces.emplace_back(piece, hasNul ? strnlen(piece, end - start) : end - start);
+    };
+    std::size_t start = 0;
+    for (std::size_t const cut : cuts) {
+        add(start, cut);
+        start = cut + 1;
+    }
+    add(start, size());
     return pieces;
-}
-
-String String::piece(std::size_t start, std::size_t end) const {
-    char const* const first = data() + start;
-    return {first, strnlen(first, end - start)};
 }
 
 String String::abbreviate(unsigned int length) const {

@@ -13,16 +13,6 @@ namespace {
 
 char const* textOrEmpty(char const* text) { return text ? text : ""; }
 
-/// The byte through the C library's current lower-case table.
-unsigned char lowered(unsigned char byte) {
-#if defined(__GLIBC__) && !defined(__UCLIBC__)
-    // The table itself: in C++ this C library's tolower is a call, which takes ten times as long.
-    return static_cast<unsigned char>((*__ctype_tolower_loc())[byte]);
-#else
-    return static_cast<unsigned char>(std::tolower(byte));
-#endif
-}
-
 } // namespace
 
 unsigned long zn_get_threadid(void) { return pthread_self(); }
@@ -39,6 +29,14 @@ char* zn_strcpy(char* dst, unsigned int size, char const* src) {
 int zn_stricmp(char const* a, char const* b) { return strcasecmp(textOrEmpty(a), textOrEmpty(b)); }
 
 char* zn_strlwr(char* s) {
+#if defined(__GLIBC__) && !defined(__UCLIBC__)
+    // The table itself: in C++ this C library's tolower is a call, which takes ten times as long.
+    auto const lowered = [table = *__ctype_tolower_loc()](unsigned char byte) {
+        return table[byte];
+    };
+#else
+    auto const lowered = [](unsigned char byte) { return std::tolower(byte); };
+#endif
     for (char* walk = s; *walk != '\0'; ++walk)
         *walk = static_cast<char>(lowered(static_cast<unsigned char>(*walk)));
     return s;

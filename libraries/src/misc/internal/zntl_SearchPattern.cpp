@@ -1,0 +1,31 @@
+#include "misc/internal/zntl_SearchPattern.h"
+
+namespace zntl {
+
+void SearchPattern::findBorders() {
+    borders_.reserve(pattern_.size());
+    borders_.push_back(0);
+    for (std::size_t matched = 0; borders_.size() < pattern_.size(); borders_.push_back(matched))
+        matched = advance(matched, pattern_[borders_.size()]);
+}
+
+/// How much of the pattern ends with `next`, if `matched` characters of it ended before.
+std::size_t SearchPattern::advance(std::size_t matched, char next) const {
+    while (matched > 0 && pattern_[matched] != next)
+        matched = borders_[matched - 1];
+    return pattern_[matched] == next ? matched + 1 : 0;
+}
+
+std::size_t SearchPattern::findLong(std::string_view text, std::size_t from) const {
+    for (std::size_t matched = 0; from < text.size(); ++from) {
+        // While nothing matches, it leaps at the speed of the C library.
+        if (matched == 0 && (from = text.find(pattern_.front(), from)) == text.npos)
+            return text.npos;
+        matched = advance(matched, text[from]);
+        if (matched == pattern_.size())
+            return from + 1 - matched;
+    }
+    return text.npos;
+}
+
+} // namespace zntl
