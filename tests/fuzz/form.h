@@ -92,6 +92,7 @@ inline Form formOf(unsigned int type) {
     switch (type) {
     case 501:
     case Label::typeId:
+    case Note::typeId:
         return string("text");
     case 504:
         return number(7);

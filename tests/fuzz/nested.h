@@ -80,6 +80,25 @@ public:
     unsigned int getTypeId() const override { return typeId; }
 };
 
+/// A class that reads a string by hand and does not ask whether its bytes hold one.
+class Note : public Serializable {
+public:
+    static constexpr unsigned int typeId = 905;
+
+    zntl::String text;
+
+    unsigned int getTypeId() const override { return typeId; }
+    std::string getTypeName() const override { return "Note"; }
+    std::string toXML() const override { return toXML("Note"); }
+    std::string toXML(char const* name) const override { return name; }
+    bool fromXML(char const* /*xml*/) override { return false; }
+    unsigned int getBinLength() const override { return text.getBinLength(); }
+    unsigned int toBin(unsigned char* out) const override { return text.toBin(out); }
+    unsigned int fromBin(unsigned char const* data, unsigned int length) override {
+        return text.fromBin(data, length);
+    }
+};
+
 /// A reader of this type; null for a type that none is for.
 inline std::unique_ptr<Serializable> makeReader(unsigned int type) {
     switch (type) {
@@ -99,6 +118,8 @@ inline std::unique_ptr<Serializable> makeReader(unsigned int type) {
         return std::make_unique<Label>();
     case Package::typeId:
         return std::make_unique<Package>();
+    case Note::typeId:
+        return std::make_unique<Note>();
     case 10000 + 501:
         return std::make_unique<znsl::Set<zntl::String>>();
     case 10000 + 815:
@@ -130,6 +151,7 @@ constexpr unsigned int readableTypes[] = {6,
                                           10000 + Entry::typeId,
                                           10000 + Label::typeId,
                                           20000 + 501,
-                                          20000 + 815};
+                                          20000 + 815,
+                                          Note::typeId};
 
 } // namespace fuzz

@@ -120,8 +120,8 @@ inline void readDirectly(unsigned int type, std::string const& payload) {
     std::vector<unsigned char> const exact(payload.begin(), payload.end());
     auto const length = static_cast<unsigned int>(exact.size());
     std::unique_ptr<Serializable> const value = makeReader(type);
-    if (dynamic_cast<zntl::String const*>(value.get()) &&
-        !zntl::String::canReadBin(exact.data(), length))
+    bool const isString = type == Note::typeId || dynamic_cast<zntl::String const*>(value.get());
+    if (isString && !zntl::String::canReadBin(exact.data(), length))
         return;
     if (dynamic_cast<MemIOStream const*>(value.get()) &&
         !MemIOStream::canReadBin(exact.data(), length))

@@ -215,6 +215,18 @@ TYPED_TEST(Handles, ShareTheBufferWithCopies) {
     EXPECT_EQ(first.getReferenceCount(), 3);
 }
 
+TYPED_TEST(Handles, ShareABufferWithoutElementsToo) {
+    long const before = test::liveBlocks();
+    {
+        TypeParam const first(new char[0], 0);
+        TypeParam const second(first);
+        EXPECT_EQ(second.getSize(), 0U);
+        EXPECT_EQ(&*second, &*first);
+        EXPECT_EQ(first.getReferenceCount(), 2);
+    }
+    EXPECT_EQ(test::liveBlocks(), before);
+}
+
 TYPED_TEST(Handles, AreEmptyAfterARelease) {
     TypeParam handle = abc<TypeParam>();
     handle.removeReference();

@@ -6,6 +6,7 @@
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"
+#include "streams/blob.h"
 #include "support/bytes.h"
 #include "support/exception_text.h"
 #include "support/failing_allocation.h"
@@ -124,6 +125,26 @@ TEST(MembersFromBin, PassesEachMemberTheRemainingLength) {
     EXPECT_EQ(Members(pair).fromBin(data.data(), 7), 7U);
     EXPECT_EQ(pair.first.given, 7U);
     EXPECT_EQ(pair.second.given, 0U);
+}
+
+TEST(MembersFromBin, StopAtAMemberThatReportsMoreThanWasLeft) {
+    struct Pair {
+        Integer first{0};
+        test::Blob second{7};
+        Integer third{3};
+
+        void fillSerializable(List& list, Table& /*table*/) const {
+            auto& self = const_cast<Pair&>(*this);
+            list.assign({&self.first, &self.second, &self.third});
+        }
+    };
+    Pair pair;
+    pair.second.reported = 5; // of 4
+    Bytes const bytes = fromHex("01 00 00 00 02 00 00 00");
+    EXPECT_TRUE(test::throws<zntl::Exception>("znsl::Serializable::fromBin() - Failed!",
+                                              [&] { Members(pair).fromBin(bytes.data(), 8); }));
+    EXPECT_EQ(pair.first.getValue(), 1);
+    EXPECT_EQ(pair.third.getValue(), 3);
 }
 
 TEST(Members, OfAnEmptyListHaveEmptyForms) {

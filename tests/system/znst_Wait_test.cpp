@@ -259,16 +259,27 @@ TEST(WaitExclusive, IsWaitWithTheSameTimeout) {
     EXPECT_EQ(log, (Log{"a(12)", "a(4294967295)"}));
 }
 
+/// An object that tells exclusive waiting apart.
+class Exclusive : public Object {
+public:
+    using Object::Object;
+    unsigned int waitExclusive(unsigned int /*timeout*/) const override { return 9; }
+};
+
 TEST(WaitExclusive, CanBeToldApartBySubclasses) {
-    struct Exclusive : Object {
-        using Object::Object;
-        unsigned int waitExclusive(unsigned int /*timeout*/) const override { return 9; }
-    };
     Log log;
     Exclusive const object(log, "a", 5);
     WaitObject const& base = object;
     EXPECT_EQ(base.waitExclusive(1), 9U);
     EXPECT_EQ(base.wait(1), 5U);
+}
+
+TEST(WaitExclusive, IsNotHowSeveralObjectsArePolled) {
+    Log log;
+    Exclusive object(log, "a", 5);
+    unsigned int index = 7;
+    EXPECT_EQ(Wait({&object}, withoutLimit, index), 5U);
+    EXPECT_EQ(index, 0U);
 }
 
 } // namespace
