@@ -14,7 +14,7 @@ bool staysWithin(Serializable const& object, unsigned char const* data, unsigned
         return zntl::String::canReadBin(data, length);
     if (dynamic_cast<MemIOStream const*>(&object))
         return MemIOStream::canReadBin(data, length);
-    lastCautiousClass.store(&typeid(object), std::memory_order_relaxed);
+    lastCautiousClass().store(&typeid(object), std::memory_order_relaxed);
     return true;
 }
 
