@@ -52,13 +52,13 @@ DomIterator DomIterator::parse(zntl::String const& document) {
         return root;
     if (auto read = readDocument(document)) {
         store(root.text_, {read.get(), read->firstChild(0), Position::onRoot});
-        read.release(); // its iterators own it
+        static_cast<void>(read.release()); // its iterators own it
     }
     return root;
 }
 
-DomIterator DomIterator::parse(zntl::String const& document, zntl::String const& dtd) {
-    return dtd.empty() ? parse(document) : parse(addDTD(document, dtd));
+DomIterator DomIterator::parse(zntl::String const& document, zntl::String const& doctype) {
+    return doctype.empty() ? parse(document) : parse(addDTD(document, doctype));
 }
 
 DomIterator DomIterator::childrenBegin() const {

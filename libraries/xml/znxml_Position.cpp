@@ -19,6 +19,9 @@ void forget() {
 }
 
 struct AtThreadEnd {
+    AtThreadEnd() = default;
+    AtThreadEnd(AtThreadEnd const&) = delete;
+    AtThreadEnd& operator=(AtThreadEnd const&) = delete;
     ~AtThreadEnd() {
         forget();
         threadHasEnded = true;

@@ -41,7 +41,8 @@ struct Position {
 
 constexpr unsigned int kindShift = 30;
 static_assert(maxDocumentSize / sizeof "<a/>" < Index{1} << kindShift, "an index leaves two bits");
-constexpr std::size_t storedSize = sizeof(Document const*) + sizeof(Index);
+constexpr std::size_t pointerSize = sizeof(void const*);
+constexpr std::size_t storedSize = pointerSize + sizeof(Index);
 
 /// Counts one owner more.
 inline void own(Document const& document) {
@@ -55,8 +56,8 @@ inline Position load(zntl::String const& storage) {
     if (storage.empty())
         return position;
     Index index;
-    std::memcpy(&position.document, storage.data(), sizeof position.document);
-    std::memcpy(&index, storage.data() + sizeof position.document, sizeof index);
+    std::memcpy(&position.document, storage.data(), pointerSize);
+    std::memcpy(&index, storage.data() + pointerSize, sizeof index);
     position.element = index & ((Index{1} << kindShift) - 1);
     position.kind = static_cast<Position::Kind>(index >> kindShift);
     return position;
@@ -68,8 +69,8 @@ inline void store(zntl::String& storage, Position const& position) {
     storage.resize(position.document ? storedSize : 0);
     if (position.document) {
         Index const index = position.element | position.kind << kindShift;
-        std::memcpy(storage.data(), &position.document, sizeof position.document);
-        std::memcpy(storage.data() + sizeof position.document, &index, sizeof index);
+        std::memcpy(storage.data(), &position.document, pointerSize);
+        std::memcpy(storage.data() + pointerSize, &index, sizeof index);
     }
     if (before == position.document)
         return;

@@ -1,6 +1,7 @@
 #include "znxml_Builder.h"
 #include "znxml_readers.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -131,13 +132,12 @@ private:
         };
         constexpr std::array<Entity, 5> entities{
             {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&apos;", "'"}, {"&quot;", "\""}}};
-        for (auto const& [reference, text] : entities) {
-            if (skip(reference)) {
-                builder_.addText(text);
-                return true;
-            }
-        }
-        return false;
+        return std::any_of(entities.begin(), entities.end(), [this](Entity const& entity) {
+            bool const isThis = skip(entity.reference);
+            if (isThis)
+                builder_.addText(entity.text);
+            return isThis;
+        });
     }
 
     bool readCharacter() {
