@@ -128,6 +128,8 @@ String String::encodeHtml(String const& text) {
 // One pass with the result of five, "&amp;" first: an "&", decoded or not, begins another entity
 // exactly when what follows it in the text is that entity's tail.
 String String::decodeHtml(String const& text) {
+    if (text.find('&') == npos)
+        return text; // spares the filling of a new one
     String decoded(text.size(), '\0');
     std::string_view rest = text;
     char* out = moveToAmpersand(rest, decoded.data());
