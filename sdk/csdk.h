@@ -89,6 +89,7 @@ int csdk_deinit(void);
  * differently must not build the program. An array of negative size stops even a
  * compiler without static_assert, and its name states the requirement. */
 /** @cond */
+/* NOLINTNEXTLINE(bugprone-macro-parentheses): `fact` is the name that is declared */
 #define CSDK_REQUIRE(fact, condition) typedef char fact[(condition) ? 1 : -1]
 CSDK_REQUIRE(csdk_is_20_bytes, sizeof(struct csdk_state) == 20);
 CSDK_REQUIRE(csdk_handle_is_the_first_word, offsetof(struct csdk_state, handle) == 0);

@@ -33,7 +33,7 @@ constexpr std::size_t zeros = sizeof(LengthField) + 1;
 /// file is checked first. From a pipe or a device the memory grows with the bytes that arrive, so
 /// that a length field alone cannot claim memory.
 std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField length) {
-    constexpr std::uint64_t firstBlock = 64 * 1024;
+    constexpr std::uint64_t firstBlock = 65536;
     std::optional<std::uint64_t> const fileSize = file.size();
     if (fileSize && *fileSize < std::uint64_t{headerSize} + length)
         return nullptr;

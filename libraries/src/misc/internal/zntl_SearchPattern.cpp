@@ -20,12 +20,12 @@ std::size_t SearchPattern::findLong(std::string_view text, std::size_t from) con
     for (std::size_t matched = 0; from < text.size(); ++from) {
         // While nothing matches, it leaps at the speed of the C library.
         if (matched == 0 && (from = text.find(pattern_.front(), from)) == text.npos)
-            return text.npos;
+            return std::string_view::npos;
         matched = advance(matched, text[from]);
         if (matched == pattern_.size())
             return from + 1 - matched;
     }
-    return text.npos;
+    return std::string_view::npos;
 }
 
 } // namespace zntl

@@ -20,7 +20,7 @@ public:
     /// The first occurrence in `text` at or after `from`, as std::string_view::find.
     std::size_t findIn(std::string_view text, std::size_t from = 0) const {
         if (from > text.size() || text.size() - from < pattern_.size())
-            return text.npos;
+            return std::string_view::npos;
         if (pattern_.empty())
             return from;
         return isShort() ? findShort(text, from) : findLong(text, from);
@@ -49,7 +49,7 @@ inline std::size_t SearchPattern::findShort(std::string_view text, std::size_t f
     for (char const* at = text.data() + from;; ++at) {
         at = traits::find(at, static_cast<std::size_t>(end - at), pattern_.front());
         if (!at)
-            return text.npos;
+            return std::string_view::npos;
         // Most places that start like the pattern end otherwise, which saves a call.
         if (at[tail] == pattern_.back() && traits::compare(at, pattern_.data(), tail) == 0)
             return static_cast<std::size_t>(at - text.data());
