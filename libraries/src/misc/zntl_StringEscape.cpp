@@ -30,30 +30,34 @@ std::size_t findMarkup(std::string_view text) {
 /// An entity without its "&".
 constexpr std::string_view tailOf(Escape const& escape) { return escape.entity.substr(1); }
 
-/// What a character is encoded as, after the character itself or the "&" that replaces it, in a
-/// size that is copied in one step.
+/// The rest of an encoded character, after the character itself or the "&" that replaces it. Its
+/// fixed size is copied in one step.
 struct Tail {
     char text[7];
     unsigned char length;
 };
 
 /// The tails of all entities; the first one is that of a character that stays.
-constexpr auto tails = [] {
+constexpr std::array<Tail, 1 + escapes.size()> listTails() {
     std::array<Tail, 1 + escapes.size()> all{};
     for (std::size_t i = 0; i < escapes.size(); ++i) {
         for (char const c : tailOf(escapes[i]))
             all[1 + i].text[all[1 + i].length++] = c;
     }
     return all;
-}();
+}
 
-/// Where each character's tail is.
-constexpr auto tailIndexes = [] {
+constexpr auto tails = listTails();
+
+/// The index of each character's tail.
+constexpr std::array<unsigned char, 1 + UCHAR_MAX> indexTails() {
     std::array<unsigned char, 1 + UCHAR_MAX> all{};
     for (std::size_t i = 0; i < escapes.size(); ++i)
         all[static_cast<unsigned char>(escapes[i].character)] = static_cast<unsigned char>(1 + i);
     return all;
-}();
+}
+
+constexpr auto tailIndexes = indexTails();
 
 constexpr std::size_t blockSize = 256;
 

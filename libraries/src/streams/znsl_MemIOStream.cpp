@@ -356,7 +356,7 @@ void MemIOStream::raiseUnwritable() {
     constexpr int line = 262;
     constexpr char const* fault = "couldn't convert object to binary data";
     try {
-        throw;
+        throw; // cppcheck-suppress rethrowNoCurrentException; called while one is handled
     } catch (std::bad_alloc const&) {
         throw OutOfMemory(locate(line, fault));
     } catch (OutOfMemory const&) {
