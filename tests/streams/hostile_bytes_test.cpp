@@ -146,7 +146,7 @@ std::vector<Bytes> payloads() {
         for (std::uint32_t const length : lengths) {
             Bytes const header = recordHeader(501, length);
             Bytes const field(header.begin() + 4, header.end());
-            for (std::size_t const rest : {0, 1, 4, 5, 30}) {
+            for (std::size_t const rest : {0U, 1U, 4U, 5U, 30U}) {
                 for (int const filler : {0x00, 0x61}) {
                     all.push_back(concat(
                         start, concat(field, Bytes(rest, static_cast<unsigned char>(filler)))));
@@ -173,7 +173,7 @@ TEST(HostileBytes, AreReadOrRefusedFromARecord) {
     for (auto const& reader : readers()) {
         for (Bytes const& payload : payloads()) {
             Bytes const whole = record(reader->getTypeId(), payload);
-            for (std::size_t const missing : {0, 1}) {
+            for (std::size_t const missing : {0U, 1U}) {
                 if (missing > payload.size())
                     continue;
                 Bytes const content(whole.begin(),

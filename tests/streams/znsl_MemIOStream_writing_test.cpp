@@ -258,7 +258,7 @@ struct Use {
     char const* name;
     void (*use)(MemIOStream& stream);
 
-    friend std::ostream& operator<<(std::ostream& out, Use const& use) { return out << use.name; }
+    friend std::ostream& operator<<(std::ostream& out, Use const& row) { return out << row.name; }
 };
 
 void appendMuch(MemIOStream& stream) { stream << Blob(10, Bytes(1000, 0xAB)); }
