@@ -116,6 +116,7 @@ void assignPrinted(std::string& text, char const* format, void* args) {
 
 } // namespace
 
+// NOLINTNEXTLINE(misc-no-recursion): one step
 String String::fromVAList(char const* format, void* args) {
     String text;
     if (!format)
@@ -133,6 +134,7 @@ String String::fromVAList(char const* format, void* args) {
     return text;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): one step
 String String::fromFormat(char const* format, ...) {
     std::va_list args;
     va_start(args, format);

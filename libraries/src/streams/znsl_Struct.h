@@ -108,6 +108,7 @@ constexpr bool isXmlName(char const* name) {
 
 /// Whether the library has a class of this type id, or a set of one.
 constexpr bool isTaken(unsigned int typeId) {
+    // NOLINTNEXTLINE(readability-use-anyofallof): not constexpr before C++20
     for (unsigned int const taken : {1U, 6U, 501U, 504U, 815U}) {
         if (typeId == taken || typeId == 10000 + taken)
             return true;
@@ -137,6 +138,7 @@ template <class Names>
 constexpr std::size_t rankOf(char const* name, Names const& names) {
     std::size_t rank = 0;
     for (char const* const other : names)
+        // NOLINTNEXTLINE(readability-suspicious-call-argument): either order is right
         rank += other && isLess(other, name) ? 1 : 0;
     return rank;
 }

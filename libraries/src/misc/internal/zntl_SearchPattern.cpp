@@ -19,7 +19,7 @@ std::size_t SearchPattern::advance(std::size_t matched, char next) const {
 std::size_t SearchPattern::findLong(std::string_view text, std::size_t from) const {
     for (std::size_t matched = 0; from < text.size(); ++from) {
         // While nothing matches, it leaps at the speed of the C library.
-        if (matched == 0 && (from = text.find(pattern_.front(), from)) == text.npos)
+        if (matched == 0 && (from = text.find(pattern_.front(), from)) == std::string_view::npos)
             return std::string_view::npos;
         matched = advance(matched, text[from]);
         if (matched == pattern_.size())
