@@ -123,7 +123,7 @@ FAULTS = (
     ('one good and one bad', listing('160x120', '160x'), MALFORMED),
 )
 
-# The contrast of every visible text with what is behind it, the lowest first.
+# The contrast of every visible text with its background, the lowest first.
 CONTRASTS = r'''
 const numbers = colour => colour.match(/[\d.]+/g).map(Number);
 const luminance = colour => numbers(colour).slice(0, 3)

@@ -15,6 +15,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdlib>
 #include <random>
 #include <stdexcept>
@@ -429,13 +430,11 @@ public:
     unsigned int getBinLength() const override { return 1000; }
 };
 
+#if SIZE_MAX <= 0xFFFFFFFF // a larger address space allows every width
 TEST(String, PadEndRefusesAWidthThatNoStringCanHave) {
-    if (String().max_size() < UINT_MAX) {
-        EXPECT_THROW(String("a").padEnd(UINT_MAX, '*'), std::length_error);
-    } else {
-        GTEST_SKIP() << "every width is possible on this machine";
-    }
+    EXPECT_THROW(String("a").padEnd(UINT_MAX, '*'), std::length_error);
 }
+#endif
 
 TEST(String, IsOfType501) { EXPECT_EQ(String().getTypeId(), 501U); }
 

@@ -67,7 +67,7 @@ Bytes bytesOf(Records const& records) {
     return bytes;
 }
 
-/// What a memory stream is, without its bytes: its buffer and the records in it.
+/// A memory stream without its bytes: its buffer and the records in it.
 struct Model {
     Records records;
     test::BufferModel buffer;

@@ -38,7 +38,7 @@ void serialize(Archive& archive, Size& size) {
 /// std::stringbuf cannot. A careful user of a stream-based archive would write it.
 class MemoryBuffer : public std::streambuf {
 public:
-    /// What was written becomes what is read.
+    /// The bytes written become the bytes read.
     void turnAround() { setg(pbase(), pbase(), pptr()); }
     void clear() { setp(storage_.data(), storage_.data() + storage_.size()); }
 
