@@ -38,7 +38,10 @@ public:
                                     (directory_ / "warnings");
         std::ignore = std::system(compile.c_str());
         setenv("LOCPATH", directory_.path().c_str(), 1);
-        locale_ = newlocale(LC_NUMERIC_MASK, "comma", locale_t{});
+        // By way of the global locale, because newlocale leaks its copy of LOCPATH.
+        if (setlocale(LC_NUMERIC, "comma"))
+            locale_ = duplocale(LC_GLOBAL_LOCALE);
+        setlocale(LC_NUMERIC, "C");
     }
     CommaLocale(CommaLocale const&) = delete;
     CommaLocale& operator=(CommaLocale const&) = delete;

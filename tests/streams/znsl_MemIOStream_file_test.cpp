@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
@@ -394,7 +395,8 @@ TEST_F(MemIOStreamLoad, IsFalseForTheLargestFileWithoutTheMemoryForIt) {
     EXPECT_FALSE(noMemory.runsOutOfMemory([&] { loaded = stream.load(path.c_str()); }));
     EXPECT_FALSE(loaded);
     EXPECT_EQ(View(stream), before);
-    EXPECT_TRUE(noMemory.happened()) << "the size fits 32 bits";
+    // A machine with 32-bit addresses cannot have a buffer of this size, so it does not try.
+    EXPECT_EQ(noMemory.happened(), sizeof(std::size_t) > 4);
 }
 
 TEST_F(MemIOStreamLoad, IsFalseWhenAnyCallFails) {
