@@ -15,6 +15,8 @@ TOOLCHAIN = os.environ['ZN_TOOLCHAIN']
 EMULATOR = os.environ['ZN_EMULATOR'].split()
 CC, CXX = os.environ['ZN_CC'], os.environ['ZN_CXX']
 NM, READELF = os.environ['ZN_NM'], os.environ['ZN_READELF']
+# The folder with Expat for a cross target, which neither its linker nor its loader searches.
+EXPAT = os.environ['ZN_EXPAT']
 VERSION = os.environ['ZN_VERSION']
 
 # What the consumer prints.
@@ -46,8 +48,8 @@ def build_with_find_package(tree, prefix, *options, project='find_package', prog
 
 
 def configure(sources, tree, *options):
-    toolchain = [f'--toolchain={TOOLCHAIN}'] if TOOLCHAIN else []
-    call(CMAKE, '-S', sources, '-B', tree, '-G', 'Ninja', *toolchain,
+    cross = [f'--toolchain={TOOLCHAIN}', f'-DCMAKE_BUILD_RPATH={EXPAT}'] if TOOLCHAIN else []
+    call(CMAKE, '-S', sources, '-B', tree, '-G', 'Ninja', *cross,
          f'-DCMAKE_C_COMPILER={CC}', f'-DCMAKE_CXX_COMPILER={CXX}', *options)
 
 

@@ -4,7 +4,7 @@ in every order and kind of linking."""
 import os
 import unittest
 
-from installed import (CXX, HERE, NM, READELF, SOURCES, VERSION, WARNINGS, InstalledTest,
+from installed import (CXX, EXPAT, HERE, NM, READELF, SOURCES, VERSION, WARNINGS, InstalledTest,
                        build_project, build_with_find_package, call, needed, run)
 
 READ = '1 42 2\n'
@@ -96,7 +96,8 @@ class PkgConfig(XmlTest):
 
     def build(self, name, *flags):
         program = self.folder / name
-        call(CXX, '-std=c++17', *WARNINGS, HERE / 'reader.cpp', *flags,
+        cross = [f'-L{EXPAT}', f'-Wl,-rpath,{EXPAT}'] if EXPAT else []
+        call(CXX, '-std=c++17', *WARNINGS, HERE / 'reader.cpp', *flags, *cross,
              f'-Wl,-rpath,{self.libraries()}', '-o', program)
         return program
 
