@@ -22,7 +22,7 @@ struct Tag {
     bool selfClosing;
 };
 
-/// What the tags of an element begin with, or are.
+/// The start of every opening tag of an element, and its whole closing tag.
 struct Patterns {
     explicit Patterns(std::string_view name) {
         opening += name;
@@ -34,14 +34,14 @@ struct Patterns {
     std::string closing = "</";
 };
 
-/// Walks the opening tags of an element, from a position on, as if the text ended at a limit that
-/// moves ahead from call to call. What is found out about a text that ends earlier and stays true
-/// when more of it is shown is not looked at again, so a whole walk is linear.
+/// Finds the opening tags of an element, one after another.
 class OpenTagScan {
 public:
     OpenTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
         : text_(text), pattern_(patterns.opening), position_(from) {}
 
+    /// The next tag that ends before `limit`. A tag that ends later is found by a later call, with
+    /// a larger limit. Nothing is scanned twice, so a whole walk is linear.
     bool next(std::size_t limit, Tag& tag);
 
     void moveTo(std::size_t position) { position_ = position; }
@@ -49,53 +49,33 @@ public:
 private:
     std::string_view text_;
     SearchPattern pattern_;
-    std::size_t position_; // no tag that is still to be found starts before it
+    std::size_t position_; // the next tag does not start before it
 };
 
 bool OpenTagScan::next(std::size_t limit, Tag& tag) {
-    std::string_view const shown = text_.substr(0, limit);
-    while (true) {
-        tag.start = pattern_.findIn(shown, position_);
-        if (tag.start == npos) {
-            // The pattern may still begin in the last characters and go on behind the limit.
-            std::size_t const tail = pattern_.size() - 1;
-            if (shown.size() > tail && position_ < shown.size() - tail)
-                position_ = shown.size() - tail;
-            return false;
+    std::string_view const shown = text_.substr(0, limit + pattern_.size() - 1);
+    std::size_t start;
+    while ((start = pattern_.findIn(shown, position_)) != npos) {
+        std::size_t end = start + pattern_.size();
+        char const next = end < text_.size() ? text_[end] : '\0';
+        bool selfClosing = false;
+        if (isBlank(next) || (next == '/' && text_.substr(end + 1, 1) == ">")) {
+            end = text_.find('>', end);
+            selfClosing = end != npos && text_[end - 1] == '/';
+        } else if (next != '>') {
+            position_ = end;
+            continue;
         }
-        // From here on a tag that is cut off by the limit is looked at again with the next one.
-        position_ = tag.start;
-        tag.end = tag.start + pattern_.size();
-        if (tag.end >= shown.size())
-            return false;
-        char const behindName = shown[tag.end];
-        if (behindName == '>') {
-            tag.selfClosing = false;
-            break;
-        }
-        if (isBlank(behindName)) {
-            tag.end = shown.find('>', tag.end + 1);
-            if (tag.end == npos)
-                return false;
-            tag.selfClosing = shown[tag.end - 1] == '/';
-            break;
-        }
-        if (behindName == '/') {
-            ++tag.end;
-            if (tag.end == shown.size())
-                return false;
-            if (shown[tag.end] == '>') {
-                tag.selfClosing = true;
-                break;
-            }
-        }
-        position_ = tag.end; // a longer name, or a "/" within the tag
+        bool const isShown = end < limit;
+        position_ = isShown ? end : start;
+        tag = {start, end, selfClosing};
+        return isShown;
     }
-    position_ = tag.end;
-    return true;
+    position_ = std::max(position_, limit);
+    return false;
 }
 
-/// Walks the closing tags of an element.
+/// Finds the closing tags of an element, one after another.
 class CloseTagScan {
 public:
     CloseTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
@@ -135,27 +115,26 @@ bool findMatchingCloseTag(std::string_view text, std::size_t from, Patterns cons
 }
 
 struct Element {
-    std::size_t start = 0;
-    std::size_t end = npos; // after the ">" of its last tag, once it is closed
+    std::size_t start;
+    std::size_t end;       // the position after its last tag; npos until it is closed
+    std::size_t enclosing; // the index of the innermost element that is open around it, or npos
 };
 
-/// All elements of the name, those inside others too, in the order of their opening tags. A stack
-/// gives each closing tag its innermost open element, so that unclosed ones cost no more.
+/// Finds all elements of the name, nested ones too, in the order of their opening tags. The open
+/// elements form a stack, from which each closing tag takes the innermost. So unclosed elements
+/// cost no more than others.
 std::vector<Element> findElements(std::string_view text, std::string_view name) {
     Patterns const patterns(name);
-    // Tags of such a name can overlap, and then it matters where a search starts.
+    // Closing tags of such a name can overlap, so it matters where their search starts.
     bool const canOverlap = name.find('<') != npos && name.find('>') != npos;
     std::vector<Element> elements;
-    std::vector<std::size_t> open; // which of them are not closed yet, the innermost last
+    std::size_t innermost = npos; // the top of the stack
     OpenTagScan opens(text, patterns, 0);
     CloseTagScan closes(text, patterns, 0);
     auto const enter = [&](Tag const& tag) {
+        elements.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost});
         if (!tag.selfClosing)
-            open.push_back(elements.size());
-        Element& element = elements.emplace_back();
-        element.start = tag.start;
-        if (tag.selfClosing)
-            element.end = tag.end + 1;
+            innermost = elements.size() - 1;
     };
     auto const enterUntil = [&](std::size_t limit) {
         Tag tag;
@@ -165,21 +144,19 @@ std::vector<Element> findElements(std::string_view text, std::string_view name) 
     Tag first;
     while (opens.next(text.size(), first)) {
         std::size_t const outermost = elements.size();
-        open.clear();
         enter(first);
-        if (first.selfClosing)
-            continue;
         closes.moveTo(first.end + 1);
         Tag close = first;
-        while (!open.empty() && closes.next(close)) {
+        while (innermost != npos && closes.next(close)) {
             enterUntil(close.start);
-            elements[open.back()].end = close.end + 1;
-            open.pop_back();
+            elements[innermost].end = close.end + 1;
+            innermost = elements[innermost].enclosing;
         }
-        if (open.empty()) {
+        if (innermost == npos) {
             opens.moveTo(close.end + 1);
         } else if (canOverlap) {
             elements.resize(outermost);
+            innermost = npos;
             opens.moveTo(first.end + 1);
         } else {
             enterUntil(text.size()); // no closing tag is left

@@ -1,9 +1,11 @@
+#include "misc/internal/zntl_bytes.h"
 #include "misc/zntl_String.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -27,54 +29,57 @@ std::size_t findMarkup(std::string_view text) {
     return text.size();
 }
 
-/// An entity without its "&".
-constexpr std::string_view tailOf(Escape const& escape) { return escape.entity.substr(1); }
-
-/// The rest of an encoded character, after the character itself or the "&" that replaces it. Its
-/// fixed size is copied in one step.
-struct Tail {
-    char text[7];
+/// How a character is encoded, in a size that is copied in one step.
+struct Encoding {
+    char text[7]; // the first byte is XORed with the character
     unsigned char length;
 };
 
-/// The tails of all entities; the first one is that of a character that stays.
-constexpr std::array<Tail, 1 + escapes.size()> listTails() {
-    std::array<Tail, 1 + escapes.size()> all{};
+/// Encoding 0 is that of every character that stays as it is.
+constexpr std::array<Encoding, 1 + escapes.size()> listEncodings() {
+    std::array<Encoding, 1 + escapes.size()> all{{{{}, 1}}};
     for (std::size_t i = 0; i < escapes.size(); ++i) {
-        for (char const c : tailOf(escapes[i]))
-            all[1 + i].text[all[1 + i].length++] = c;
+        Encoding& encoding = all[1 + i];
+        for (char const c : escapes[i].entity)
+            encoding.text[encoding.length++] = c;
+        encoding.text[0] = static_cast<char>(encoding.text[0] ^ escapes[i].character);
     }
     return all;
 }
 
-constexpr auto tails = listTails();
-
-/// The index of each character's tail.
-constexpr std::array<unsigned char, 1 + UCHAR_MAX> indexTails() {
+/// The index of each character's encoding.
+constexpr std::array<unsigned char, 1 + UCHAR_MAX> indexEncodings() {
     std::array<unsigned char, 1 + UCHAR_MAX> all{};
     for (std::size_t i = 0; i < escapes.size(); ++i)
         all[static_cast<unsigned char>(escapes[i].character)] = static_cast<unsigned char>(1 + i);
     return all;
 }
 
-constexpr auto tailIndexes = indexTails();
+constexpr auto encodings = listEncodings();
+constexpr auto encodingIndexes = indexEncodings();
 
-constexpr std::size_t blockSize = 256;
+constexpr std::size_t blockSize = 128;
 
-/// Appends up to `blockSize` characters encoded. Each is copied in one step of fixed size, and
-/// no branch depends on whether it is markup.
-void appendEncoded(std::string& encoded, std::string_view text) {
-    char block[blockSize * (1 + sizeof(Tail))];
+/// Appends up to `blockSize` characters encoded; returns whether one of them is markup. Each
+/// character takes the same few steps, with one store and no branch.
+bool appendEncoded(std::string& encoded, std::string_view text) {
+    auto const firstByte = loadNative<std::uint64_t>("\1\0\0\0\0\0\0");
+    char block[blockSize * sizeof(Encoding)];
     char* out = block;
     for (char const c : text) {
-        unsigned char const index = tailIndexes[static_cast<unsigned char>(c)];
-        *out++ = index == 0 ? c : '&';
-        Tail const& tail = tails[index];
-        std::memcpy(out, &tail, sizeof tail);
-        out += tail.length;
+        auto const byte = static_cast<unsigned char>(c);
+        Encoding const& encoding = encodings[encodingIndexes[byte]];
+        std::uint64_t const characters = loadNative<std::uint64_t>(&encoding) ^ (firstByte * byte);
+        std::memcpy(out, &characters, sizeof characters);
+        out += encoding.length;
     }
-    encoded.append(block, static_cast<std::size_t>(out - block));
+    auto const length = static_cast<std::size_t>(out - block);
+    encoded.append(block, length);
+    return length > text.size();
 }
+
+/// An entity without its "&".
+constexpr std::string_view tailOf(Escape const& escape) { return escape.entity.substr(1); }
 
 /// Takes `part` off the start of the text; false when it does not start with it.
 bool take(std::string_view& text, std::string_view part) {
@@ -107,22 +112,22 @@ char* moveToAmpersand(std::string_view& text, char* out) {
 
 } // namespace
 
-// Where one character is markup, others are near, and a block is encoded whole. Where a block has
-// none, the next one may be far, and the text up to there is copied.
+// A search finds the next markup character, in a limited range so that encoding stays linear.
+// Others are usually near, so whole blocks go through the table until one has no markup.
 String String::encodeHtml(String const& text) {
-    constexpr std::size_t farthest = 4 * blockSize;
+    constexpr std::size_t searchRange = 32 * blockSize;
     String encoded;
     std::string_view rest = text;
     while (!rest.empty()) {
-        std::size_t const clean = findMarkup(rest.substr(0, farthest));
-        if (clean >= blockSize || clean == rest.size()) {
-            encoded.reserve(text.size());
-            encoded.append(rest, 0, clean);
-            rest.remove_prefix(clean);
-        } else {
-            encoded.reserve(2 * text.size());
+        std::string_view const range = rest.substr(0, searchRange);
+        std::size_t const clean = findMarkup(range);
+        if (encoded.empty())
+            encoded.reserve(clean == range.size() ? text.size() : 2 * text.size());
+        encoded.append(range, 0, clean);
+        rest.remove_prefix(clean);
+        for (bool hasMarkup = true; hasMarkup && !rest.empty();) {
             std::string_view const block = rest.substr(0, blockSize);
-            appendEncoded(encoded, block);
+            hasMarkup = appendEncoded(encoded, block);
             rest.remove_prefix(block.size());
         }
     }

@@ -126,21 +126,26 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
 
 std::vector<String> String::tokenize(String const& separators, String const& quotes) const {
     std::vector<unsigned int> const cuts = findAll(separators, quotes);
-    std::vector<String> pieces;
-    pieces.reserve(std::min(cuts.size() + 1, usual));
-    // A piece ends at its first NUL. Most texts have none, and then no piece is searched for one.
-    bool const hasNul = find('\0') != npos;
-    auto const add = [&](std::size_t start, std::size_t end) {
-        char const* const piece = data() + start;
-        if (start < end)
-            pieces.emplace_back(piece, hasNul ? strnlen(piece, end - start) : end - start);
+    auto const forEachPiece = [&](auto visit) {
+        std::size_t start = 0;
+        for (std::size_t i = 0; i <= cuts.size(); ++i) {
+            std::size_t const end = i < cuts.size() ? cuts[i] : size();
+            if (start < end)
+                visit(start, end - start);
+            start = end + 1;
+        }
     };
-    std::size_t start = 0;
-    for (std::size_t const cut : cuts) {
-        add(start, cut);
-        start = cut + 1;
-    }
-    add(start, size());
+    std::size_t count = 0;
+    forEachPiece([&](std::size_t, std::size_t) { ++count; });
+    std::vector<String> pieces;
+    pieces.reserve(count);
+    // A piece ends at its first NUL. Few strings have one, so the pieces of others are not
+    // searched.
+    bool const hasNul = find('\0') != npos;
+    forEachPiece([&](std::size_t start, std::size_t length) {
+        char const* const piece = data() + start;
+        pieces.emplace_back(piece, hasNul ? strnlen(piece, length) : length);
+    });
     return pieces;
 }
 

@@ -28,7 +28,7 @@ public:
 
 private:
     // Compared at every position, a pattern this short is found in linear time, too, and faster.
-    bool isShort() const { return pattern_.size() <= 16; }
+    bool isShort() const { return pattern_.size() <= 64; }
     std::size_t findShort(std::string_view text, std::size_t from) const;
 
     // The search of Knuth, Morris and Pratt, which never goes back in the text.

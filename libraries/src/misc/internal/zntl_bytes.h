@@ -13,7 +13,7 @@ unsigned char* storeNative(unsigned char* out, Number value) {
 
 /// Reads a number in the machine's byte order from any address.
 template <class Number>
-Number loadNative(unsigned char const* data) {
+Number loadNative(void const* data) {
     Number value;
     std::memcpy(&value, data, sizeof value);
     return value;
