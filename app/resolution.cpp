@@ -1,5 +1,5 @@
-// A CGI program that lists the camera's small resolutions: an HTTP header and one line of JSON, in
-// ascending order. The first one is the default.
+// A CGI program that lists the camera's small resolutions in ascending order. It prints an HTTP
+// header and one line of JSON, in which the first resolution is marked as the default.
 
 #include "csdk.h"
 #include "streams/znsl_Set.h"
@@ -23,8 +23,8 @@ void fillSettings() {
     csdk_settings.option = 1;
 }
 
-/// Contract: the comparison is unsigned, so a negative width or height counts as huge, although the
-/// set orders signed numbers.
+/// Contract: the comparison is unsigned, so sizes with a negative width or height are not listed,
+/// although the set orders signed numbers. Clients expect the same list from every version.
 bool isSmall(int width, int height) {
     return static_cast<unsigned int>(width) <= maxWidth &&
            static_cast<unsigned int>(height) <= maxHeight;
@@ -34,7 +34,7 @@ Resolutions collectSmallResolutions() {
     Resolutions resolutions;
     int width = 0;
     int height = 0;
-    // Reads the handle for each call, because the SDK may change it at any call.
+    // Reads csdk.handle again for each call, because any call of the SDK may change it.
     while (csdk_next_resolution(csdk.handle, &width, &height) == 0) {
         if (isSmall(width, height))
             resolutions.insert(znvl::Resolution(width, height));

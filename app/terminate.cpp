@@ -1,13 +1,13 @@
 // Replaces the C++ runtime's handler for uncaught exceptions, which prints the exception's name.
-// That needs the name demangler: a third of the program, and many symbols for the loader to bind at
-// every start. Nobody reads a camera's standard error, so this handler only ends the program
-// abnormally.
+// For that it needs the name demangler, which is a third of the program and has many symbols that
+// the loader binds at every start. Nobody reads a camera's standard error, so this handler only
+// calls abort().
 
 #include <cstdlib>
 
 namespace __gnu_cxx {
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the name is the runtime's
+// NOLINTBEGIN(bugprone-reserved-identifier): the runtime defines the name
 
 void __verbose_terminate_handler();
 

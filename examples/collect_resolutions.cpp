@@ -1,5 +1,5 @@
 // Collects resolutions in a set and saves it in a file together with objects of other types. Then
-// reads the file like a program that does not know all of these types.
+// reads the file as a program would that does not know all of these types.
 //
 //     collect_resolutions FILE
 
@@ -43,8 +43,8 @@ bool load(char const* path) {
     if (!stream.load(path))
         return false;
 
-    // The first two objects identify the file. `peek` leaves them in the stream until both have
-    // been checked. (The arguments after the count must be pointers to exactly this class.)
+    // The first two objects identify the file. `checkTypes` and `peek` leave them in the stream.
+    // (Arguments after the count must have exactly the type znsl::Serializable*.)
     zntl::Integer format;
     zntl::String place;
     znsl::Serializable* const first = &format;

@@ -11,7 +11,7 @@ records.
 import struct
 import sys
 
-BYTE_ORDER = "<"  # that of the machine which wrote the file: all supported ones are little-endian
+BYTE_ORDER = "<"  # little-endian, as on all machines that the library supports
 MAX_DEPTH = 16    # of streams within streams
 
 

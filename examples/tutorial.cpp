@@ -45,7 +45,7 @@ void useResolutions() {
 // [resolution]
 
 // [class]
-/// Where a camera hangs: a value that can be stored.
+/// The place of a camera: a value that can be stored.
 class Place : public znsl::Struct<Place> {
 public:
     zntl::Integer floor = 0;
@@ -93,7 +93,7 @@ void useStreams(char const* path) {
     Place place;
     znvl::Resolution size;
     in >> place;
-    in.skip(); // whatever it is
+    in.skip(); // an object of any type
     in >> size;
     std::cout << place.toXML() << ' ' << size.toNameString()
               << (in.isEOF() ? ", complete\n" : "\n");

@@ -1,14 +1,13 @@
 /// @file
-/// The part of the camera SDK's interface that the program uses: libsdk.so
-/// exports two records and three functions. Compiles as C (C99 and later) and as
-/// C++ (C++98 and later).
+/// The part of the camera SDK's interface that the program uses: two records
+/// and three functions, which libsdk.so exports. Compiles as C (C99 and later)
+/// and as C++ (C++98 and later).
 ///
-/// Contract: the record sizes are part of the program's binary and must match
-/// the library's. The program refers to both records by name and is linked as a
-/// fixed-address executable (-no-pie), so the loader copies them into the
-/// program and binds the library to the copies.
+/// Contract: the sizes of the records must be those in the libsdk.so of every
+/// camera. The program is linked as a fixed-address executable (-no-pie), so the
+/// loader copies both records into the program and binds libsdk.so to the copies.
 ///
-/// A session consists of these steps: fill the settings, call csdk_init(), call
+/// A session has four steps: fill in the settings, call csdk_init(), call
 /// csdk_next_resolution() until it returns non-zero, call csdk_deinit(). Use one
 /// thread and one session at a time.
 #ifndef CSDK_H
@@ -35,7 +34,7 @@ enum { CSDK_FLAGS_OPTION = 0x80 };
 
 /// Settings that csdk_init() reads. 40 bytes on every machine.
 ///
-/// The library defines the initial contents. Change the named fields only. The
+/// libsdk.so defines the initial contents. Change only the named fields. The
 /// reserved bytes and the other bits of `flags` belong to the SDK.
 struct csdk_settings_record {
     /// Name of the application, NUL-terminated. Must stay valid for the session.
@@ -71,23 +70,23 @@ extern struct csdk_settings_record csdk_settings;
 ///         so do not call csdk_deinit().
 int csdk_init(void);
 
-/// Delivers the next resolution of the camera. The SDK chooses the order, which
-/// may be unsorted, and may deliver a resolution more than once.
+/// Returns the next resolution of the camera. The SDK chooses the order. It may
+/// return a resolution more than once.
 ///
 /// @param handle  the current value of `csdk.handle`
 /// @param width   receives the width in pixels
 /// @param height  receives the height in pixels
-/// @return 0 when it delivered a resolution. Any other value, negative ones
-///         included, ends the list; `width` and `height` are then unspecified.
+/// @return 0 if there is a resolution. Any other value, including a negative
+///         one, ends the list; `width` and `height` are then unspecified.
 int csdk_next_resolution(int handle, int* width, int* height);
 
-/// Ends the session that csdk_init() began and releases its resources. A program
-/// can ignore the result: there is nothing left to do after a failure.
+/// Ends the session that csdk_init() started, and releases its resources. The
+/// result can be ignored, because a program cannot react to a failure.
 int csdk_deinit(void);
 
-/* The SDK was compiled with this layout. A compiler that lays the records out
- * differently must not build the program. An array of negative size stops even a
- * compiler without static_assert, and its name states the requirement. */
+/* The SDK was compiled with this layout, so a compiler with a different one must
+ * not build the program. Even compilers without static_assert reject an array of
+ * negative size, and their error message contains the array's name. */
 /** @cond */
 /* NOLINTNEXTLINE(bugprone-macro-parentheses): `fact` is the name that is declared */
 #define CSDK_REQUIRE(fact, condition) typedef char fact[(condition) ? 1 : -1]
@@ -95,7 +94,7 @@ CSDK_REQUIRE(csdk_is_20_bytes, sizeof(struct csdk_state) == 20);
 CSDK_REQUIRE(csdk_handle_is_the_first_word, offsetof(struct csdk_state, handle) == 0);
 CSDK_REQUIRE(csdk_numbers_are_32_bit, sizeof(int) == 4);
 CSDK_REQUIRE(csdk_settings_is_40_bytes, sizeof(struct csdk_settings_record) == 40);
-/* At 0, 4, 8, 12 and 13 on 32-bit machines. */
+/* The offsets are 0, 4, 8, 12 and 13 on 32-bit machines. */
 CSDK_REQUIRE(csdk_settings_fields_follow_one_another,
              offsetof(struct csdk_settings_record, application_name) == 0 &&
                  offsetof(struct csdk_settings_record, vendor_name) == sizeof(void*) &&

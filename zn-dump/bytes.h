@@ -6,7 +6,7 @@
 
 namespace dump {
 
-/// A part of a file, with its position in the file.
+/// A part of a file and its offset in the file. Does not own the bytes.
 class Bytes {
 public:
     Bytes(unsigned char const* data, std::size_t size, std::size_t offset = 0)
@@ -16,13 +16,14 @@ public:
     std::size_t size() const { return size_; }
     std::size_t offset() const { return offset_; }
 
-    /// The part from `position` on, of at most `size` bytes. `position` is at most `size()`.
+    /// At most `size` bytes from `position` on. Precondition: `position` is at most `size()`.
     Bytes part(std::size_t position, std::size_t size = SIZE_MAX) const {
         std::size_t const rest = size_ - position;
         return {data_ + position, size < rest ? size : rest, offset_ + position};
     }
 
-    /// The number at `position`, in the machine's byte order. Precondition: enough bytes follow.
+    /// The number at `position`, in the machine's byte order. Precondition: all its bytes are in
+    /// the part.
     template <class Number>
     Number numberAt(std::size_t position) const {
         Number number;

@@ -97,13 +97,13 @@ void JsonListing::damage(std::size_t offset, std::string const& what) {
     std::fputc('}', out_);
 }
 
-/// Begins another element of an array.
+/// Begins the next element of an array.
 void JsonListing::next() {
     std::fputs(isFirst_ ? "\n" : ",\n", out_);
     isFirst_ = false;
 }
 
-/// Begins the object of a value with the members that all values have.
+/// Begins the JSON object of a value and prints the members that all values have.
 void JsonListing::begin(Entry const& entry) {
     next();
     std::fprintf(out_, "{\"offset\": %zu, \"type\": %u, \"name\": ", entry.offset, entry.typeId);

@@ -7,7 +7,7 @@
 
 namespace dump {
 
-/// Prints one JSON array with an object for each file. The destructor completes the document.
+/// Prints a JSON array with an object for each file. The destructor prints the end of the array.
 class JsonListing : public Listing {
 public:
     /// Prints to `out`, which must outlive the listing.
@@ -38,7 +38,7 @@ private:
     void hex(unsigned char const* data, std::size_t size);
 
     std::FILE* out_;
-    bool isFirst_ = true; // in its array
+    bool isFirst_ = true; // whether the next element is the first of its array
     bool isDamaged_ = false;
 };
 

@@ -44,7 +44,7 @@ int misused(char const* fault, char const* argument) {
     return failed;
 }
 
-constexpr std::size_t maxFileSize = UINT32_MAX; // the library loads no larger ones
+constexpr std::size_t maxFileSize = UINT32_MAX; // the library cannot load larger files
 
 /// Reads a whole file. Sets errno on failure.
 bool readAll(std::FILE* file, std::vector<unsigned char>& content) {
@@ -104,7 +104,7 @@ Status run(Options const& options) {
     return dumpFiles(options, listing);
 }
 
-/// Returns whether all output was written; reports an error otherwise.
+/// Returns `status` if all output was written; otherwise prints an error and returns `failed`.
 int finish(int status) {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
         return status;

@@ -58,7 +58,7 @@ int readInteger(Bytes const& payload) {
     return integer.getValue();
 }
 
-/// The records of a stream's binary form; nothing when they are truncated.
+/// Returns the records in the binary form of a stream; nothing if they are truncated.
 std::optional<Bytes> contentOf(Bytes const& payload) {
     if (payload.size() < lengthPrefixSize)
         return std::nullopt;
@@ -68,7 +68,7 @@ std::optional<Bytes> contentOf(Bytes const& payload) {
     return payload.part(lengthPrefixSize, size);
 }
 
-/// Removes the first record and returns its integer; returns nothing for any other record.
+/// If the first record is an Integer, removes it and returns its value. Otherwise returns nothing.
 std::optional<int> takeInteger(Bytes& records) {
     if (records.size() < recordHeaderSize || records.numberAt<std::uint16_t>(0) != 504)
         return std::nullopt;
@@ -86,8 +86,8 @@ struct SetForm {
     Bytes elements;
 };
 
-/// Recognises a set by its form, because elements may be of any class. A set begins with the type
-/// id of its elements, which is 10000 less than its own, and their number.
+/// Recognises a set by its content, because its elements may be of any class: two Integers, the
+/// type id of the elements (10000 less than that of the set) and their number.
 std::optional<SetForm> setFormOf(unsigned int typeId, Bytes const& payload) {
     std::optional<Bytes> records = contentOf(payload);
     if (!records)
@@ -107,7 +107,7 @@ class Reader {
 public:
     explicit Reader(Listing& listing) : listing_(listing) {}
 
-    /// Lists records up to the first truncated one.
+    /// Lists the records before the first truncated one.
     void records(Bytes content) {
         while (content.size() > 0 && record(content)) {
         }
@@ -142,7 +142,7 @@ private:
             firstDamage_ = where.offset();
     }
 
-    /// Lists the first record and removes it. Returns false when it is truncated.
+    /// Lists the first record and removes it. Returns false if it is truncated.
     bool record(Bytes& content) {
         if (content.size() < recordHeaderSize) {
             damage(content, "the header of a record is cut short");
@@ -224,7 +224,7 @@ private:
         listing_.end();
     }
 
-    /// Lists the elements and any objects after them, which the library ignores.
+    /// Lists the elements, and any records after them, which the library ignores.
     void elements(SetForm const& form) {
         Bytes rest = form.elements;
         for (std::int64_t found = 0; found < form.count; ++found) {

@@ -8,16 +8,17 @@
 
 namespace dump {
 
-/// The depth of nesting that is listed. It bounds the stack and the indentation.
+/// The maximum nesting depth of listed values. It limits stack use and indentation.
 constexpr unsigned int maxDepth = 64;
 
-/// Detects the form of a file. An object stream consists of whole records. A typed file has exactly
-/// as many bytes after its header as that announces. When both or neither is true, bytes 2 and 3
-/// decide: they are 0 in a stream, and the low half of the payload's length in a typed file.
+/// Detects the form of a file. A file of whole records is an object stream. A file whose size is
+/// that of its header plus the payload length in the header is a typed file. If both or neither is
+/// true, bytes 2 and 3 decide: they are 0 in a stream, and the low half of the payload length in
+/// a typed file.
 Form formOf(Bytes const& file);
 
-/// Lists the values in a file of this form and returns the offset of the first damage. The time is
-/// linear in the file's size, and there is memory for one string at a time.
+/// Passes the values in a file of this form to `listing`. Returns the offset of the first damage,
+/// or nothing if there is none. Takes linear time, and copies at most one string at a time.
 std::optional<std::size_t> list(Bytes const& file, Form form, Listing& listing);
 
 } // namespace dump

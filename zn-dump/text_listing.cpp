@@ -6,7 +6,7 @@ namespace dump {
 
 namespace {
 
-constexpr std::size_t maxHexBytes = 32; // of one line
+constexpr std::size_t maxHexBytes = 32; // in one line
 
 bool isControl(std::string_view character) {
     auto const first = static_cast<unsigned char>(character[0]);
@@ -83,7 +83,7 @@ void TextListing::damage(std::size_t offset, std::string const& what) {
     std::fprintf(out_, "%10zu damaged: %s\n", offset, what.c_str());
 }
 
-/// Prints the part that all values have. `otherName` replaces the name of an unknown class.
+/// Prints the columns that all values have. `otherName` replaces a missing type name.
 void TextListing::begin(Entry const& entry, char const* otherName) {
     std::string name(2 * depth_, ' ');
     name += entry.typeName.empty() ? std::string(otherName) : entry.typeName;

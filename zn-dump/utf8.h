@@ -5,7 +5,8 @@
 
 namespace dump {
 
-/// The length of the well-formed UTF-8 character at the start of the string; 0 when there is none.
+/// The length in bytes of the UTF-8 character at the start of the string; 0 if it is malformed or
+/// the string is empty.
 inline std::size_t characterLength(std::string_view text) {
     auto const byteAt = [text](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;

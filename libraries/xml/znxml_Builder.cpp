@@ -8,11 +8,11 @@ namespace znxml {
 
 Builder::Builder(Document& document, std::string_view source)
     : document_(document), source_(source) {
-    // A document of one element, the commonest of all, needs no more than this.
+    // Enough for a short document of one element, the most common kind, without reallocation.
     document_.elements.reserve(2 + source.size() / 32);
 }
 
-/// Where the position in the source is in the document's text.
+/// Converts an offset in the source to an offset in the document's text.
 Index Builder::place(std::size_t position) const {
     return static_cast<Index>(document_.text.size() + position - copied_);
 }
@@ -35,7 +35,7 @@ void Builder::start(std::size_t position, std::string_view name) {
     Element element;
     element.xml.begin = place(position);
     element.nameLength = static_cast<Index>(name.size());
-    element.value.begin = static_cast<Index>(openText_.size()); // until its end
+    element.value.begin = static_cast<Index>(openText_.size()); // in openText_ while it is open
     element.parent = open_;
     element.previous = parent.lastChild;
     element.firstAttribute = static_cast<Index>(document_.attributes.size());
@@ -61,7 +61,7 @@ void Builder::addAttribute(std::string_view name, std::string_view value) {
 }
 
 bool Builder::addDefaultAttribute(std::string_view name, std::string_view value) {
-    // A document type can give long attributes to every short element.
+    // A document type can add long attributes to every short element, so the growth is limited.
     constexpr std::size_t mostForEachByte = 16;
     addAttribute(name, value);
     copySource(openNameEnd_);
@@ -104,7 +104,7 @@ Index Builder::nameSpaceOf(std::string_view prefix) const {
     auto const entry = declared_.find(prefix);
     if (entry == declared_.end() || entry->second == noNamespace)
         return prefix == "xml" ? namespaceOfXml : noNamespace;
-    // An empty name takes elements without a prefix out of their namespace.
+    // xmlns="" means that elements without a prefix are in no namespace.
     bool const isEmpty = document_.declarations[entry->second].uri.length == 0;
     return isEmpty ? noNamespace : entry->second;
 }

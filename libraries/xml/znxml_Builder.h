@@ -10,28 +10,30 @@
 
 namespace znxml {
 
-/// Builds a document from what a reader finds in its source, from front to back. Positions are
-/// positions in the source; names and texts are decoded.
+/// Builds a document. A reader calls it for each tag and text, in the order of the source.
+/// Positions are offsets in the source. Names and texts are passed decoded.
 class Builder {
 public:
-    /// The document is empty, and the source at most `maxDocumentSize` long.
+    /// `document` must be empty, and the source at most `maxDocumentSize` long. Both must outlive
+    /// the builder.
     Builder(Document& document, std::string_view source);
 
-    /// The start tag of an element, which becomes the open one. Its text begins at `position`.
+    /// Adds an element, which becomes the open one. Its start tag begins at `position`.
     void start(std::size_t position, std::string_view name);
     void addAttribute(std::string_view name, std::string_view value);
-    /// An attribute that comes from the document type, and becomes part of the element's text.
-    /// False when such attributes have made the document much longer than its source.
+    /// Adds an attribute from the document type, and inserts it into the element's text. Returns
+    /// false if such attributes have made the document too much longer than its source.
     bool addDefaultAttribute(std::string_view name, std::string_view value);
-    /// Needed when all attributes of the open element are known and names may have a namespace.
+    /// Finds the namespaces of the open element and of its attributes. Call it after all attributes
+    /// are added; not needed for documents without colons and namespace declarations.
     void resolveNames();
 
     void addText(std::string_view text) { openText_ += text; }
 
-    /// The end tag of the open element. `position` is the one after it.
+    /// Closes the open element. `position` is the offset after its end tag.
     void end(std::size_t position);
 
-    /// After the root's end.
+    /// Completes the document. Call it once, after the root element is closed.
     void finish();
 
     /// Whether an element is open.
@@ -48,12 +50,12 @@ private:
 
     Document& document_;
     std::string_view source_;
-    std::size_t copied_ = 0;   // of the source, to the document's text
-    std::size_t defaults_ = 0; // characters that came from the document type
+    std::size_t copied_ = 0;   // the source is copied to the document's text up to this offset
+    std::size_t defaults_ = 0; // the number of characters added from the document type
     Index open_ = 0;
     std::size_t openNameEnd_ = 0;
     std::string openText_; // of all open elements, the outermost first
-    std::map<std::string, Index, std::less<>> declared_; // by prefix, where the open element is
+    std::map<std::string, Index, std::less<>> declared_; // by prefix: the innermost declaration
     std::vector<Index> scope_;                           // the declarations on all open elements
 };
 

@@ -50,7 +50,7 @@ Index Document::findChild(Index element, std::string_view name) const {
     return child;
 }
 
-/// The declarations outside the element that names in it depend on.
+/// The namespace declarations on outer elements that names in this element use.
 std::vector<Index> Document::outerDeclarations(Index element) const {
     std::vector<Index> found;
     auto const add = [&](Index declaration) {

@@ -8,8 +8,8 @@
 #include <functional>
 #include <utility>
 
-// Programs that link this library are linked with a reference to this name, so that a linker takes
-// what it could do without: nothing but the library zn itself uses the operations below.
+// The link flags of zn::xml refer to this symbol (`-u zn_xml_is_linked`). Without that reference a
+// linker would drop this file if only the library zn uses the operations below.
 extern "C" {
 extern char const zn_xml_is_linked;
 char const zn_xml_is_linked = 1;
@@ -19,8 +19,8 @@ namespace znxml {
 
 namespace {
 
-/// Sorts like the positions of one document. The end of an element's children comes after all that
-/// is in the element, the end of an inner element before that of the outer one.
+/// A sort key for positions in one document. The position after an element's children sorts after
+/// everything inside the element, and the one of an inner element before that of an outer one.
 std::pair<Index, Index> orderOf(Position const& position) {
     constexpr Index laterThanEnds = 0xFFFFFFFF;
     if (!position.atEnd() || !position.document)
@@ -52,7 +52,7 @@ DomIterator DomIterator::parse(zntl::String const& document) {
         return root;
     if (auto read = readDocument(document)) {
         store(root.text_, {read.get(), read->firstChild(0), Position::onRoot});
-        static_cast<void>(read.release()); // its iterators own it
+        static_cast<void>(read.release()); // from here on, its iterators own it
     }
     return root;
 }

@@ -10,8 +10,9 @@
 
 namespace znxml {
 
-/// One run of Expat over one document. Subclasses set handlers that get the object back and do
-/// their work through `run`: no exception crosses Expat, which is C.
+/// One Expat parser for one document. A subclass registers C handlers, which Expat calls with a
+/// pointer to the object. Each handler calls a member function through `run`, because exceptions
+/// must not propagate through Expat, which is C code.
 class Expat {
 public:
     Expat(Expat const&) = delete;
@@ -27,25 +28,28 @@ protected:
 
     XML_Parser parser() const { return parser_; }
 
-    /// Whether the document is well-formed and no handler stopped. Throws what a handler threw, and
-    /// std::bad_alloc.
+    /// Parses the document. Returns false if it is malformed or longer than `maxDocumentSize`, or
+    /// if a handler called `stop`. Rethrows an exception of a handler. Throws std::bad_alloc if
+    /// Expat runs out of memory.
     bool parse(std::string const& source);
 
-    /// Ends the parsing; no handler runs any more.
+    /// Ends the parsing. No other handler does anything after that.
     void stop() {
         stopped_ = true;
         XML_StopParser(parser_, XML_FALSE);
     }
 
-    /// The position in the source of what a handler is called for, and its length.
+    /// The source offset of the item (a tag, some text) that the running handler was called for.
     std::size_t position() const {
         return static_cast<std::size_t>(XML_GetCurrentByteIndex(parser_));
     }
+    /// The length of that item in the source.
     std::size_t length() const {
         return static_cast<std::size_t>(XML_GetCurrentByteCount(parser_));
     }
 
-    /// What a handler does: calls the object's operation.
+    /// For handlers: calls `operation` on the object that Expat's `void*` argument points to. If it
+    /// throws, the parsing stops, and `parse` rethrows the exception. A no-op after `stop`.
     template <class Object, class... Parameters, class... Arguments>
     static void run(void* object, void (Object::*operation)(Parameters...),
                     Arguments... arguments) {

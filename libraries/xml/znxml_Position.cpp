@@ -7,8 +7,9 @@ namespace znxml {
 
 namespace {
 
-// What is remembered owns its document. It forgets the document when it is the last owner, and when
-// the thread ends; what has a destructor must not be used after that.
+// Each thread remembers one element and counts as an owner of its document. It forgets both as soon
+// as it is the only owner left, and when it ends. These variables have no destructors, so they can
+// still be used while the ending thread destroys its other objects.
 thread_local Document const* rememberedDocument = nullptr;
 thread_local Index rememberedElement = 0;
 thread_local bool threadHasEnded = false;
@@ -26,7 +27,7 @@ struct AtThreadEnd {
         forget();
         threadHasEnded = true;
     }
-    void arrange() const {} // its first use does it
+    void arrange() const {} // the first call constructs the object, which registers the destructor
 };
 
 thread_local AtThreadEnd const atThreadEnd;

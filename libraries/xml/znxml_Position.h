@@ -10,8 +10,8 @@
 
 namespace znxml {
 
-/// Where an iterator is: on an element or after one, in a document that it shares. An iterator
-/// without a document is at its end.
+/// The position of an iterator: on an element, after the last child of an element, or after the
+/// root. Without a document, the iterator is at its end.
 struct Position {
     enum Kind : Index { onChild, onRoot, afterChildren, afterRoot };
 
@@ -36,19 +36,20 @@ struct Position {
     }
 };
 
-// An iterator has room for a string only. It holds the bytes of the position, and the iterator's
-// own operations, which are all that copies and destroys it, count the document's owners.
+// The only member of an iterator is a string, so the position is stored as the string's bytes. Only
+// the iterator's own operations copy or destroy that string, and they count the document's owners.
 
 constexpr unsigned int kindShift = 30;
 static_assert(maxDocumentSize / sizeof "<a/>" < Index{1} << kindShift, "an index leaves two bits");
 constexpr std::size_t pointerSize = sizeof(void const*);
 constexpr std::size_t storedSize = pointerSize + sizeof(Index);
 
-/// Counts one owner more.
+/// Adds an owner.
 inline void own(Document const& document) {
     document.owners.fetch_add(1, std::memory_order_relaxed);
 }
-/// Counts one owner less; the last one deletes the document.
+/// Removes an owner. Deletes the document if no owner is left, or only the memory of this thread
+/// (see `remember`).
 void disown(Document const& document);
 
 inline Position load(zntl::String const& storage) {
@@ -63,7 +64,7 @@ inline Position load(zntl::String const& storage) {
     return position;
 }
 
-/// Replaces what the storage holds.
+/// Stores `position` in place of the old one, and updates the owners of both documents.
 inline void store(zntl::String& storage, Position const& position) {
     Document const* const before = load(storage).document;
     storage.resize(position.document ? storedSize : 0);
@@ -80,10 +81,12 @@ inline void store(zntl::String& storage, Position const& position) {
         disown(*before);
 }
 
-/// Makes `parse` quick for text that `toXML` has just returned on this thread: a set reads each of
-/// its elements like that, and so does every element with members of its own.
+/// Remembers the element whose text `toXML` returns, for this thread. `fromXML` of a set or of a
+/// class with members passes the text of each child straight back to `parse`, which then need not
+/// parse it again.
 void remember(Document const& document, Index element);
-/// The element that was remembered, if this is its text; otherwise a position at its end.
+/// Returns the position of the remembered element if `text` is its text; otherwise a position
+/// without a document.
 Position recall(std::string const& text);
 
 } // namespace znxml

@@ -9,7 +9,7 @@ namespace znxml {
 
 namespace {
 
-/// In UTF-16 the first character is a byte order mark, or "<", one of whose bytes is NUL.
+/// A UTF-16 document starts with a byte order mark or with "<", which has a NUL byte in UTF-16.
 bool isUtf16(std::string const& source) {
     if (source.size() < 2)
         return false;
@@ -21,7 +21,7 @@ bool hasDeclaration(std::string const& source) {
     return source.compare(0, 5, "<?xml") == 0 || source.compare(0, 8, "\xEF\xBB\xBF<?xml") == 0;
 }
 
-/// Lets Expat repeat the document, which it does in UTF-8.
+/// Collects the document from Expat's default handler, which receives all of it in UTF-8.
 class Converter : public Expat {
 public:
     explicit Converter(std::string const& source) : needed_(isUtf16(source)) {

@@ -24,9 +24,10 @@ public:
         parse(source);
     }
 
-    /// Empty when the document is not well-formed up to its root element.
+    /// Empty if the document is malformed before the end of its root element's start tag.
     std::string rootName;
-    /// The document type declaration; empty, and where it could stand, when there is none.
+    /// The position of the document type declaration. If there is none, both are the start of the
+    /// root element, where one can be inserted.
     std::size_t doctypeBegin = 0;
     std::size_t doctypeEnd = 0;
 

@@ -4,9 +4,9 @@
 
 namespace znxml {
 
-/// The document with a document type declaration that has `dtd` as its internal subset, in place of
-/// any that it had; with none when `dtd` is empty. Empty when the document is not well-formed up to
-/// its root element's start tag.
+/// Replaces the document type declaration of a document, or adds one, with `dtd` as its internal
+/// subset. Removes the declaration if `dtd` is empty. Returns the new document in UTF-8, or the
+/// empty string if the source is malformed before the end of its root element's start tag.
 std::string replaceDoctype(std::string const& source, std::string const& dtd);
 
 } // namespace znxml

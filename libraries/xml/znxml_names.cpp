@@ -4,8 +4,8 @@ namespace znxml {
 
 namespace {
 
-/// The character as a reference where it cannot stand in an attribute's value itself. Reading
-/// turns line ends and tabs into spaces; references to them stay what they are.
+/// The reference to write for a character that an attribute's value cannot contain; empty for other
+/// characters. Line ends and tabs need references too, because parsers turn plain ones into spaces.
 std::string_view reference(char character) {
     switch (character) {
     case '&':

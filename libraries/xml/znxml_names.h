@@ -3,11 +3,11 @@
 #include <string>
 #include <string_view>
 
-// Names and attributes as they stand in a document.
+// Names and attributes in the form in which a document contains them.
 
 namespace znxml {
 
-/// The part of a name before its colon; empty when it has none.
+/// The part of a name before its colon; empty if it has no colon.
 inline std::string_view prefixOf(std::string_view name) {
     std::size_t const colon = name.find(':');
     return name.substr(0, colon == std::string_view::npos ? 0 : colon);

@@ -11,8 +11,8 @@ namespace znxml {
 
 namespace {
 
-/// Builds a document. Nothing is fetched, and entities of the document's own are not expanded: a
-/// document that refers to one is refused, because its text would be incomplete.
+/// Builds a document. It fetches nothing and expands none of the entities that the document
+/// declares. It refuses a document that refers to one, because its text would be incomplete.
 class Reader : public Expat {
 public:
     Reader(std::string const& source, Document& document)
@@ -26,7 +26,7 @@ public:
         XML_SetCharacterDataHandler(parser(), [](void* self, char const* text, int length) {
             run(self, &Reader::addText, text, length);
         });
-        // Without a default handler nothing is expanded; setting none is what tells Expat so.
+        // After a call of this function, even with null, Expat no longer expands entities in text.
         XML_SetDefaultHandler(parser(), nullptr);
         XML_SetSkippedEntityHandler(parser(),
                                     [](void* self, char const* /*name*/, int isParameter) {
@@ -78,7 +78,7 @@ private:
             stop();
     }
 
-    /// An attribute's default value, in quotes, if it has one.
+    /// Checks the default value in an attribute declaration, if there is one.
     void inspectDefault() {
         std::size_t const begin = position();
         char const quote = source_[begin];
@@ -86,7 +86,8 @@ private:
             inspect(begin, source_.find(quote, begin + 1) - begin);
     }
 
-    /// Expat expands entities in the values of attributes, and reports none of them.
+    /// Stops if this part of the source refers to an entity. Needed for values of attributes:
+    /// Expat expands entities there without calling a handler.
     void inspect(std::size_t begin, std::size_t length) {
         if (refersToEntity(std::string_view(source_).substr(begin, length)))
             stop();

@@ -22,8 +22,9 @@ constexpr Bytes nameBytes() {
     return bytes;
 }
 
-/// What stands for itself in text. A carriage return is read as a line feed, and ">" must not end
-/// "]]>": Expat knows the rules for these.
+/// The ASCII characters that text may contain unescaped, except two that have special rules and are
+/// left to Expat: the carriage return, which is read as a line feed, and ">", which must not follow
+/// "]]".
 constexpr Bytes textBytes() {
     Bytes bytes{};
     for (unsigned int byte = ' '; byte <= 0x7F; ++byte)
@@ -36,8 +37,8 @@ constexpr Bytes textBytes() {
 constexpr Bytes inNames = nameBytes();
 constexpr Bytes inText = textBytes();
 
-/// The length of the character that the text begins with, if it is one of more than one byte that
-/// may stand in a document; otherwise 0.
+/// The length of the UTF-8 character at the start of `text` if it has two to four bytes and is
+/// allowed in XML; otherwise 0.
 std::size_t lengthOfCharacter(std::string_view text) {
     unsigned char const lead = byteOf(text.front());
     std::size_t const length = lead < 0xC0   ? 0

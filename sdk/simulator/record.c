@@ -1,8 +1,8 @@
 #include "record.h"
 
-/* Opens the file again for each line, which is written when it ends. So the
- * record consists of whole lines whenever the program stops, and the program has
- * no descriptor to which it could write by mistake. */
+/* Opens the file for each line and closes it after the line. So the file contains
+ * only whole lines even if the program crashes, and between calls the program has
+ * no open descriptor that it could write to by mistake. */
 FILE* record_begin(char const* path, char const* call, int result) {
     FILE* const line = fopen(path, "a");
 

@@ -8,7 +8,7 @@
 #include <stdio.h>
 
 /// Begins the line of a call in the file at `path`. Returns null and sets errno
-/// when the file cannot be opened.
+/// if the file cannot be opened.
 FILE* record_begin(char const* path, char const* call, int result);
 
 void record_number(FILE* line, char const* field, int number);

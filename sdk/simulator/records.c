@@ -1,7 +1,7 @@
 #include "csdk.h"
 
-/* Every byte that a program must not change has a distinct value, so the record
- * shows which ones a program changed. */
+/* Every byte that a program must not change has a distinct value, so the recorded
+ * calls show which of these bytes a program changed. */
 struct csdk_state csdk = {
     .handle = -1,
     .reserved = {0xa0, 0xa1, 0xa2, 0xa3, 0xa4, 0xa5, 0xa6, 0xa7, 0xa8, 0xa9, 0xaa, 0xab, 0xac, 0xad,

@@ -13,8 +13,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* The result of every call that the simulator rejects, and of csdk_init() with
- * unusable variables. */
+/* The result of a call that the simulator rejects, and of csdk_init() if an
+ * environment variable or the profile is invalid. */
 enum { REFUSED = -1000 };
 
 enum { FIRST_HANDLE = 1001 };
@@ -40,11 +40,11 @@ static struct {
     bool open;
     int handle;
     int generated;
-    char* text; ///< of the profile, when it was read from a file
+    char* text; ///< the profile's content if it was read from a file, otherwise null
     struct profile_cursor camera;
 
-    /* The size delivered last. The next call checks whether the program's
-     * variables still hold it. */
+    /* The last size that the program received. The next call records whether
+     * the program's variables still contain it. */
     bool delivered;
     int width;
     int height;
@@ -101,7 +101,7 @@ static bool read_options(void) {
 
 /* ---- camera ---------------------------------------------------------- */
 
-/* Returns false and prints a message when a line of the profile is malformed. */
+/* Returns false and prints a message if a line of the profile is malformed. */
 static bool check_camera(struct profile_cursor camera) {
     enum profile_item item;
     int width;
@@ -190,7 +190,7 @@ static FILE* begin_line(char const* call, int result) {
     return options.record ? record_begin(options.record, call, result) : NULL;
 }
 
-/* Returns false and prints a message when the line cannot be written. */
+/* Returns false and prints a message if the line cannot be written. */
 static bool end_line(FILE* line) {
     if (!options.record || (line && record_end(line)))
         return true;

@@ -2,7 +2,7 @@
 
 namespace zntl {
 
-/// The base of countdowns: polymorphic, without state, destroyed through a base pointer.
+/// An empty base class for countdowns. Objects may be deleted through a pointer to it.
 class Countdown {
 public:
     Countdown() = default;

@@ -9,9 +9,9 @@ namespace zntl {
 /// A serializable signed 32-bit integer.
 class Integer : public znsl::Serializable {
 public:
-    /// Leaves the value indeterminate until it is set or read; it is not zero.
+    /// Leaves the value indeterminate, not zero.
     Integer() {} // NOLINT(modernize-use-equals-default): `Integer{}` would zero the value
-    /// Converts, so that a number can be used wherever an Integer is expected.
+    /// Not explicit, so a number can be passed wherever an Integer is expected.
     Integer(int value) : value_(value) {}
 
     /// The value.
@@ -26,21 +26,21 @@ public:
     /// "Integer".
     std::string getTypeName() const override;
     std::string toXML() const override;
-    /// "<name>-7</name>", the value in decimal. A null name is the empty name.
+    /// Returns the value in decimal as an element: "<name>-7</name>". A null `name` counts as the
+    /// empty name.
     std::string toXML(char const* name) const override;
-    /// Takes the root element's value as a base-10 integer: leading blanks and a sign are accepted,
-    /// parsing stops at the first non-digit, no digits give 0, numbers beyond 32 bits saturate.
+    /// Assigns the number at the start of the root element's value, parsed like strtol in base 10.
+    /// Without digits, it is 0. Numbers saturate at 32 bits.
     bool fromXML(char const* xml) override;
     /// 4.
     unsigned int getBinLength() const override;
     unsigned int toBin(unsigned char* out) const override;
-    /// Reads the first 4 bytes and returns 4. Throws zntl::Exception
-    /// "znsl::Serializable::fromBin() - Failed!" when `length` is less than 4; the value is then
-    /// unchanged. Safe on any bytes.
+    /// Reads the first 4 bytes and returns 4. If `length` is less than 4, throws zntl::Exception
+    /// "znsl::Serializable::fromBin() - Failed!", with the value unchanged. Safe on any bytes.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 
 private:
-    int value_; // four bytes in the binary form
+    int value_;
 };
 
 } // namespace zntl

@@ -7,30 +7,32 @@
 
 namespace zntl {
 
-/// "<name>content</name>". The content is taken as it is: encode text first (String::encodeHtml).
-/// Returns the empty string for a null name.
+/// Returns "<name>content</name>", or the empty string if `name` is null. Does not encode the
+/// content; String::encodeHtml does.
 std::string renderElement(char const* name, std::string_view content);
 
-/// "<name/>". Returns the empty string for a null name.
+/// Returns "<name/>", or the empty string if `name` is null.
 std::string renderElement(char const* name);
 
-/// Finds the first opening tag of element `name` at or after position `from`: "<", the name, and
-/// then ">", "/>", or a blank (space, tab, newline, carriage return) and anything up to the next
-/// ">"; a ">" inside an attribute value ends the tag, quoting is not considered.
+/// Finds the first opening tag of an element `name` that starts at or after position `from`.
 ///
-/// On success returns true with `start` at the tag's "<", `end` at its ">", and `selfClosing` true
-/// when it ends in "/>". Otherwise returns false, and the three mean nothing. Nothing is thrown for
-/// ill-formed markup, and nothing past the text's end is read.
+/// A tag is "<", the name, and then ">", "/>", or a blank (space, tab, newline or carriage return)
+/// and everything up to the next ">". Quotes are ignored, so a ">" in an attribute's value ends the
+/// tag.
+///
+/// Returns true if it finds one, with `start` at its "<", `end` at its ">", and `selfClosing` true
+/// if the tag ends in "/>". Otherwise returns false, and the values of the three are unspecified.
+/// Malformed markup is not an error.
 bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                  unsigned int& end, bool& selfClosing);
 
-/// Finds the closing tag ("</", the name, ">") that matches an element of `name` opened before
-/// `from`, and skips nested elements of the same name. Pass the position after the opening
-/// tag's ">". Only the text counts: even a closing tag inside another tag is found.
+/// Finds the closing tag ("</", the name, ">") of an element `name`. Pass the position after the
+/// ">" of its opening tag as `from`. Skips nested elements of the same name. Does not parse other
+/// markup, so it finds tags even in comments and attribute values.
 ///
-/// On success returns true with `start` at the closing tag's "<" and `end` at its ">". Otherwise
-/// returns false, and the two mean nothing. Takes time proportional to the distance to the closing
-/// tag, however deep the nesting is, and no stack.
+/// Returns true if it finds one, with `start` at its "<" and `end` at its ">". Otherwise returns
+/// false, and the values of the two are unspecified. Takes time proportional to the distance to the
+/// closing tag, and constant stack space for any depth of nesting.
 bool findCloseTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                   unsigned int& end);
 

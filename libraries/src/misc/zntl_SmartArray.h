@@ -9,20 +9,20 @@
 
 namespace zntl {
 
-/// A read-only handle on a heap array that several handles share; the last one to let go frees it.
+/// A read-only, reference-counted handle to an array on the heap. The last handle frees the array.
 ///
-/// A handle is empty (no buffer) or shares a buffer with its copies. Copies may be held and
-/// released in different threads, because the count is changed atomically; one handle is used by
-/// one thread at a time, and the elements are not locked.
+/// A handle is empty (no buffer) or shares a buffer with its copies. The count is atomic, so
+/// different threads may hold copies and release them. Use each handle in one thread at a time. The
+/// elements are not locked.
 template <class T>
 class ConstSmartArray {
 public:
-    /// An empty handle.
+    /// Makes an empty handle.
     ConstSmartArray() noexcept = default;
 
-    /// Takes ownership of `buffer`, an array-new allocation of `size` elements, with a count of 1.
-    /// A null buffer makes an empty handle, whatever size is named. When there is no memory for
-    /// the count, the buffer is released and std::bad_alloc thrown.
+    /// Takes ownership of `buffer`, an array of `size` elements from `new T[]`. A null buffer makes
+    /// an empty handle, whatever `size` is. If the allocation of the count fails, deletes the
+    /// buffer and throws std::bad_alloc.
     ConstSmartArray(T* buffer, unsigned int size) {
         std::unique_ptr<T[]> owned(buffer);
         if (!owned)
@@ -51,15 +51,14 @@ public:
     /// Drops this handle's reference.
     virtual ~ConstSmartArray() { release(); }
 
-    /// The first element. Throws zntl::Exception (line 260) when the handle is empty.
+    /// The first element. Throws zntl::Exception (line 260) if the handle is empty.
     virtual T const& operator*() const { return first(); }
 
-    /// The element at position `i` of the buffer, for an `i` at or beyond the size.
+    /// Do not use it to reach elements: its range test is reversed. Use `(&*array)[i]` instead.
     ///
-    /// The range test is the reverse of the usual one: an index below the size throws
-    /// zntl::Exception (line 273). An index at or past the size returns the address that far into
-    /// the buffer, which must not be read or written. An empty handle throws (line 272). To reach
-    /// the elements, index a pointer to the first one: `(&*array)[i]`.
+    /// An `i` below the size throws zntl::Exception (line 273). Any other `i` returns a reference
+    /// to the memory `i` elements after the start of the buffer, which must not be read or written.
+    /// An empty handle throws (line 272).
     virtual T const& operator[](unsigned int i) const { return at(i); }
 
     /// Drops this handle's reference and leaves it empty. A no-op on an empty handle.
@@ -68,7 +67,7 @@ public:
     /// The number of elements; 0 for an empty handle.
     unsigned int getSize() const noexcept { return size_; }
 
-    /// The number of handles that share the buffer at this moment; 0 for an empty handle.
+    /// The current number of handles that share the buffer; 0 for an empty handle.
     int getReferenceCount() const noexcept {
         return buffer_ ? count_->load(std::memory_order_relaxed) : 0;
     }
@@ -85,10 +84,10 @@ protected:
     T& at(unsigned int i) const {
         if (!buffer_)
             raise(272, "operator[]() - pointer is NULL!");
-        // Contract: the range test is reversed, see operator[].
+        // Contract: the range test is reversed, and programs on cameras may depend on that.
         if (size_ > i)
             raise(273, "operator[]() - index out of range!");
-        // Integer arithmetic, because pointer arithmetic past the buffer is undefined.
+        // Integer arithmetic, because pointer arithmetic beyond the array is undefined behaviour.
         auto const address = reinterpret_cast<std::uintptr_t>(buffer_);
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
         return *reinterpret_cast<T*>(address + std::uintptr_t{i} * sizeof(T));
@@ -107,7 +106,7 @@ private:
         size_ = 0;
     }
 
-    // Both classes report themselves as "zntl::SmartArray".
+    // The messages of both classes name "zntl::SmartArray".
     [[noreturn]] static void raise(int line, char const* text) {
         throw Exception(locatedMessage("../../../../../libraries/src/misc/zntl_SmartArray", line,
                                        "zntl::SmartArray", text));
@@ -115,10 +114,10 @@ private:
 
     T* buffer_ = nullptr;
     std::uint32_t size_ = 0;
-    std::atomic<std::int32_t>* count_ = nullptr; // one per buffer, shared like it
+    std::atomic<std::int32_t>* count_ = nullptr; // one per buffer, shared by its handles
 };
 
-/// A handle whose elements can be changed through it; everything else is as in ConstSmartArray.
+/// A ConstSmartArray that also allows changing the elements.
 template <class T>
 class SmartArray : public ConstSmartArray<T> {
 public:
@@ -131,9 +130,9 @@ public:
     using ConstSmartArray<T>::operator*;
     using ConstSmartArray<T>::operator[];
 
-    /// As the const form, writable.
+    /// As the const form, but writable.
     T& operator*() { return this->first(); }
-    /// As the const form, with the same reversed range test, writable.
+    /// As the const form, including its reversed range test, but writable.
     T& operator[](unsigned int i) { return this->at(i); }
 };
 

@@ -10,147 +10,160 @@
 
 namespace zntl {
 
-/// A standard string that is also a storable value, with factories for formatted text and a
-/// toolkit of text operations.
+/// A std::string that is also a storable value, with functions that format, compare, convert,
+/// search and split.
 ///
-/// Every standard string operation is available on it, and it can be passed wherever a std::string
-/// is expected. Operations named `from...` build a new value, those named `to...` convert; unless
-/// it says so, an operation leaves the string as it is and takes time proportional to the texts it
-/// is given. A null `char const*` is the empty text, never an error. std::bad_alloc passes through
-/// wherever a text is built.
+/// It has all operations of std::string and can be passed wherever a std::string is expected.
+/// A null `char const*` counts as the empty string. Unless its comment says otherwise, an operation
+/// does not change the string, takes time proportional to the lengths of the strings involved, and
+/// throws std::bad_alloc if an allocation fails.
 class String : public std::string, public znsl::Serializable {
 public:
     using std::string::string;
     String() = default;
     String(String const&) = default;
     String(String&&) noexcept = default;
-    /// All characters, NULs too.
+    /// Copies all characters, including NULs.
     String(std::string const& text) : std::string(text) {}
-    /// All characters, NULs too, without a copy.
+    /// Moves all characters, including NULs.
     String(std::string&& text) noexcept : std::string(std::move(text)) {}
-    /// The characters up to the first NUL.
+    /// Copies the characters before the first NUL.
     String(char const* text) : std::string(text ? text : "") {}
     ~String() override = default;
 
     using std::string::operator=;
     String& operator=(String const&) = default;
     String& operator=(String&&) noexcept = default;
-    /// All characters, NULs too.
+    /// Copies all characters, including NULs.
     String& operator=(std::string const& text);
-    /// All characters, NULs too, without a copy.
+    /// Moves all characters, including NULs.
     String& operator=(std::string&& text) noexcept;
-    /// The characters up to the first NUL.
+    /// Copies the characters before the first NUL.
     String& operator=(char const* text);
 
     // Formatted text
 
-    /// Formats like printf. `args` is the address of a va_list object (not of a va_list parameter,
-    /// which some machines pass as a pointer: take a va_copy first); the caller's va_list is left
-    /// as it was. It may be null for a format that takes no arguments. The result stops at the
-    /// first NUL that the formatting produced. A null format, or one that the C library rejects,
-    /// gives the empty string. The number format follows the C library's locale, as printf does.
+    /// Formats like printf, in the current locale.
+    ///
+    /// `args` is the address of a va_list variable, which stays unchanged. Some machines pass
+    /// va_list parameters as pointers: copy a parameter with va_copy and pass the copy's address.
+    /// `args` may be null if the format takes no arguments.
+    ///
+    /// The result is truncated at its first NUL. It is empty if `format` is null or if the C
+    /// library rejects it.
     static String fromVAList(char const* format, void* args);
 
-    /// Formats like printf, as `fromVAList` does: `fromFormat("%dx%d", 640, 480)` is "640x480".
+    /// As `fromVAList`, with the arguments themselves: `fromFormat("%dx%d", 640, 480)` returns
+    /// "640x480".
     [[gnu::format(printf, 1, 2)]] static String fromFormat(char const* format, ...);
 
-    /// The value in decimal: `fromInteger(-7)` is "-7".
+    /// Returns the value in decimal: `fromInteger(-7)` returns "-7".
     static String fromInteger(int value);
 
-    /// The value as printf writes it for "%.*f", with `decimals` digits: in the locale of the
-    /// calling thread, and rounded as the program asked for. `fromFloat(2.5f, 2)` is "2.50".
+    /// Returns the value with `decimals` digits after the point, as printf writes it for "%.*f" in
+    /// the current locale and rounding mode: `fromFloat(2.5f, 2)` returns "2.50".
     static String fromFloat(float value, int decimals);
 
-    /// The value of an environment variable; the empty string when it is not set.
+    /// Returns the value of an environment variable; the empty string if it is not set.
     static String fromEnvVarible(char const* name);
 
     // Comparison and conversion
 
-    /// Compares without regard to letter case, up to the first NUL: negative, zero or positive.
+    /// Compares without regard to letter case, up to the first NUL. Returns a negative number, zero
+    /// or a positive number if this string sorts before, equals or sorts after `other`.
     int iCompare(String const& other) const;
 
-    /// Whether the string starts with `prefix`; the empty prefix is a prefix of every string.
+    /// Returns whether the string starts with `prefix`. Every string starts with the empty prefix.
     bool hasPrefix(String const& prefix) const {
         if (prefix.empty())
             return true;
-        // Most texts differ in the first character, which spares them a call.
+        // Most strings already differ in the first character, which is cheaper than a call.
         return prefix.size() <= size() && front() == prefix.front() &&
                traits_type::compare(data(), prefix.data(), prefix.size()) == 0;
     }
 
-    /// The number at the start of the text, read as strtol does in base 10. Negative numbers and
-    /// texts without a number give 0; numbers beyond the signed 32-bit range give 2147483647.
+    /// Returns the number at the start of the string, parsed like strtol in base 10: 0 if the
+    /// number is negative or missing, 2147483647 if it is larger than that.
     unsigned int toUnsignedInt() const;
 
-    /// Copies at most `max` characters from the start of the string to `out` and a NUL behind
-    /// them; returns the number of characters copied. `out` has room for `max` + 1 bytes.
+    /// Copies the first `max` characters (all if there are fewer) and then a NUL to `out`. Returns
+    /// the number of copied characters without that NUL. `out` must have room for `max` + 1 bytes.
     virtual unsigned int copyString(char* out, unsigned int max) const;
 
-    /// The text up to its first NUL in lower case, byte by byte through the C library's table.
+    /// Returns the characters before the first NUL in lower case. Converts each byte with the C
+    /// library's tolower.
     String toLower() const;
 
-    /// The text in upper case through zn_strupr, whose walk starts at the null address: every call
-    /// ends in a segmentation fault. Nothing calls it, and that state is kept on purpose.
+    /// Do not call it. Contract: it calls zn_strupr, which always ends in a segmentation fault.
     String toUpper() const;
 
-    /// Whether the text is one number: an optional sign first, digits, at most one point; blanks
-    /// and tabs may stand before and behind it. "+", "-" and "." alone count as numbers; exponents
-    /// do not. `isInteger` becomes false when a point was met, true otherwise, also where the
-    /// result is false.
+    /// Returns whether the string is one number: an optional sign, then digits and at most one
+    /// point (".5" and "5." are numbers). Spaces and tabs may surround it. "+", "-" and "." alone
+    /// also count as numbers; exponents are not accepted.
+    ///
+    /// Sets `isInteger` even if it returns false: to false if it accepted a point before it found
+    /// an invalid character, otherwise to true.
     bool isNumeric(bool& isInteger) const;
 
-    /// The text, followed by `fill` characters up to `width` characters; never shortened. Throws
-    /// std::length_error for a width above max_size(), which a width can exceed on 32-bit machines.
+    /// Returns the string with `fill` characters appended until it has `width` characters; an
+    /// unchanged copy if it already has that many. Throws std::length_error if `width` exceeds
+    /// max_size(), which is possible on 32-bit machines.
     String padEnd(unsigned int width, char fill) const;
 
-    /// True for "true", "t", "yes", "y" and "on" in any letter case; any other text is true when
-    /// the number at its start (as strtol reads it) is not 0.
+    /// Returns true for "true", "t", "yes", "y" and "on" in any letter case, and for a string that
+    /// starts with a number other than 0 (parsed like strtol in base 10); otherwise false. Ignores
+    /// characters after the first NUL.
     bool toBool() const;
 
     // Trimming, filtering, cutting
 
-    /// The text without spaces, tabs, newlines and carriage returns at its ends:
-    /// " \t x y \r\n" becomes "x y".
+    /// Returns the string without spaces, tabs, newlines and carriage returns at its start and
+    /// end: " \t x y \r\n" becomes "x y".
     String trim() const;
 
-    /// `text` without the characters that are not in `allowed`, and then trimmed, also when
-    /// `allowed` contains blanks: `sanitize(" a b ", "ab ")` is "a b".
+    /// Removes all characters that are not in `allowed` from a copy of `text`, then trims it, even
+    /// if `allowed` contains blanks: `sanitize(" a b ", "ab ")` returns "a b".
     static String sanitize(String const& text, char const* allowed);
 
-    /// The text strictly between the first `begin` and the first `end` behind it; the empty string
-    /// when either is missing: `extract("<a>", "</a>")` of "x<a>v</a>" is "v".
+    /// Returns the characters between the first `begin` and the first `end` after it:
+    /// `extract("<a>", "</a>")` of "x<a>v</a>" returns "v". Returns the empty string if either is
+    /// missing.
     String extract(String const& begin, String const& end) const;
 
-    /// The first `length` characters, the last three of them replaced by "...", when the text is
-    /// longer than that; an unchanged copy when it is not; the empty string for a `length` below 3.
-    /// `abbreviate(5)` of "abcdefgh" is "ab...".
+    /// Truncates a copy of the string to `length` characters, the last three of which are "...":
+    /// `abbreviate(5)` of "abcdefgh" returns "ab...". A string that is not longer than `length` is
+    /// returned unchanged. Returns the empty string if `length` is less than 3.
     String abbreviate(unsigned int length) const;
 
     // Finding and tokenizing
 
-    /// The positions, in increasing order, of the characters that occur in `chars`, except those
-    /// in quoted sections: `findAll(",", "'")` of "a,'b,c',d" gives 1 and 7.
+    /// Returns the positions, in increasing order, of the characters that occur in `chars`, except
+    /// those in quoted sections: `findAll(",", "'")` of "a,'b,c',d" returns 1 and 7.
     ///
-    /// A character from `quotes` opens a section (it is not recorded, even when it is in `chars`
-    /// too) and the next same character closes it. In a section a backslash skips the character
-    /// behind it, and the one after that closes the section when it is the quote and is otherwise
-    /// passed over; it is never itself taken as an escape. A backslash that is the quote
-    /// character closes the section. Nothing is found in or behind a section that is not closed.
+    /// A character from `quotes` opens a quoted section, and the next equal character closes it.
+    /// Neither is returned, even if it is in `chars`. If a section is never closed, nothing in it
+    /// or after it is found.
     ///
-    /// Throws std::out_of_range when a backslash stands within the last two characters of the text
-    /// in an open section, if a character from `chars` comes at or behind the opening quote.
+    /// In a section, a backslash escapes the next character. The character after the escaped one
+    /// closes the section if it is the quote, but never escapes: of three backslashes in a row, the
+    /// third is an ordinary character. If the quote character is itself a backslash, a backslash
+    /// closes the section.
+    ///
+    /// Throws std::out_of_range if a backslash in an open section is one of the last two characters
+    /// of the string, and a character from `chars` occurs at or after the opening quote.
     std::vector<unsigned int> findAll(String const& chars, String const& quotes) const;
 
-    /// The pieces between the separator characters; see the static form.
+    /// Returns the pieces that the static form appends.
     std::vector<String> tokenize(String const& separators, String const& quotes) const;
 
-    /// Appends to `out`, with push_back, the pieces of `text` between the characters of
-    /// `separators`, where separators in quoted sections do not cut (see `findAll`, which may
-    /// throw; `out` is then unchanged).
+    /// Splits `text` at each character that is in `separators` and not in a quoted section, and
+    /// appends the pieces to `out` with push_back: splitting ",a,,'b,c',d," with `separators` ","
+    /// and `quotes` "'" appends "a", "'b,c'" and "d".
     ///
-    /// Empty pieces are dropped. Pieces are not trimmed, keep their quotes and backslashes, and end
-    /// at their first NUL. Empty `separators` give the whole text as one piece; an empty text gives
-    /// none. `tokenize(",", "'")` of ",a,,'b,c',d," gives "a", "'b,c'" and "d".
+    /// Empty pieces are dropped. Pieces are not trimmed, keep their quotes and backslashes, and are
+    /// truncated at their first NUL. If `separators` is empty, the whole string is one piece; an
+    /// empty string has no pieces. Quoted sections are those of `findAll`. Throws what `findAll`
+    /// throws, with `out` unchanged.
     template <class Container>
     static void tokenize(String const& text, String const& separators, Container& out,
                          String const& quotes) {
@@ -160,20 +173,24 @@ public:
 
     // Markup
 
-    /// `text` with "&", "<", ">", "'" and the double quote replaced by "&amp;", "&lt;", "&gt;",
-    /// "&apos;" and "&quot;".
+    /// Returns `text` with "&", "<", ">", "'" and the double quote replaced by "&amp;", "&lt;",
+    /// "&gt;", "&apos;" and "&quot;".
     static String encodeHtml(String const& text);
 
-    /// `text` with those five entities replaced by their characters. "&amp;" is decoded first, so
-    /// that a text which encodes "<", ">", "'" or the double quote twice is decoded twice:
-    /// "&amp;lt;" gives "<", while "&amp;amp;" gives "&amp;".
+    /// Returns `text` with the five entities of `encodeHtml` replaced by their characters.
+    ///
+    /// It decodes "&amp;" first and then the others. So it decodes a doubly encoded "<", ">", "'"
+    /// or double quote twice ("&amp;lt;" becomes "<"), but a doubly encoded "&" only once
+    /// ("&amp;amp;" becomes "&amp;").
     static String decodeHtml(String const& text);
 
-    /// The text with every element `name` (from its opening tag through its matching closing tag,
-    /// or a self-closing tag) replaced by `replacement`. An element that is never closed is left as
-    /// it stands, and the text behind its opening tag is treated in the same way.
-    /// `replaceElement("b", "X")` of "1<b>2<b>3</b></b>4<b/>5" is "1X4X5". Tags are recognised as
-    /// findOpenTag and findCloseTag do. Takes memory proportional to the number of tags.
+    /// Returns the string with every element `name` replaced by `replacement`:
+    /// `replaceElement("b", "X")` of "1<b>2<b>3</b></b>4<b/>5" returns "1X4X5".
+    ///
+    /// An element is a self-closing tag, or an opening tag with everything up to and including the
+    /// matching closing tag, as findOpenTag and findCloseTag find them. The opening tag of an
+    /// element that is never closed stays, and the search continues after it. Takes memory
+    /// proportional to the number of tags.
     String replaceElement(String const& name, String const& replacement) const;
 
     // The storable value
@@ -185,37 +202,39 @@ public:
     /// "zntl_String".
     std::string getTypeName() const override;
     std::string toXML() const override;
-    /// "<name>text</name>" with the text's markup encoded; "<name/>" for the empty string; the
-    /// empty text for a null name.
+    /// Returns "<name>value</name>", with the value encoded by `encodeHtml`; "<name/>" for the
+    /// empty string; the empty string if `name` is null.
     std::string toXML(char const* name) const override;
-    /// Takes the root element's value.
+    /// Assigns the value of the root element.
     bool fromXML(char const* xml) override;
-    /// The length + 5. Throws std::length_error if that does not fit 32 bits.
+    /// Returns the string's length + 5. Throws std::length_error if that does not fit in 32 bits.
     unsigned int getBinLength() const override;
     /// Writes the length (32 bits), the characters and one NUL. Throws what `getBinLength` throws.
     unsigned int toBin(unsigned char* out) const override;
-    /// Whether `fromBin` stays within the `length` bytes at `data`: one of them, from the fifth on,
-    /// is a NUL.
+    /// Returns whether `fromBin` would stay within the `length` bytes at `data`. It does if the
+    /// fifth byte or one after it is a NUL.
     static bool canReadBin(unsigned char const* data, unsigned int length);
-    /// Takes the text from `data` + 4 up to the first NUL and returns the new `getBinLength()`.
+    /// Assigns the characters from `data` + 4 up to the first NUL. Returns the new
+    /// `getBinLength()`.
     ///
-    /// TRUSTS ITS INPUT when called directly: neither the stored length nor `length` is consulted,
-    /// and a NUL must be there. Ask `canReadBin` first if the bytes are not your own. The library
-    /// asks before it calls this for a record, a member or a file.
+    /// A direct call TRUSTS ITS INPUT: it reads up to the first NUL, wherever that is, and ignores
+    /// both the stored length and `length`. Call `canReadBin` first if you do not trust the bytes.
+    /// The library does so before it reads a record, a member or a file.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 
-    /// Writes the characters to a plain text file, exactly as they are; the file is created, or cut
-    /// to zero length first. False when it cannot be opened or not be written (it may then be
-    /// empty or partly written). Never throws.
+    /// Writes the characters, and nothing else, to a file, which it creates or truncates. Returns
+    /// false if the file cannot be opened or written; it may then be empty or partly written.
+    /// Never throws.
     bool toFile(char const* path) const override;
 
-    /// Replaces the string by the whole content of a file, NULs and line ends included. False, with
-    /// the string empty, when the file cannot be opened or read, is a directory, or does not fit in
-    /// memory. Never throws.
+    /// Replaces the string with the whole content of a file, including NULs and line ends. Returns
+    /// false, with the string empty, if the file cannot be opened or read, is a directory, or does
+    /// not fit in memory. Never throws.
     bool fromFile(char const* path) override;
 
-    /// The characters up to and including the first NUL (which every string has behind its last
-    /// character) in an array of their own, whose size is the string's length + 1.
+    /// Returns a new array of length + 1 elements that starts with the characters up to and
+    /// including the first NUL, usually the terminating one. After an earlier NUL, the remaining
+    /// elements are uninitialised.
     operator SmartArray<char>() const;
 };
 

@@ -7,10 +7,10 @@
 namespace znsl {
 
 /// The marker that a writer appends after the last object of a sequence. It has no payload.
-/// A stream refuses to read it as an object; `skip()` removes it.
+/// `read()` of a stream throws if it is asked to read a marker; `skip()` removes one.
 class EndOfFile : public Serializable {
 public:
-    /// The type id. An empty stream returns it as its next type, too.
+    /// The type id. `getNextType()` also returns it for an empty stream.
     static constexpr unsigned int typeId = 1;
 
     EndOfFile() = default;
@@ -24,15 +24,15 @@ public:
     std::string getTypeName() const override;
     /// "<znsl_EndOfFile/>".
     std::string toXML() const override;
-    /// "<name/>"; the empty string for a null name.
+    /// Returns "<name/>", or the empty string if `name` is null.
     std::string toXML(char const* name) const override;
-    /// Accepts anything and reads nothing: true.
+    /// Reads nothing and always returns true.
     bool fromXML(char const* xml) override;
     /// 0.
     unsigned int getBinLength() const override;
-    /// Writes nothing: 0.
+    /// Writes nothing and returns 0.
     unsigned int toBin(unsigned char* out) const override;
-    /// Reads nothing: 0.
+    /// Reads nothing and returns 0.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 };
 

@@ -5,7 +5,7 @@
 
 namespace znsl {
 
-/// A source and a sink of serialized objects in one.
+/// A stream that is both a source and a sink of serialized objects.
 class IOStream : public IStream, public OStream {
 public:
     IOStream() = default;

@@ -17,7 +17,8 @@ bool IStream::wait(unsigned int timeout) const {
         return true;
     }
     while (true) {
-        // Contract: the deadline is tested before the stream, so wait(0) is always false.
+        // Contract: the deadline is checked before the stream, so wait(0) is always false. Programs
+        // on cameras may depend on it.
         if (zn_tickcount() - start >= timeout)
             return false;
         if (!isEmpty())

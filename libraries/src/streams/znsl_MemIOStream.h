@@ -14,36 +14,39 @@ namespace znsl {
 /// A first-in, first-out queue of serialized objects in one growable byte buffer. It can be saved
 /// to a file and loaded from one, and it is itself a storable value.
 ///
-/// The unread content is a sequence of object records, back to back: type id (2 bytes), reserved
-/// (2 bytes, 0), payload length N (4 bytes), payload (N bytes), in the machine's byte order.
-/// Writing appends records, reading takes them from the front. A reader may skip a record without
-/// knowing its type. Appending is amortised constant time per byte. A queue in steady state stops
-/// growing: compaction reclaims consumed space when an append finds too little room.
+/// The unread content is a sequence of records without gaps, each with four fields in the machine's
+/// byte order: type id (2 bytes), reserved (2 bytes, 0), payload length N (4 bytes), payload
+/// (N bytes). Writing appends records; reading removes them from the front. A reader can skip
+/// a record whose type it does not know.
 ///
-/// Every operation except a direct call of `fromBin` is safe on any content, whatever bytes `load`,
-/// `setBuffer` or the caller put there: no access leaves the buffer, provided that the `fromBin` of
-/// the objects read stays within the length that it is given.
+/// Appending takes amortised constant time per byte. Before the buffer grows, an append reuses the
+/// space of records that were already read, so the buffer of a steady queue stops growing.
 ///
-/// Faults are zntl::Exception with a located message. Every operation documents what it leaves
-/// behind. std::bad_alloc, and std::length_error for content beyond 32 bits, leave the stream
-/// unchanged unless documented otherwise. A stream may be used by one thread at a time.
+/// Every operation except a direct call of `fromBin` is safe on any content, wherever it came from:
+/// it stays within the buffer if the `fromBin` of the objects read stays within the length that it
+/// is given.
+///
+/// Errors are reported as zntl::Exception, whose message contains a source location; the comments
+/// below name the line. If an operation throws std::bad_alloc, or std::length_error because the
+/// content would exceed 32 bits, the stream is unchanged unless its comment says otherwise. Only
+/// one thread at a time may use a stream.
 class MemIOStream : public Serializable, public IOStream {
 public:
     /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 6;
-    /// The bytes before every payload: type id, reserved field, payload length.
+    /// The number of bytes before every payload: type id, reserved field, payload length.
     static constexpr unsigned int recordHeaderSize =
         sizeof(std::uint16_t) + sizeof(std::uint16_t) + sizeof(std::uint32_t);
 
-    /// A stream without a buffer, or with one of exactly `capacity` bytes.
+    /// Makes an empty stream with a buffer of exactly `capacity` bytes; without a buffer for 0.
     explicit MemIOStream(unsigned int const& capacity = 0);
-    /// A stream with a copy of the given records; throws what `setBuffer` throws.
+    /// Makes a stream with a copy of the given records. Throws what `setBuffer` throws.
     MemIOStream(unsigned char const* data, unsigned int const& size);
-    /// Copies the unread content, into a buffer of the other stream's capacity.
+    /// Copies the unread content into a buffer of the other stream's capacity.
     MemIOStream(MemIOStream const& other);
-    /// Copies the unread content and adopts the other stream's capacity. Assigning a stream to
-    /// itself empties it and keeps its buffer. If allocating a buffer of another capacity fails,
-    /// the stream is left without a buffer.
+    /// Replaces the content with the other stream's unread content, and the capacity with its
+    /// capacity. Assigning a stream to itself empties it but does not release its buffer. If the
+    /// allocation fails, the stream is empty and has no buffer.
     MemIOStream& operator=(MemIOStream const& other);
     ~MemIOStream() override = default;
 
@@ -51,105 +54,114 @@ public:
     unsigned int getTypeId() const override;
     /// "znsl_MemIOStream".
     std::string getTypeName() const override;
-    /// Not implemented: throws, as the form with a name does.
+    /// Not implemented: throws "toXML() - not implemented" (line 685).
     std::string toXML() const override;
     /// Not implemented: throws "toXML() - not implemented" (line 685).
     std::string toXML(char const* name) const override;
     /// Not implemented: throws "fromXML() - not implemented" (line 694).
     bool fromXML(char const* xml) override;
-    /// `size()` + 4. Throws std::length_error if that does not fit 32 bits.
+    /// Returns `size()` + 4. Throws std::length_error if that does not fit in 32 bits.
     unsigned int getBinLength() const override;
-    /// Writes `size()` (4 bytes) and the unread content; returns `getBinLength()`. Throws what
-    /// `getBinLength` throws.
+    /// Writes `size()` (4 bytes) and the unread content. Returns `getBinLength()`, and throws what
+    /// it throws.
     unsigned int toBin(unsigned char* out) const override;
 
-    /// Whether `fromBin` stays within the `length` bytes at `data`: they hold a 4-byte length S and
-    /// at least S more bytes. Does not check the records.
+    /// Returns whether `fromBin` would stay within the `length` bytes at `data`: they start with
+    /// a 4-byte length S and contain at least S more bytes. Does not check the records.
     static bool canReadBin(unsigned char const* data, unsigned int length);
 
-    /// Replaces the content with the records that follow a 4-byte length S at `data`; returns
-    /// `getBinLength()`. Throws what `setBuffer` throws.
+    /// Replaces the content with the S bytes of records after the 4-byte length S at `data`.
+    /// Returns `getBinLength()`. Throws what `setBuffer` throws.
     ///
-    /// TRUSTS ITS INPUT when called directly: `available` is ignored, and S + 4 bytes must be
-    /// there. Ask `canReadBin` first if the bytes are not your own. The library asks before it
-    /// calls this, or that of a subclass, for a record, a member or a file.
+    /// A direct call TRUSTS ITS INPUT: it reads S + 4 bytes and ignores `available`. Call
+    /// `canReadBin` first if you do not trust the bytes. The library does so before it reads
+    /// a record, a member or a file into a MemIOStream or a subclass.
     unsigned int fromBin(unsigned char const* data, unsigned int available) override;
 
-    /// Does nothing.
+    /// A no-op.
     void flush() override;
     /// Appends an end-of-file marker.
     void close() override;
 
-    /// Appends a record of `object` and returns its size. The object serializes itself straight
-    /// into the buffer, after the header: it finds the stream 8 bytes longer. A stream written into
-    /// itself, alone or as a member of `object`, stores the content that it had before.
+    /// Appends a record of `object` and returns its size in bytes.
     ///
-    /// When the object's `toBin` throws anything, throws "couldn't convert object to binary data"
-    /// (line 262). The record's header then stays in the stream without its payload, and the stream
-    /// is no longer valid. Exceptions from `getBinLength`, `getTypeId` and the allocation pass
-    /// through, with the content unchanged; the buffer may have grown or been compacted.
+    /// The object's `toBin` writes directly into the buffer, after the 8-byte header, which is
+    /// already part of the content by then. But if a stream is written into itself, alone or as
+    /// a member of `object`, it stores the content from before the call.
     ///
-    /// While the object writes itself, operations that would replace this stream's buffer throw
-    /// zntl::Exception. An object that uses up its own room by writing to this stream is reported
-    /// like one that throws.
+    /// If `toBin` throws, throws "couldn't convert object to binary data" (line 262). The header
+    /// then stays in the stream without a payload, and the stream is no longer valid. Exceptions
+    /// of `getBinLength`, `getTypeId` and the allocation propagate, with the content unchanged; the
+    /// buffer may have grown or been compacted.
+    ///
+    /// While `toBin` runs, operations that would replace this stream's buffer throw
+    /// zntl::Exception. If `toBin` itself appends to this stream until its own payload no longer
+    /// fits, that is also the exception of line 262.
     unsigned int write(Serializable const& object) override;
     OStream& operator<<(Serializable const& object) override;
 
     /// The type id of the next record; 1 for an empty stream. Throws "getNextType() - no data"
-    /// (line 294) when fewer than 8 bytes are left.
+    /// (line 294) if there are 1 to 7 unread bytes.
     unsigned int getNextType() const override;
 
-    /// Whether the next `n` records are complete and of the types of the `n` objects named; further
-    /// arguments are `znsl::Serializable*` too (convert pointers to subclasses). A null pointer
-    /// stands for a record of any type. Throws "checkTypes() - no data" (line 313) when fewer than
-    /// 8 bytes are left, even for an `n` of 0. A record without a payload at the very end of the
-    /// content does not count.
+    /// Returns whether the next `n` records are complete and have the types of the `n` objects.
+    /// A null pointer matches any type. All arguments after `n` must have exactly the type
+    /// `znsl::Serializable*`, so convert pointers to subclasses.
+    ///
+    /// Throws "checkTypes() - no data" (line 313) if there are fewer than 8 unread bytes, even for
+    /// an `n` of 0. A last record without a payload counts as incomplete.
     virtual bool checkTypes(unsigned int n, Serializable* first, ...) const;
 
     bool isEmpty() const override;
 
-    /// Takes the next record into `object` and returns the record's size.
+    /// Reads the next record into `object`, removes it from the stream and returns its size in
+    /// bytes.
     ///
-    /// Throws "read() - trying to read EOF" (line 340) for an object of type 1, "read() - type
-    /// mismatch" (line 341) when the next record is of another type or there is none, what
-    /// `getNextType` throws, and when the object's `fromBin` throws, "read() - " with the message
-    /// of a zntl::Exception (line 354), or "read() - could not read object" (line 359). The record
-    /// then stays in the stream, and the object may be partly changed. A String without a NUL or a
-    /// stream longer than its payload is not read: line 354.
+    /// Throws, and leaves the record in the stream:
+    /// - "read() - trying to read EOF" (line 340) if the type of `object` is 1;
+    /// - "read() - type mismatch" (line 341) if the next record has another type or there is none;
+    /// - what `getNextType` throws;
+    /// - "read() - " and the message (line 354) if the object's `fromBin` throws zntl::Exception,
+    ///   or if a String without a NUL or a MemIOStream longer than its payload is refused;
+    /// - "read() - could not read object" (line 359) if `fromBin` throws anything else.
     ///
-    /// From a record that runs past the content the object reads the bytes that are there; the
-    /// stream is then empty, and the returned size is that of the length field.
+    /// If `fromBin` threw, the object may be partly changed.
+    ///
+    /// If the content ends inside the record, `object` reads the bytes that are present. The stream
+    /// is then empty, and the returned size is the one that the header announced.
     unsigned int read(Serializable& object) override;
 
-    /// As `read`, but the record stays in the stream: lines 374, 376 ("peek() - type mismatch %d !=
-    /// %d" with the type found and the type asked for), 389 and 394.
+    /// As `read`, but leaves the record in the stream. Throws the corresponding messages, which
+    /// start with "peek() - ", with the lines 374, 376, 389 and 394. The one of line 376 is
+    /// "peek() - type mismatch FOUND != EXPECTED", with two type ids.
     virtual unsigned int peek(Serializable& object) const;
 
-    /// Reads the next `n` records into the `n` objects named (arguments as in `checkTypes`) without
-    /// taking them out, and returns their total size; 0 when there are not that many complete
-    /// records. Throws "peek() - trying to read EOF" (line 423), "peek() - type mismatch" (line
-    /// 424), "peek() - " with a message (line 433) and "peek() - could not read object" (line 438).
-    /// Objects before the one that failed keep what was read into them. A record without a payload
-    /// at the very end of the content does not count.
+    /// Reads the next `n` records into the `n` objects, but leaves the records in the stream.
+    /// Returns their total size in bytes, or 0 if there are fewer than `n` complete records.
+    /// Arguments are as in `checkTypes`; a last record without a payload counts as incomplete.
+    ///
+    /// Throws "peek() - trying to read EOF" (line 423), "peek() - type mismatch" (line 424),
+    /// "peek() - " and a message (line 433) and "peek() - could not read object" (line 438), for
+    /// the same reasons as `read`. Objects before the failed one keep their new values.
     virtual unsigned int peek(unsigned int n, Serializable* first, ...) const;
 
-    /// The number of records, an incomplete last one included; 0 for fewer than 8 bytes. Takes
-    /// time proportional to it.
+    /// The number of records, including an incomplete last one; 0 for fewer than 8 unread bytes.
+    /// Takes time proportional to that number.
     virtual unsigned int count() const;
 
-    /// Removes the next record, markers included, and returns its size by its length field. Throws
-    /// "skip() - no data" (line 485) when fewer than 8 bytes are left. A record that runs past the
-    /// content removes what is left of it.
+    /// Removes the next record, which may be a marker, and returns the size that its header
+    /// announces. If the content ends inside the record, removes the rest. Throws
+    /// "skip() - no data" (line 485) if there are fewer than 8 unread bytes.
     unsigned int skip() override;
 
     IStream& operator>>(Serializable& object) override;
 
-    /// A memory stream is no source of raw records: throws "readNextObject() - not implemented"
-    /// (line 704).
+    /// Not implemented: throws "readNextObject() - not implemented" (line 704). A MemIOStream
+    /// cannot be the source of `operator<<(IStream&)`.
     bool readNextObject(unsigned char*& data, unsigned int& length) override;
 
-    /// Appends one raw record obtained from `source` through `getNextObject`; nothing when that
-    /// gives false. The source must deliver a whole record, which is released in every case.
+    /// Appends the raw record that `getNextObject(source)` returns, and releases it. Appends
+    /// nothing if that returns false. Does not check that the record is whole.
     OStream& operator<<(IStream& source) override;
 
     /// The size of the buffer in bytes.
@@ -157,58 +169,64 @@ public:
     /// The number of unread bytes.
     unsigned int size() const { return writePos_ - readPos_; }
 
-    /// Makes the capacity exactly `n` if it is smaller; the unread bytes move to the start.
+    /// Replaces the buffer with one of exactly `n` bytes and the same content, if `n` exceeds the
+    /// capacity.
     void reserve(unsigned int const& n);
 
-    /// Makes room for `n` more bytes: grows to twice the capacity plus `n` when the unread bytes
-    /// and `n` exceed the capacity, or moves the unread bytes to the start when only the room after
-    /// them is too small. These sums wrap at 32 bits, and a sum that wrapped to no more than the
-    /// capacity changes nothing: for an `n` near 4 GB, check `capacity()` afterwards.
+    /// Makes room for `n` more bytes. If the unread bytes and `n` together exceed the capacity,
+    /// grows to twice the capacity plus `n`. Otherwise moves the unread bytes to the start of the
+    /// buffer, if there is too little room after them.
+    ///
+    /// Both sums wrap at 32 bits. If one wraps, there may be too little room afterwards: for a
+    /// large `n`, check `capacity()`.
     void checkBuff(unsigned int const& n);
 
-    /// Makes room as `checkBuff` does and appends `n` bytes that the caller fills at `out`, which
-    /// is valid until the next operation that appends to, compacts or replaces the buffer. Throws
-    /// std::length_error when the room would exceed 32 bits.
+    /// Appends `n` uninitialised bytes and sets `out` to their address; the caller fills them. The
+    /// address is valid until the next operation that appends to, compacts or replaces the buffer.
+    /// Throws std::length_error if the new capacity would exceed 32 bits.
     void getWriteBuffer(unsigned char*& out, unsigned int n);
 
-    /// Removes what was appended after the first `n` bytes at `p`, an address from
-    /// `getWriteBuffer`; does nothing when no more than that was appended.
+    /// Truncates the content after the first `n` bytes at `p`, an address from `getWriteBuffer`.
+    /// A no-op if the content ends there or earlier.
     void finalizeBuffer(unsigned char*& p, unsigned int n);
 
-    /// The unread bytes, in place, valid as long as an address from `getWriteBuffer`; null and 0
-    /// when there are none.
+    /// Sets `data` and `length` to the unread bytes in the buffer; to null and 0 if there are none.
+    /// The address is valid as long as one from `getWriteBuffer`.
     void getBuffer(unsigned char const*& data, unsigned int& length) const;
 
     /// Replaces the content with a copy of the given records, which may be in the stream's own
-    /// buffer; null data or a length of 0 empty the stream. A larger buffer is kept.
+    /// buffer. If `data` is null or `length` is 0, empties the stream. Never reduces the capacity.
     ///
-    /// Throws "setBuffer() - resulting memory is not valid." (line 643) when the bytes are not
-    /// a whole number of records; they stay in the stream. If the allocation fails, the stream is
-    /// left empty.
+    /// Throws "setBuffer() - resulting memory is not valid." (line 643) if the bytes are not a
+    /// whole number of records; they stay in the stream. If the allocation fails, the stream is
+    /// empty.
     void setBuffer(unsigned char const* data, unsigned int const& length);
 
-    /// Whether the unread bytes are a whole number of records. Takes time proportional to it.
+    /// Whether the unread bytes are a whole number of records. Takes time proportional to that
+    /// number.
     bool validate() const;
 
     /// Moves the unread bytes to the start of the buffer.
     void defrag();
-    /// Empties the stream and keeps the buffer.
+    /// Empties the stream but does not release the buffer.
     void clear();
     /// Empties the stream and releases the buffer.
     void purge();
 
-    /// Writes the unread records to a file, and nothing else; the file is created, or cut to zero
-    /// length first. False when it cannot be opened, written (it may be partly written) or closed.
-    /// The stream is unchanged. One write. Never throws.
+    /// Writes the unread records, and nothing else, to a file with a single write. Creates the file
+    /// or truncates it first. Returns false if the file cannot be opened, written or closed; it may
+    /// then be partly written. Never throws.
     bool save(char const* path) const;
 
-    /// Replaces the content with the records in a file. A larger buffer is kept.
+    /// Replaces the content with the records in a file, with a single read. Never reduces the
+    /// capacity. Never throws.
     ///
-    /// False, with the stream unchanged, when the file cannot be opened, has no size (a directory,
-    /// a pipe, a file that the system makes up), does not fit 32 bits, or the allocation fails.
-    /// False, with the bytes after the read position possibly overwritten, when it cannot be read.
-    /// False, with its bytes in the stream, when they are not a whole number of records. One read.
-    /// Never throws.
+    /// Returns false:
+    /// - with the stream unchanged, if the file cannot be opened, has 4 GiB or more, or has no
+    /// known
+    ///   size (a directory, a pipe, a file in /proc), or if the allocation fails;
+    /// - with the unread bytes possibly overwritten, if reading the file fails;
+    /// - with the bytes of the file in the stream, if they are not a whole number of records.
     bool load(char const* path);
 
 private:
@@ -218,13 +236,13 @@ private:
     static ReadFaults const peekFaults;
     static ReadFaults const peekManyFaults;
     struct RecordWalk {
-        unsigned int records; // the last one possibly incomplete
-        bool whole;           // whether the last one ended where the content ends
+        unsigned int records; // including an incomplete last one
+        bool whole;           // whether the last one is complete
     };
 
     template <class T>
     friend class Set;
-    /// A fault of `write` or of a set that an allocation failure caused.
+    /// The exception of `write` and of a set after an allocation failure.
     class OutOfMemory : public zntl::Exception {
         using zntl::Exception::Exception;
     };
@@ -248,7 +266,7 @@ private:
     void replaceBuffer(unsigned int capacity);
     void requireReplaceable() const;
 
-    std::unique_ptr<unsigned char[]> buffer_; // null exactly when capacity_ is 0
+    std::unique_ptr<unsigned char[]> buffer_; // null if and only if capacity_ is 0
     unsigned int capacity_ = 0;
     unsigned int readPos_ = 0;  // first unread byte
     unsigned int writePos_ = 0; // one past the last written byte

@@ -8,8 +8,9 @@
 
 namespace znsl {
 
-/// The binary and XML forms of a class that consists of serializable members and lists them in one
-/// operation, `fillSerializable`. A Struct needs less code and does not allocate.
+/// The binary and XML forms of a class that lists its members at run time, in an operation
+/// `fillSerializable`. If the members are always the same, a Struct needs less code and does not
+/// allocate.
 ///
 ///     void Point::fillSerializable(std::list<znsl::Serializable*>& list,
 ///                                  std::map<std::string, znsl::Serializable*>& table) const;
@@ -19,15 +20,15 @@ namespace znsl {
 ///         return znsl::Members(*this).toBin(out);
 ///     }
 ///
-/// The list holds the members of the binary form in the order in which they are written; the table
-/// holds those of the XML form under their element names. A class that names fewer or more members
-/// for XML than for the binary form has no XML form. Construct one for each call; the members must
-/// outlive it.
+/// `fillSerializable` appends pointers to the members of the binary form to the list, in the order
+/// in which they are written, and adds those of the XML form to the table, by element name. If the
+/// table does not have as many entries as the list, the class has no XML form. Construct a Members
+/// for each call; the members must outlive it.
 class Members {
 public:
-    /// The source location that a class without an XML form reports.
+    /// The source location in the exception of a class without an XML form.
     struct Place {
-        char const* source;    ///< the file's path as the build names it, without its extension
+        char const* source;    ///< the path of the source file, without its extension
         int line;              ///< the line in it
         char const* className; ///< the class, with its namespace
     };
@@ -38,28 +39,29 @@ public:
         object.fillSerializable(list_, table_);
     }
 
-    /// The sum of the members' lengths. Throws std::length_error if it does not fit 32 bits.
+    /// The sum of the members' lengths. Throws std::length_error if it does not fit in 32 bits.
     unsigned int getBinLength() const;
 
     /// Writes the members one after another; returns the number of bytes written.
     unsigned int toBin(unsigned char* out) const;
 
-    /// Reads the members one after another and returns the number of bytes consumed. Safe on any
-    /// bytes: throws zntl::Exception when a member would leave the `length` bytes at `data` or
-    /// reports that it did, and passes on what a member throws. The members before it keep what
-    /// they read.
+    /// Reads the members one after another and returns the number of bytes consumed.
+    ///
+    /// Throws zntl::Exception if a String or MemIOStream would read past the `length` bytes at
+    /// `data`, or if a member consumed more. Rethrows what a member throws. The members before the
+    /// failed one keep their new values. Safe on any bytes if members of other classes stay within
+    /// the length that they are given.
     unsigned int fromBin(unsigned char const* data, unsigned int length);
 
-    /// One element called `element` with the members' XML in it, in the order of their names; null
-    /// pointers in the table are left out. The empty string for a null `element`. Throws
-    /// zntl::Exception "toXML() - Not implemented", located at `place`, when the class has no XML
-    /// form.
+    /// Returns an element called `element` that contains the XML of the members in the table,
+    /// sorted by name; null pointers are skipped. Returns the empty string if `element` is null.
+    /// Throws zntl::Exception "toXML() - Not implemented", located at `place`, if the class has no
+    /// XML form.
     std::string toXML(char const* element, Place const& place) const;
 
-    /// Lets each member read the child of the root element that has its name, and skips other
-    /// children. False when there is no root element or it has no children.
-    /// Throws zntl::Exception "fromXML() - Not implemented", located at `place`, when the class has
-    /// no XML form.
+    /// Lets each member read the child of the root element that has its name. Skips other children.
+    /// Returns false if there is no root element or it has no children. Throws zntl::Exception
+    /// "fromXML() - Not implemented", located at `place`, if the class has no XML form.
     bool fromXML(char const* xml, Place const& place);
 
 private:

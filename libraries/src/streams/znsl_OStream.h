@@ -13,23 +13,22 @@ public:
     OStream& operator=(OStream const&) = default;
     virtual ~OStream() = default;
 
-    /// Passes buffered data on to its destination.
+    /// Writes buffered data to its destination.
     virtual void flush() = 0;
 
     /// Ends the sequence of objects with an end-of-file marker.
     virtual void close() = 0;
 
-    /// Appends an object; returns the bytes appended.
+    /// Appends an object. Returns the number of bytes appended.
     virtual unsigned int write(Serializable const& object) = 0;
 
-    /// Calls `write`; returns the stream, so that calls can be chained.
+    /// Calls `write` and returns the stream, so calls can be chained.
     virtual OStream& operator<<(Serializable const& object) = 0;
 
-    /// Moves one raw record from `source`, obtained with `getNextObject`, to this stream.
+    /// Moves one raw record, which it obtains with `getNextObject`, from `source` to this stream.
     virtual OStream& operator<<(IStream& source) = 0;
 
-    /// Obtains the next raw record from `source` through its `readNextObject`, with the same
-    /// result, ownership and exceptions.
+    /// Calls `source.readNextObject`, with the same results, ownership and exceptions.
     virtual bool getNextObject(IStream& source, unsigned char*& data, unsigned int& length);
 };
 

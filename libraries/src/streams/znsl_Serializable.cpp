@@ -20,18 +20,19 @@ using TypeField = std::uint16_t;
 using LengthField = std::uint32_t;
 constexpr std::size_t headerSize = sizeof(TypeField) + sizeof(LengthField);
 
-/// The payload's offset in the buffer: the header fits before it, and the payload is as aligned as
-/// an allocation of its own.
+/// The offset of the payload in the buffer. It leaves room for the header, and aligns the payload
+/// like an allocation of its own.
 constexpr std::size_t payloadOffset = alignof(std::max_align_t);
 static_assert(payloadOffset >= headerSize);
 
-/// Follows the payload, so that a String that a class reads by hand finds a NUL, even after an
-/// empty payload.
+/// The number of zero bytes after the payload. A class's `fromBin` may call String::fromBin, which
+/// needs a NUL after a 4-byte length, even if the payload is empty.
 constexpr std::size_t zeros = sizeof(LengthField) + 1;
 
-/// Reads a payload of `length` bytes; null when the file ends before that. The size of a regular
-/// file is checked first. From a pipe or a device the memory grows with the bytes that arrive, so
-/// that a length field alone cannot claim memory.
+/// Reads a payload of `length` bytes. Returns null if the file ends before that.
+///
+/// The length field alone never causes a large allocation. For a regular file, it is first compared
+/// with the file's size. For a pipe or a device, the buffer grows with the bytes that arrive.
 std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField length) {
     constexpr std::uint64_t firstBlock = 65536;
     std::optional<std::uint64_t> const fileSize = file.size();
@@ -62,7 +63,7 @@ bool Serializable::toFile(char const* path) const {
     try {
         unsigned int const length = getBinLength();
         std::uint64_t const bufferSize = std::uint64_t{payloadOffset} + length;
-        if (bufferSize > PTRDIFF_MAX) // more than 32-bit machines have
+        if (bufferSize > PTRDIFF_MAX) // possible on 32-bit machines
             return false;
         std::unique_ptr<unsigned char[]> const buffer(
             new unsigned char[static_cast<std::size_t>(bufferSize)]);
@@ -89,7 +90,8 @@ bool Serializable::fromFile(char const* path) {
         unsigned char header[headerSize];
         if (!file.read(header, sizeof header))
             return false;
-        // Contract: the whole id is compared, so a class whose id exceeds 16 bits never loads.
+        // Contract: the 16 stored bits are compared with the whole id, so a class whose id exceeds
+        // 16 bits never loads. The file format has no room for more.
         if (zntl::loadNative<TypeField>(header) != getTypeId())
             return false;
         auto const length = zntl::loadNative<LengthField>(header + sizeof(TypeField));

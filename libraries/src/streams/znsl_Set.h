@@ -19,12 +19,12 @@ namespace znsl {
 
 /// An ordered set of unique values that is itself a storable value.
 ///
-/// `T` is a Serializable with a default constructor and an `operator<`, which alone decides on
-/// order and uniqueness: of equal elements the set keeps the one inserted first. All operations of
-/// the standard set are available. The set adds no state.
+/// `T` must be a Serializable with a default constructor and an `operator<`. Only `operator<`
+/// decides on order and uniqueness: of equal elements, the set keeps the one inserted first. All
+/// operations of std::set are available. The set adds no data to it.
 ///
-/// Binary form: the binary form of a MemIOStream with these objects: an Integer holding the type
-/// id of `T`, an Integer holding the number of elements, and each element in ascending order.
+/// The binary form is that of a MemIOStream with these objects: an Integer with the type id of `T`,
+/// an Integer with the number of elements, and the elements in ascending order.
 template <class T>
 class Set : public std::set<T>, public Serializable {
 public:
@@ -45,18 +45,18 @@ public:
     /// The same as `getTypeName`.
     zntl::String internalTypeName() const { return T().getTypeName() + "Set"; }
 
-    /// `toXML(internalTypeName())`, by the virtual call.
+    /// Returns the result of the virtual `toXML(internalTypeName())`.
     std::string toXML() const override { return toXML(internalTypeName().c_str()); }
 
-    /// One element called `name` that contains each element's default XML. The empty string for
-    /// a null name. Throws what an element's `toXML` throws.
+    /// Returns an XML element called `name` that contains the result of `toXML()` for each element
+    /// of the set; the empty string if `name` is null. Throws what an element's `toXML` throws.
     std::string toXML(char const* name) const override {
         return render(name, [](T const& element) { return element.toXML(); });
     }
 
-    /// Replaces the content with the elements read from the children of the root element, whose
-    /// name is not checked. Skips children that `T` cannot read. False, with the set unchanged,
-    /// when there is no root element or it has no children.
+    /// Replaces the content with the elements that `T` reads from the children of the root element.
+    /// Skips children for which `T::fromXML` returns false. Does not check the name of the root.
+    /// Returns false, with the set unchanged, if there is no root element or it has no children.
     bool fromXML(char const* xml) override {
         auto const root = znxml::DomIterator::parse(xml);
         if (root.atEnd() || !root.hasChildren())
@@ -70,9 +70,9 @@ public:
         return true;
     }
 
-    /// The number of bytes that `toBin` writes; 0 when an element throws. Builds the record to find
-    /// out; if an allocation fails, adds up the elements' lengths instead. Throws std::length_error
-    /// for lengths beyond 32 bits.
+    /// Returns the number of bytes that `toBin` writes; 0 if an element throws. Builds the binary
+    /// form to measure it; if an allocation fails, adds up the elements' lengths instead. Throws
+    /// std::length_error if the length does not fit in 32 bits.
     unsigned int getBinLength() const override {
         try {
             MemIOStream record;
@@ -89,8 +89,9 @@ public:
         }
     }
 
-    /// Writes the binary form; returns the number of bytes written. Throws zntl::Exception
-    /// "znsl::Serializable::fromBin() - Failed!" when the record cannot be built.
+    /// Writes the binary form and returns the number of bytes written. Throws zntl::Exception
+    /// "znsl::Serializable::fromBin() - Failed!" if an element throws, an allocation fails, or the
+    /// form does not fit in 32 bits.
     unsigned int toBin(unsigned char* out) const override {
         MemIOStream record;
         try {
@@ -105,14 +106,14 @@ public:
         return record.toBin(out);
     }
 
-    /// Replaces the content with the elements of the binary form at `data`; returns the number of
-    /// bytes consumed, or 0, with the set empty, when the record is of another element type.
+    /// Replaces the content with the elements of the binary form at `data` and returns the number
+    /// of bytes consumed. Returns 0, with the set empty, if the elements are of another type.
     ///
-    /// Throws zntl::Exception "znsl::Serializable::fromBin() - Failed!" when the record cannot be
-    /// read: the set then holds the elements read before the failure, and is empty when the length
-    /// at the start is missing or exceeds `length`. Throws what MemIOStream::setBuffer throws, with
-    /// the set unchanged, when the content is not whole records. Safe on any bytes if the `fromBin`
-    /// of `T` stays within its length.
+    /// Throws zntl::Exception "znsl::Serializable::fromBin() - Failed!" if the length prefix is
+    /// incomplete or exceeds the `length` bytes (the set is then empty), or if an element cannot be
+    /// read (the set then contains the elements before it). Throws what MemIOStream::setBuffer
+    /// throws, with the set unchanged, if the content is not a whole number of records. Safe on any
+    /// bytes if the `fromBin` of `T` stays within its length.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override {
         if (!MemIOStream::canReadBin(data, length)) {
             this->clear();
@@ -128,9 +129,9 @@ public:
         }
     }
 
-    /// One element called `name` that contains each element's XML under the name `elementName`,
-    /// followed by a line end. (The form with one name has no line end.) The empty string for a
-    /// null `name`.
+    /// Returns an XML element called `name` that contains each element of the set as an XML element
+    /// called `elementName`, and then a newline (the other forms have none). Returns the empty
+    /// string if `name` is null.
     virtual std::string toXML(char const* name, char const* elementName) const {
         std::string xml =
             render(name, [=](T const& element) { return element.toXML(elementName); });
@@ -139,8 +140,8 @@ public:
         return xml;
     }
 
-    /// Appends the objects of the binary form to `stream`; false when a write threw. The objects
-    /// written before stay in the stream, and so may the header of the one that failed.
+    /// Appends the objects of the binary form to `stream`. Returns false if a write throws. The
+    /// stream then contains the objects before the failed one, and possibly that one's header.
     bool serialize(MemIOStream& stream) const {
         try {
             appendTo(stream);
@@ -151,14 +152,15 @@ public:
     }
 
 private:
-    // Contract: the message names `fromBin` even when `toBin` fails.
+    // Contract: the message names `fromBin` even if `toBin` fails, because programs may compare it.
     static constexpr char const* failure = "znsl::Serializable::fromBin() - Failed!";
 
-    /// Whether the set's type id fits 16 bits, where the compiler knows the element's: see Struct.
+    /// For a Struct, returns whether the set's type id fits in 16 bits.
     template <class Element, unsigned int typeId = Element::schema.typeId>
     static constexpr bool fitsSet(Element const* /*element*/) {
         return typeId <= 55535;
     }
+    /// For other classes, whose type id is known only at run time.
     static constexpr bool fitsSet(void const* /*element*/) { return true; }
 
     static int elementTypeId() {
@@ -173,7 +175,8 @@ private:
             stream << element;
     }
 
-    /// The length of the binary form by the elements' own lengths. Allocates nothing itself.
+    /// The length of the binary form, added up from the lengths of the elements without an
+    /// allocation.
     unsigned int measure() const {
         constexpr std::uint64_t header = MemIOStream::recordHeaderSize;
         std::uint64_t length = MemIOStream().getBinLength();

@@ -10,29 +10,29 @@
 
 namespace znsl {
 
-/// One member of a Struct. Made by `member` and `xmlMember`.
+/// Describes one member of a Struct. Create it with `member` or `xmlMember`.
 template <class Class, class Value>
 struct StructMember {
     static_assert(std::is_base_of_v<Serializable, Value> && !std::is_const_v<Value>,
                   "a member of a znsl::Struct is a znsl::Serializable that is not const");
     Value Class::*pointer; ///< the member
-    char const* xmlName;   ///< its name in the XML form; null when it is not in that form
+    char const* xmlName;   ///< its name in the XML form; null if it is not in that form
     bool isBinary;         ///< whether it is in the binary form
 };
 
-/// A member that is in the binary form, and if it has a name, in the XML form too.
+/// Describes a member of the binary form. If it has a name, it is in the XML form too.
 template <class Class, class Value>
 constexpr StructMember<Class, Value> member(Value Class::*pointer, char const* xmlName = nullptr) {
     return {pointer, xmlName, true};
 }
 
-/// A member that is in the XML form only.
+/// Describes a member that is in the XML form only.
 template <class Class, class Value>
 constexpr StructMember<Class, Value> xmlMember(Value Class::*pointer, char const* xmlName) {
     return {pointer, xmlName, false};
 }
 
-/// The description of a Struct. Made by `schema`.
+/// The description of a Struct. Create it with `schema`.
 template <class... StructMembers>
 struct Schema {
     unsigned int typeId;                  ///< the value of getTypeId
@@ -47,7 +47,7 @@ constexpr Schema<StructMembers...> schema(unsigned int typeId, char const* typeN
     return {typeId, typeName, {members...}};
 }
 
-/// Shared by all Struct classes and Members. Not for use elsewhere.
+/// Implementation details of Struct.
 namespace structs {
 
 /// A member and its name in the XML form.
@@ -62,7 +62,7 @@ std::string toXML(NamedMember<Serializable const> const* members, std::size_t co
                   char const* element);
 /// See Struct::fromXML.
 bool fromXML(NamedMember<Serializable> const* members, std::size_t count, char const* xml);
-/// Throws the exception of a class without an XML form.
+/// Throws the exception "TYPE::OPERATION - Not implemented" of a class without an XML form.
 [[noreturn]] void refuseXML(char const* typeName, char const* operation);
 /// See Struct::getBinLength.
 unsigned int getBinLength(Serializable const* const* members, std::size_t count);
@@ -81,18 +81,18 @@ constexpr bool isLess(char const* one, char const* other) {
     return static_cast<unsigned char>(*one) < static_cast<unsigned char>(*other);
 }
 
-/// Whether both are the same member.
+/// Whether both pointers point to the same member.
 template <class Class, class Value>
 constexpr bool isSame(Value Class::*one, Value Class::*other) {
     return one == other;
 }
-/// Members of different types are different members.
+/// For members of different types, which are never the same: false.
 template <class One, class Other>
 constexpr bool isSame(One /*one*/, Other /*other*/) {
     return false;
 }
 
-/// Whether an XML element can have this name: letters, digits, "_", "-" and ".", beginning with
+/// Whether an XML element can have this name: letters, digits, "_", "-" and ".", starting with
 /// a letter or "_". Bytes beyond ASCII count as letters.
 constexpr bool isXmlName(char const* name) {
     for (std::size_t i = 0; name[i] != '\0'; ++i) {
@@ -106,7 +106,7 @@ constexpr bool isXmlName(char const* name) {
     return name[0] != '\0';
 }
 
-/// Whether the library has a class of this type id, or a set of one.
+/// Whether a class of the library, or a set of such a class, has this type id.
 constexpr bool isTaken(unsigned int typeId) {
     // NOLINTNEXTLINE(readability-use-anyofallof): not constexpr before C++20
     for (unsigned int const taken : {1U, 6U, 501U, 504U, 815U}) {
@@ -116,7 +116,7 @@ constexpr bool isTaken(unsigned int typeId) {
     return false;
 }
 
-/// No members: none is listed twice.
+/// Ends the recursion of the other form: false.
 constexpr bool repeatsMember() { return false; }
 /// Whether a member is listed twice.
 template <class First, class... Others>
@@ -133,7 +133,7 @@ constexpr std::size_t countNames(Names const& names) {
     return count;
 }
 
-/// How many of the names come before this one.
+/// The number of names that sort before this one.
 template <class Names>
 constexpr std::size_t rankOf(char const* name, Names const& names) {
     std::size_t rank = 0;
@@ -143,7 +143,8 @@ constexpr std::size_t rankOf(char const* name, Names const& names) {
     return rank;
 }
 
-/// Whether a name is used twice: two names have the same rank.
+/// Whether a name is used twice. Different names have the ranks 0, 1, 2 and so on, whose sum is
+/// count * (count - 1) / 2. A repeated name makes the sum smaller.
 template <class Names>
 constexpr bool repeatsName(Names const& names) {
     std::size_t ranks = 0;
@@ -153,7 +154,7 @@ constexpr bool repeatsName(Names const& names) {
     return count > 0 && ranks != count * (count - 1) / 2;
 }
 
-/// Whether all names can be those of XML elements.
+/// Whether XML elements can have all these names. Null pointers are skipped.
 template <class Names>
 constexpr bool areXmlNames(Names const& names) {
     bool are = true;
@@ -164,8 +165,8 @@ constexpr bool areXmlNames(Names const& names) {
 
 } // namespace structs
 
-/// A base for your own storable classes: a class derived from `Struct<itself>` gets all operations
-/// of the contract from a description of its members.
+/// A base for your own storable classes. A class derived from `Struct<itself>` describes its
+/// members in a `schema`, and inherits all operations of Serializable.
 ///
 ///     class Place : public znsl::Struct<Place> {
 ///     public:
@@ -177,17 +178,18 @@ constexpr bool areXmlNames(Names const& names) {
 ///                                                     znsl::member(&Place::name, "name"));
 ///     };
 ///
-/// The stored forms are those of Members for the same members, byte by byte; no operation on the
-/// binary form allocates. A Struct adds no data of its own, so objects are copied, moved and
-/// assigned as their members are. Elements of a Set need an `operator<` besides.
+/// The stored forms are the same, byte by byte, as those of Members for the same members. The
+/// operations of the binary form do not allocate. A Struct has no data of its own, so copying and
+/// moving an object copies and moves its members. Elements of a Set also need an `operator<`.
 ///
-/// A class that extends such a class derives from `Struct<itself, that class>`. Its schema lists
-/// the inherited members as well.
+/// To extend such a class, derive from `Struct<itself, that class>`, and list the inherited members
+/// in the new schema too.
 ///
-/// Where the class is used, these mistakes are errors of the compiler: a member that is not
-/// a Serializable, or is listed twice; a name that is used twice, or that no XML element can have;
-/// a type id that exceeds 65535 or is one of the library's own; a Set of a class whose type id
-/// exceeds 55535, because that of the set does not fit 16 bits then.
+/// The compiler rejects these mistakes where the class is used:
+/// - a member that is not a Serializable, or is listed twice;
+/// - a name that is used twice, or that no XML element can have;
+/// - a type id above 65535, or one that the library uses;
+/// - a Set of a class whose type id is above 55535: the id of the set would exceed 16 bits.
 template <class Class, class Base = Serializable>
 class Struct : public Base {
 public:
@@ -199,12 +201,13 @@ public:
     /// The schema's type name.
     std::string getTypeName() const override { return checkedSchema().typeName; }
 
-    /// `toXML(` type name `)`, by the virtual call.
+    /// Returns the result of the virtual `toXML(getTypeName())`.
     std::string toXML() const override { return this->toXML(checkedSchema().typeName); }
 
-    /// One element called `element` with the named members' XML in it, in the order of their names.
-    /// The empty string for a null `element`. A class that lists members and names none has no XML
-    /// form: throws zntl::Exception "Place::toXML() - Not implemented", with the type name.
+    /// Returns an element called `element` that contains the XML of the named members, sorted by
+    /// name; the empty string if `element` is null. A class with members, none of which has a name,
+    /// has no XML form: throws zntl::Exception "Place::toXML() - Not implemented", with its type
+    /// name.
     std::string toXML(char const* element) const override {
         if constexpr (!hasXML())
             structs::refuseXML(checkedSchema().typeName, "toXML()");
@@ -213,9 +216,9 @@ public:
     }
 
     /// Lets each member read the children of the root element that have its name, in document
-    /// order. Skips other children; members without a child keep their values. False
-    /// when there is no root element or it has no children. Throws zntl::Exception
-    /// "Place::fromXML() - Not implemented" when the class has no XML form.
+    /// order. Skips other children. Members without a child keep their values. Returns false if
+    /// there is no root element or it has no children. Throws zntl::Exception
+    /// "Place::fromXML() - Not implemented" if the class has no XML form.
     bool fromXML(char const* xml) override {
         if constexpr (!hasXML())
             structs::refuseXML(checkedSchema().typeName, "fromXML()");
@@ -223,7 +226,7 @@ public:
         return structs::fromXML(listed.data(), listed.size(), xml);
     }
 
-    /// The sum of the members' lengths. Throws std::length_error when it does not fit 32 bits.
+    /// The sum of the members' lengths. Throws std::length_error if it does not fit in 32 bits.
     unsigned int getBinLength() const override {
         auto const listed = binaryMembers<Serializable const>(static_cast<Class const&>(*this));
         return structs::getBinLength(listed.data(), listed.size());
@@ -235,17 +238,20 @@ public:
         return structs::toBin(listed.data(), listed.size(), out);
     }
 
-    /// Reads the members one after another and returns the number of bytes consumed; the other
-    /// bytes are ignored. Safe on any bytes: throws zntl::Exception when a member would leave the
-    /// `length` bytes at `data` or reports that it did, and passes on what a member throws. The
-    /// members before it keep what they read.
+    /// Reads the members one after another and returns the number of bytes consumed. Ignores the
+    /// bytes after them.
+    ///
+    /// Throws zntl::Exception if a String or MemIOStream would read past the `length` bytes at
+    /// `data`, or if a member consumed more. Rethrows what a member throws. The members before the
+    /// failed one keep their new values. Safe on any bytes if members of other classes stay within
+    /// the length that they are given.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override {
         auto const listed = binaryMembers<Serializable>(static_cast<Class&>(*this));
         return structs::fromBin(listed.data(), listed.size(), data, length);
     }
 
 private:
-    // Private, so that no class derives from the Struct of another.
+    // Private, so that only `Class` can derive from Struct<Class>.
     friend Class;
     Struct() = default;
 
@@ -255,7 +261,7 @@ private:
         return std::apply(function, Class::schema.members);
     }
 
-    /// The members' names in the XML form, null where there is none, in the order of the schema.
+    /// The members' names in the XML form, in the order of the schema; null for members without.
     static constexpr auto xmlNames() {
         return withMembers(
             [](auto... all) { return std::array<char const*, sizeof...(all)>{all.xmlName...}; });
@@ -292,7 +298,7 @@ private:
         return binary;
     }
 
-    /// The object's members of the XML form, in the order of their names.
+    /// The object's members of the XML form, sorted by name.
     template <class Value, class Object>
     static auto namedMembers(Object& object) {
         std::array<structs::NamedMember<Value>, structs::countNames(xmlNames())> named{};

@@ -21,7 +21,8 @@ char* zn_strdup(char const* s) { return strdup(textOrEmpty(s)); }
 
 char* zn_strcpy(char* dst, unsigned int size, char const* src) {
     std::strncpy(dst, textOrEmpty(src), size);
-    // Contract: a size of 0 writes the byte before dst, however wide the machine's pointers are.
+    // Contract: a size of 0 writes a zero to the byte before dst, on 64-bit machines too. Programs
+    // on cameras may depend on it.
     dst[static_cast<std::ptrdiff_t>(size) - 1] = '\0';
     return dst;
 }
@@ -30,7 +31,7 @@ int zn_stricmp(char const* a, char const* b) { return strcasecmp(textOrEmpty(a),
 
 char* zn_strlwr(char* s) {
 #if defined(__GLIBC__) && !defined(__UCLIBC__)
-    // The table itself: in C++ this C library's tolower is a call, which takes ten times as long.
+    // Reads the C library's table directly: its tolower is a function call for every byte in C++.
     auto const lowered = [table = *__ctype_tolower_loc()](unsigned char byte) {
         return table[byte];
     };
@@ -42,11 +43,11 @@ char* zn_strlwr(char* s) {
     return s;
 }
 
-// The read of address zero is meant, so no sanitizer reports it before it faults.
+// no_sanitize, because the function must end in a segmentation fault, not in a sanitizer's report.
 __attribute__((no_sanitize("null"))) char* zn_strupr(char* s) {
-    // Contract: the walk starts at the null address instead of at s, so every call faults.
-    // Volatile, because a compiler that saw the null pointer would replace the walk by another
-    // trap.
+    // Contract: the loop starts at the null address instead of at s, so every call ends in a
+    // segmentation fault, as on cameras. Volatile, because a compiler that sees the null pointer
+    // replaces the loop with a different trap.
     unsigned char volatile* volatile walk = nullptr;
     // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
     for (; *walk != 0; walk = walk + 1) // cppcheck-suppress nullPointer

@@ -19,7 +19,7 @@ constexpr unsigned int microsecondsPerMillisecond = 1000;
 unsigned int WaitObject::waitExclusive(unsigned int timeout) const { return wait(timeout); }
 
 void Wait(unsigned int milliseconds) {
-    // Contract: the product wraps at 32 bits.
+    // Contract: the product wraps at 32 bits, so long waits last as long as in earlier versions.
     usleep(milliseconds * microsecondsPerMillisecond);
 }
 

@@ -4,7 +4,7 @@
 
 namespace znst {
 
-/// Something that can become ready. Subclasses say what ready means.
+/// An object that can become ready. Subclasses define when it is.
 class WaitObject {
 public:
     WaitObject() = default;
@@ -12,26 +12,25 @@ public:
     WaitObject& operator=(WaitObject const&) = default;
     virtual ~WaitObject() = default;
 
-    /// Waits at most `timeout` milliseconds (0 only checks, 0xFFFFFFFF means no limit) for the
-    /// object to become ready; non-zero when it is.
+    /// Waits at most `timeout` milliseconds for the object to become ready: 0 means only check,
+    /// 0xFFFFFFFF means no limit. Returns a number other than 0 if it is ready, otherwise 0.
     virtual unsigned int wait(unsigned int timeout) const = 0;
 
-    /// Calls `wait`. Subclasses may distinguish exclusive waiting.
+    /// Calls `wait`. Subclasses may override it to make exclusive waiting different.
     virtual unsigned int waitExclusive(unsigned int timeout) const;
 };
 
-/// Sleeps for the given milliseconds. The number of microseconds wraps at 32 bits, so waits of
-/// 4294968 ms (about 72 minutes) and more are too short.
+/// Sleeps for the given number of milliseconds. The number of microseconds wraps at 32 bits, so
+/// waits of 4294968 ms (about 72 minutes) or more are too short.
 void Wait(unsigned int milliseconds);
 
-/// Polls `objects` until one is ready or `timeout` milliseconds have passed (0xFFFFFFFF: no
-/// limit). Returns the result of the first ready one in the vector's order, and stores its position
-/// in `index`; returns 0 when the time passed first, and leaves `index` as it was. Null entries are
-/// skipped.
+/// Polls `objects` in order until one is ready or `timeout` milliseconds have passed (0xFFFFFFFF
+/// means no limit). Returns the result of the ready object's `wait(0)` and stores its position in
+/// `index`. Returns 0, with `index` unchanged, if the time passed first. Skips null entries.
 ///
-/// Polls every entry before the ready one, even with a `timeout` of 0, and sleeps a millisecond
-/// after each pass that found none. The objects must stay alive; entries added during the call are
-/// not polled. Without any object and without a limit it never returns.
+/// Polls at least once, even with a `timeout` of 0, and sleeps for a millisecond after each pass
+/// that found no ready object. The objects must stay alive during the call. Entries that are added
+/// during the call are not polled. Without objects and without a limit, it never returns.
 unsigned int Wait(std::vector<WaitObject*> const& objects, unsigned int timeout,
                   unsigned int& index);
 

@@ -18,13 +18,14 @@ namespace {
 
 constexpr unsigned int binLength = 8; // two integers
 
-// Contract: both XML operations report line 26.
+// Contract: both XML operations report line 26, because programs and logs may compare the message.
 constexpr znsl::Members::Place withoutXML{"../../../../../libraries/src/video/znvl_Resolution", 26,
                                           "znvl::Resolution"};
 
-/// The nearest integer, halves away from zero, saturated; 0 for what is not a number.
+/// Rounds to the nearest integer, halves away from zero. Saturates at 32 bits; returns 0 for NaN.
 int roundToInt(float x) {
-    // Contract: the sum with a half is rounded to float, too.
+    // Contract: x + 0.5F is rounded to float before it is truncated, so 0.49999997F becomes 1.
+    // Every target must return the same sizes.
     // NOLINTBEGIN(bugprone-incorrect-roundings)
     constexpr float limit = 2147483648.0F;
     if (x >= 0)
@@ -56,7 +57,7 @@ bool scanSize(char const* text, Resolution& size) {
     return true;
 }
 
-/// The size that a name stands for; null when it is no name.
+/// The entry of ResolutionStrings for a name in any letter case; null if there is no such name.
 char const* findSize(char const* name) {
     for (std::size_t i = 0; Resolution::NameStrings[i]; ++i) {
         if (strcasecmp(name, Resolution::NameStrings[i]) == 0)
@@ -65,8 +66,8 @@ char const* findSize(char const* name) {
     return nullptr;
 }
 
-/// Whether the members are the width and the height: only a subclass can list others. A plain
-/// resolution needs no list, which costs twenty times as much as its eight bytes.
+/// Whether the object is exactly a Resolution. Its eight bytes are then read and written directly,
+/// because building the list of members takes much longer. A subclass may list other members.
 bool isPlain(Resolution const& resolution) { return typeid(resolution) == typeid(Resolution); }
 
 } // namespace
@@ -76,7 +77,8 @@ char const* Resolution::NameStrings[] = {"QCIF", "CIF", "4CIF", "720p", "1080p",
 char const* Resolution::ResolutionStrings[] = {"176x144",  "352x288",   "704x576",
                                                "1280x720", "1920x1080", nullptr};
 
-// Contract: not const, and a 0x0 on either side makes the result 0x0.
+// Contract: not const, because programs compiled earlier link with that symbol. A 0x0 operand makes
+// the result 0x0, although the other operand is larger.
 Resolution Resolution::getMax(Resolution const& other) {
     Resolution const none;
     if (*this == none || other == none)
@@ -101,7 +103,7 @@ Resolution Resolution::scale(Resolution const& bounds) const {
 bool Resolution::fromString(zntl::String const& text) {
     char const* size = text.c_str();
     while (size && !scanSize(size, *this))
-        size = findSize(size); // an entry may be a name itself
+        size = findSize(size); // if the entry found is itself a name, it is looked up too
     return size != nullptr;
 }
 
@@ -113,7 +115,7 @@ zntl::String Resolution::toNameString() const {
     end = std::to_chars(end, end + number, height.getValue()).ptr;
     *end = '\0';
     for (std::size_t i = 0; ResolutionStrings[i]; ++i) {
-        // Most sizes differ in the first character, which saves a call.
+        // Most sizes already differ in the first character, which is cheaper than a call.
         if (*ResolutionStrings[i] == *size && strcasecmp(ResolutionStrings[i], size) == 0)
             return NameStrings[i];
     }
@@ -152,7 +154,7 @@ unsigned int Resolution::fromBin(unsigned char const* data, unsigned int length)
 
 void Resolution::fillSerializable(std::list<znsl::Serializable*>& list,
                                   std::map<std::string, znsl::Serializable*>& /*table*/) const {
-    // One list serves reading and writing, so it cannot be const.
+    // The same list serves reading and writing, so its pointers are not const.
     list.push_back(const_cast<zntl::Integer*>(&width));
     list.push_back(const_cast<zntl::Integer*>(&height));
 }

@@ -10,25 +10,26 @@
 
 namespace znvl {
 
-/// A picture size in pixels, with a name for the owner's use.
+/// A picture size in pixels, with a name that callers may use as they like.
 ///
-/// Ordered by width and then by height, both signed, so that it can live in sorted sets. The name
-/// takes no part in ordering, equality, text and stored forms. Only copying carries it along.
+/// Resolutions are ordered by width and then by height, both signed, so sets can contain them.
+/// Copies have the name of the original. Every other operation ignores the name: it affects neither
+/// order nor equality, and is not part of the stored and text forms.
 class Resolution : public znsl::Serializable {
 public:
     zntl::Integer width;  ///< in pixels; any number
     zntl::Integer height; ///< in pixels; any number
-    zntl::String name;    ///< any text; only copied
+    zntl::String name;    ///< any string
 
-    /// The short names of the common sizes, with a null pointer at the end. Writable:
-    /// the lookups use the current entries.
+    /// The names of common sizes, such as "CIF", then a null pointer. The entries may be changed;
+    /// `fromString` and `toNameString` read the current ones.
     static char const* NameStrings[];
-    /// The sizes of the names at the same positions, likewise.
+    /// The sizes for these names, such as "352x288", at the same positions. May be changed too.
     static char const* ResolutionStrings[];
 
-    /// 0x0 without a name.
+    /// Makes a 0x0 resolution without a name.
     Resolution() : width(0), height(0) {}
-    /// Without a name.
+    /// Makes a resolution without a name.
     Resolution(int pixelsWide, int pixelsHigh) : width(pixelsWide), height(pixelsHigh) {}
     Resolution(Resolution const&) = default;
     Resolution(Resolution&&) noexcept = default;
@@ -36,64 +37,68 @@ public:
     Resolution& operator=(Resolution&&) noexcept = default;
     ~Resolution() override = default;
 
-    /// By width, and by height for equal widths.
+    /// Compares the widths, and the heights if the widths are equal.
     bool operator<(Resolution const& other) const {
         if (width.getValue() != other.width.getValue())
             return width.getValue() < other.width.getValue();
         return height.getValue() < other.height.getValue();
     }
 
-    /// Equal width and height; the names may differ.
+    /// Whether both have the same width and height; the names may differ.
     bool operator==(Resolution const& other) const {
         return width.getValue() == other.width.getValue() &&
                height.getValue() == other.height.getValue();
     }
 
-    /// Another width or height.
+    /// Whether the widths or the heights differ.
     bool operator!=(Resolution const& other) const { return !(*this == other); }
 
-    /// The larger width and the larger height of the two, without a name: 640x360 and 480x480 give
-    /// 640x480. A 0x0 on either side makes the whole result 0x0.
+    /// Returns the larger width and the larger height of the two, without a name: 640x480 for
+    /// 640x360 and 480x480. Returns 0x0 if either of the two is 0x0.
     Resolution getMax(Resolution const& other);
 
-    /// The largest size of this aspect ratio that fits in `bounds`, without a name, in single
-    /// precision and rounded to the nearest, halves away from zero: 1920x1080 into 640x640 is
-    /// 640x360. A copy of this, name included, when `bounds` has a width or height of 0 or less, or
-    /// equals this. Sizes of 0 in this follow the arithmetic of infinities; a 0x0 value gives the
-    /// bounds' width and a height of 0.
+    /// Returns the largest size with this aspect ratio that fits in `bounds`, without a name:
+    /// scaling 1920x1080 into 640x640 returns 640x360. Computes in single precision and rounds to
+    /// the nearest integer, halves away from zero.
+    ///
+    /// Returns a copy of this, including the name, if `bounds` equals this or has a width or height
+    /// of 0 or less. If this has a height of 0, returns the bounds' width and a height of 0. If it
+    /// has a width of 0 and a positive height, returns a width of 0 and the bounds' height.
     Resolution scale(Resolution const& bounds) const;
 
-    /// Takes the size from two numbers separated by an "x" (white space around it is allowed, and
-    /// anything may follow; numbers beyond 32 bits saturate), or from a name in any letter case:
-    /// "640 x 480", "CIF", "720p". False, with the object unchanged, when the text is neither.
+    /// Sets the size from two numbers with an "x" between them ("640x480", "640 x 480"), or from
+    /// a name in `NameStrings` in any letter case ("CIF"). Ignores white space before the numbers
+    /// and around the "x", and any characters after the numbers. Numbers saturate at 32 bits.
+    /// Returns false, with the object unchanged, if the string is neither.
     bool fromString(zntl::String const& text);
 
-    /// The name of the size ("CIF") when it has one, otherwise its numbers ("640x480").
+    /// Returns the size's name in `NameStrings` ("CIF") if it has one, otherwise its numbers
+    /// ("640x480").
     zntl::String toNameString() const;
 
     /// 815.
     unsigned int getTypeId() const override;
     /// "Resolution".
     std::string getTypeName() const override;
-    /// Always throws, as the form with a name does.
+    /// Not implemented: always throws zntl::Exception.
     std::string toXML() const override;
-    /// Always throws zntl::Exception: a resolution lists its members for the binary form only.
+    /// Not implemented: always throws zntl::Exception. (A subclass that names its members in
+    /// `fillSerializable` has an XML form.)
     std::string toXML(char const* element) const override;
-    /// Always throws zntl::Exception; the object is unchanged.
+    /// Not implemented, as `toXML`: always throws zntl::Exception. The object is unchanged.
     bool fromXML(char const* xml) override;
     /// 8.
     unsigned int getBinLength() const override;
     /// Writes the width and the height, 4 bytes each; returns 8.
     unsigned int toBin(unsigned char* out) const override;
-    /// Reads the width and the height and returns 8. Throws zntl::Exception when `length` is less
-    /// than 8; with 4 to 7 bytes the width is then already replaced and is not restored. The name
-    /// is unchanged. Safe on any bytes.
+    /// Reads the width and the height and returns 8. Throws zntl::Exception if `length` is less
+    /// than 8; with 4 to 7 bytes, the width has changed by then. The name is unchanged. Safe on any
+    /// bytes.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override;
 
-    /// Appends the members of the binary form to `list`, in the order in which they are written,
-    /// and enters the members of the XML form in `table` under their element names. A
-    /// resolution lists its width and height and names no member. The pointers are valid while the
-    /// object lives.
+    /// Appends pointers to the members of the binary form to `list`, in the order in which they are
+    /// written, and adds those of the XML form to `table`, by element name. The pointers are valid
+    /// while the object lives. A Resolution lists its width and height and names no members.
     virtual void fillSerializable(std::list<znsl::Serializable*>& list,
                                   std::map<std::string, znsl::Serializable*>& table) const;
 };

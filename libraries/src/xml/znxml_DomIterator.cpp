@@ -2,8 +2,8 @@
 
 namespace znxml {
 
-// Out of line throughout: the library zn::xml defines the same operations, which then take the
-// place of these.
+// All operations are out of line, because the library zn::xml defines them again and replaces these
+// when a program links it.
 
 DomIterator::DomIterator() = default;
 

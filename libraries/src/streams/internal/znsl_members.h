@@ -11,12 +11,13 @@
 #include <cstdint>
 #include <string>
 
-// The stored forms of an object that consists of members: any range of pointers to them, in the
-// order in which they are written, and any range of pairs of a name and a pointer.
+// The stored forms of an object that consists of members. For the binary form, `members` is any
+// range of pointers, in the order in which the members are written. For the XML form, it is any
+// range of pairs of a name and a pointer.
 
 namespace znsl {
 
-/// Throws std::length_error when the sum does not fit 32 bits.
+/// Throws std::length_error if the sum does not fit in 32 bits.
 template <class Members>
 unsigned int lengthOfMembers(Members const& members) {
     std::uint64_t length = 0;
@@ -34,8 +35,8 @@ unsigned int writeMembers(Members const& members, unsigned char* out) {
     return offset;
 }
 
-/// Returns the number of bytes consumed. Throws when a member would leave the bytes, or reports
-/// that it did.
+/// Returns the number of bytes consumed. Throws if a String or MemIOStream would read past the
+/// bytes, or if a member consumed more than there are.
 template <class Members>
 unsigned int readMembers(Members const& members, unsigned char const* data, unsigned int length) {
     unsigned int offset = 0;
@@ -51,8 +52,8 @@ unsigned int readMembers(Members const& members, unsigned char const* data, unsi
 inline char const* charactersOf(char const* name) { return name; }
 inline char const* charactersOf(std::string const& name) { return name.c_str(); }
 
-/// One element with the members' XML in it; null pointers are left out. The empty string for a null
-/// `element`.
+/// Returns an element that contains the members' XML; null pointers are skipped. Returns the empty
+/// string if `element` is null.
 template <class NamedMembers>
 std::string renderMembers(NamedMembers const& members, char const* element) {
     if (!element)
@@ -65,8 +66,8 @@ std::string renderMembers(NamedMembers const& members, char const* element) {
     return zntl::renderElement(element, content);
 }
 
-/// Hands each child of the root element to the member that `find` returns for its name; skips those
-/// for which that is null. False when there is no root element or it has no children.
+/// Lets the member that `find` returns for a child's name read that child; skips the child if the
+/// result is null. Returns false if there is no root element or it has no children.
 template <class Find>
 bool parseMembers(char const* xml, Find find) {
     auto const root = znxml::DomIterator::parse(xml);

@@ -8,7 +8,7 @@ namespace znsl {
 
 namespace {
 
-/// Whether `object` stays within the bytes. Only the two classes can fail to.
+/// Whether `object.fromBin` would stay within the bytes. Only String and MemIOStream may not.
 bool staysWithin(Serializable const& object, unsigned char const* data, unsigned int length) {
     if (dynamic_cast<zntl::String const*>(&object))
         return zntl::String::canReadBin(data, length);

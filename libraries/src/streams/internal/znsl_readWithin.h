@@ -7,16 +7,16 @@
 #include <cstdint>
 #include <typeinfo>
 
-// The shared library exports every other name of this namespace.
+// Hidden, because exports.map exports every visible name of this namespace from the shared library.
 #pragma GCC visibility push(hidden)
 
 namespace znsl {
 
-// String and MemIOStream, and the classes derived from them, trust the bytes that they read. The
-// library calls their `fromBin` only after these checks.
+// The `fromBin` of String, of MemIOStream and of classes derived from them trusts its bytes. The
+// library calls it only after these checks.
 
-/// The class of the last object that was found not to trust its bytes. Caching it saves two casts,
-/// which take longer than reading a small object.
+/// The class of the last object that was found to be neither a String nor a MemIOStream. The cache
+/// saves two dynamic casts, which take longer than reading a small object.
 inline std::atomic<std::type_info const*>& lastCautiousClass() {
     static std::atomic<std::type_info const*> type{nullptr};
     return type;
@@ -26,13 +26,14 @@ inline bool isKnownCautious(Serializable const& object) {
     return lastCautiousClass().load(std::memory_order_relaxed) == &typeid(object);
 }
 
-/// Whether the bytes satisfy both trusting readers, as every string that `toBin` wrote does.
+/// Whether the bytes are safe for String and for MemIOStream: they end in a NUL, and their length
+/// prefix fits. Bytes that String::toBin wrote always are.
 inline bool isCertainlyWithin(unsigned char const* data, unsigned int length) {
     return length > sizeof(std::uint32_t) && data[length - 1] == 0 &&
            zntl::loadNative<std::uint32_t>(data) <= length - sizeof(std::uint32_t);
 }
 
-/// Throws zntl::Exception when `object` is a String or a MemIOStream whose `fromBin` would leave
+/// Throws zntl::Exception if `object` is a String or a MemIOStream whose `fromBin` would read past
 /// the `length` bytes at `data`.
 void requireWithin(Serializable const& object, unsigned char const* data, unsigned int length);
 

@@ -1,4 +1,5 @@
-// Inode numbers and sizes beyond 32 bits must not make files unreadable on 32-bit machines.
+// Without this, fstat() and open() fail on 32-bit machines for files with a large inode number or
+// size.
 #define _FILE_OFFSET_BITS 64 // NOLINT(bugprone-reserved-identifier): the C library's own switch
 
 #include "system/internal/zn_File.h"
@@ -82,7 +83,7 @@ bool File::write(void const* bytes, std::size_t count) noexcept {
 bool File::close() noexcept {
     if (descriptor_ < 0)
         return true;
-    // Never retried: after an interruption the descriptor is closed all the same.
+    // Not retried: Linux closes the descriptor even if a signal interrupts the call.
     bool const closed = ::close(descriptor_) == 0 || errno == EINTR;
     descriptor_ = -1;
     return closed;

@@ -6,12 +6,12 @@
 
 namespace znst {
 
-/// One open file, closed when it goes out of scope. Nothing here throws. Interrupted calls are
-/// retried. There is no buffer: the system has whatever was written.
+/// Owns an open file and closes it in its destructor. No operation throws. Retries system calls
+/// that a signal interrupts. Does not buffer: written bytes go to the system at once.
 class File {
 public:
-    /// Opens a file for reading; a null path counts as a file that cannot be opened. A directory
-    /// can be opened, but has no size and cannot be read.
+    /// Opens a file for reading. A null path fails like a missing file. A directory can be opened,
+    /// but it has no size and reading it fails.
     static File open(char const* path) noexcept;
     /// Creates a file for writing, or truncates an existing one to zero length.
     static File create(char const* path) noexcept;
@@ -23,18 +23,19 @@ public:
     /// Whether the file could be opened.
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
-    /// The size in bytes; 0 for a device like /dev/null; nothing for a directory, a pipe, or a file
-    /// like those in /proc, whose size is only known after reading it.
+    /// Returns the size in bytes; 0 for a character device such as /dev/null. Returns nothing for
+    /// a directory, a pipe, and a file as in /proc that has content but reports a size of 0.
     std::optional<std::uint64_t> size() noexcept;
 
-    /// Reads up to `count` bytes: their number, 0 at the end of the file, negative on an error.
+    /// Reads up to `count` bytes. Returns their number, 0 at the end of the file, or a negative
+    /// number on an error.
     std::ptrdiff_t readSome(void* bytes, std::size_t count) noexcept;
-    /// Reads exactly `count` bytes; false on an error or when the file ends before that.
+    /// Reads exactly `count` bytes. Returns false on an error or if the file has fewer.
     bool read(void* bytes, std::size_t count) noexcept;
-    /// Writes all `count` bytes; false on an error, with some of them possibly written.
+    /// Writes `count` bytes. Returns false on an error; some bytes may be written by then.
     bool write(void const* bytes, std::size_t count) noexcept;
 
-    /// Closes the file now; false when the system reports an error of an earlier write.
+    /// Closes the file now. Returns false if the system reports an error of an earlier write.
     bool close() noexcept;
 
 private:
