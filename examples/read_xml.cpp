@@ -1,4 +1,4 @@
-// Reads XML: a document through an iterator, and stored values by themselves.
+// Reads a document with an iterator, and stored values with `fromXML`.
 
 #include "misc/zntl_String.h"
 #include "streams/znsl_Set.h"

@@ -54,7 +54,7 @@ private:
     std::size_t defaults_ = 0; // the number of characters added from the document type
     Index open_ = 0;
     std::size_t openNameEnd_ = 0;
-    std::string openText_; // of all open elements, the outermost first
+    std::string openText_; // the text of all open elements, the outermost first
     std::map<std::string, Index, std::less<>> declared_; // by prefix: the innermost declaration
     std::vector<Index> scope_;                           // the declarations on all open elements
 };

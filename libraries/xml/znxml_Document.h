@@ -9,7 +9,7 @@
 
 namespace znxml {
 
-/// Counts and positions in a document.
+/// Counts, offsets and indexes in a document.
 using Index = std::uint32_t;
 
 /// The maximum size of a document in bytes. Expat takes lengths as int.

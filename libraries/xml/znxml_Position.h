@@ -48,8 +48,8 @@ constexpr std::size_t storedSize = pointerSize + sizeof(Index);
 inline void own(Document const& document) {
     document.owners.fetch_add(1, std::memory_order_relaxed);
 }
-/// Removes an owner. Deletes the document if no owner is left, or only the memory of this thread
-/// (see `remember`).
+/// Removes an owner. Deletes the document if no owner is left, or only this thread (see
+/// `remember`).
 void disown(Document const& document);
 
 inline Position load(zntl::String const& storage) {

@@ -23,8 +23,8 @@ private:
 
 /// Builds a message that contains a source location: "SOURCE (LINE): CLASS::TEXT".
 ///
-/// `source` is the path of a source file without its extension. `text` is the operation, with "()",
-/// and then the fault. No pointer may be null.
+/// `source` is the path of a source file without its extension. `text` names the operation and then
+/// the fault, as in "toXML() - not implemented". No pointer may be null.
 std::string locatedMessage(char const* source, int line, char const* className, char const* text);
 
 } // namespace zntl

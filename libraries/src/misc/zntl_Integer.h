@@ -21,9 +21,9 @@ public:
 
     /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 504;
-    /// 504.
+    /// Returns 504.
     unsigned int getTypeId() const override;
-    /// "Integer".
+    /// Returns "Integer".
     std::string getTypeName() const override;
     std::string toXML() const override;
     /// Returns the value in decimal as an element: "<name>-7</name>". A null `name` counts as the
@@ -32,7 +32,7 @@ public:
     /// Assigns the number at the start of the root element's value, parsed like strtol in base 10.
     /// Without digits, it is 0. Numbers saturate at 32 bits.
     bool fromXML(char const* xml) override;
-    /// 4.
+    /// Returns 4.
     unsigned int getBinLength() const override;
     unsigned int toBin(unsigned char* out) const override;
     /// Reads the first 4 bytes and returns 4. If `length` is less than 4, throws zntl::Exception

@@ -90,11 +90,11 @@ public:
     /// the number of copied characters without that NUL. `out` must have room for `max` + 1 bytes.
     virtual unsigned int copyString(char* out, unsigned int max) const;
 
-    /// Returns the characters before the first NUL in lower case. Converts each byte with the C
-    /// library's tolower.
+    /// Returns the characters before the first NUL in lower case. Converts each byte as the C
+    /// library's tolower does.
     String toLower() const;
 
-    /// Do not call it. Contract: it calls zn_strupr, which always ends in a segmentation fault.
+    /// Do not call it: like zn_strupr, it always ends in a segmentation fault.
     String toUpper() const;
 
     /// Returns whether the string is one number: an optional sign, then digits and at most one
@@ -197,9 +197,9 @@ public:
 
     /// The value of `getTypeId`.
     static constexpr unsigned int typeId = 501;
-    /// 501.
+    /// Returns 501.
     unsigned int getTypeId() const override;
-    /// "zntl_String".
+    /// Returns "zntl_String".
     std::string getTypeName() const override;
     std::string toXML() const override;
     /// Returns "<name>value</name>", with the value encoded by `encodeHtml`; "<name/>" for the

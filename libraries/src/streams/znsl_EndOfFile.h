@@ -18,17 +18,17 @@ public:
     EndOfFile& operator=(EndOfFile const&) = default;
     ~EndOfFile() override = default;
 
-    /// 1.
+    /// Returns 1.
     unsigned int getTypeId() const override;
-    /// "znsl_EndOfFile".
+    /// Returns "znsl_EndOfFile".
     std::string getTypeName() const override;
-    /// "<znsl_EndOfFile/>".
+    /// Returns "<znsl_EndOfFile/>".
     std::string toXML() const override;
     /// Returns "<name/>", or the empty string if `name` is null.
     std::string toXML(char const* name) const override;
     /// Reads nothing and always returns true.
     bool fromXML(char const* xml) override;
-    /// 0.
+    /// Returns 0.
     unsigned int getBinLength() const override;
     /// Writes nothing and returns 0.
     unsigned int toBin(unsigned char* out) const override;

@@ -42,9 +42,8 @@ public:
     /// Calls `read` and returns the stream, so calls can be chained.
     virtual IStream& operator>>(Serializable& object) = 0;
 
-    /// Removes the next object from the stream as a raw record (header and payload). Returns
-    /// whether it succeeded. The caller then owns `data`, an array of `length` bytes, and must
-    /// release it with delete[].
+    /// Removes the next object from the stream as a raw record (header and payload). If it returns
+    /// true, the caller owns `data`, an array of `length` bytes, and must release it with delete[].
     virtual bool readNextObject(unsigned char*& data, unsigned int& length) = 0;
 };
 

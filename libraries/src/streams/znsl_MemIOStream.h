@@ -50,9 +50,9 @@ public:
     MemIOStream& operator=(MemIOStream const& other);
     ~MemIOStream() override = default;
 
-    /// 6.
+    /// Returns 6.
     unsigned int getTypeId() const override;
-    /// "znsl_MemIOStream".
+    /// Returns "znsl_MemIOStream".
     std::string getTypeName() const override;
     /// Not implemented: throws "toXML() - not implemented" (line 685).
     std::string toXML() const override;
@@ -95,8 +95,8 @@ public:
     /// buffer may have grown or been compacted.
     ///
     /// While `toBin` runs, operations that would replace this stream's buffer throw
-    /// zntl::Exception. If `toBin` itself appends to this stream until its own payload no longer
-    /// fits, that is also the exception of line 262.
+    /// zntl::Exception. If `toBin` itself appends so much to this stream that its payload no longer
+    /// fits, throws the exception of line 262, too.
     unsigned int write(Serializable const& object) override;
     OStream& operator<<(Serializable const& object) override;
 
@@ -242,7 +242,7 @@ private:
 
     template <class T>
     friend class Set;
-    /// The exception of `write` and of a set after an allocation failure.
+    /// Thrown by `write` and by a set after an allocation failure.
     class OutOfMemory : public zntl::Exception {
         using zntl::Exception::Exception;
     };

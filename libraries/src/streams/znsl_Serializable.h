@@ -65,8 +65,8 @@ public:
     /// Also returns false if `fromBin` throws or does not consume the whole payload; the object may
     /// then have changed.
     ///
-    /// Never throws. Safe on any file if the class's `fromBin` stays within its length. Those of
-    /// String and MemIOStream may not, so this function checks the bytes before it calls them.
+    /// Never throws. Safe on any file if the class's `fromBin` stays within its length. For String
+    /// and MemIOStream, which trust their bytes, this function checks the bytes first.
     virtual bool fromFile(char const* path);
 };
 

@@ -251,7 +251,7 @@ public:
     }
 
 private:
-    // Private, so that only `Class` can derive from Struct<Class>.
+    // The constructor is private, so only `Class` can derive from Struct<Class>.
     friend Class;
     Struct() = default;
 

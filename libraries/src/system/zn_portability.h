@@ -23,10 +23,11 @@ char* zn_strdup(char const* s);
 /// always zero. Do not pass a size of 0: it writes a zero to the byte before dst.
 char* zn_strcpy(char* dst, unsigned int size, char const* src);
 
-/// Compares two strings without regard to letter case: negative, zero or positive.
+/// Compares two strings without regard to letter case. Returns a negative number, zero or
+/// a positive number if `a` sorts before, equals or sorts after `b`.
 int zn_stricmp(char const* a, char const* b);
 
-/// Lower-cases s in place, byte by byte through the C library's current table; returns s.
+/// Converts s to lower case in place, each byte as the C library's tolower() does; returns s.
 char* zn_strlwr(char* s);
 
 /// Do not call it: it always ends in a segmentation fault, before it changes s.

@@ -3,7 +3,7 @@
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "streams/znsl_Members.h"
-#include "system/znml_constants.h" // Contract: included for its private constants, unused here
+#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
 
 #include <algorithm>
 #include <charconv>

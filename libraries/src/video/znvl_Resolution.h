@@ -76,9 +76,9 @@ public:
     /// ("640x480").
     zntl::String toNameString() const;
 
-    /// 815.
+    /// Returns 815.
     unsigned int getTypeId() const override;
-    /// "Resolution".
+    /// Returns "Resolution".
     std::string getTypeName() const override;
     /// Not implemented: always throws zntl::Exception.
     std::string toXML() const override;
@@ -87,7 +87,7 @@ public:
     std::string toXML(char const* element) const override;
     /// Not implemented, as `toXML`: always throws zntl::Exception. The object is unchanged.
     bool fromXML(char const* xml) override;
-    /// 8.
+    /// Returns 8.
     unsigned int getBinLength() const override;
     /// Writes the width and the height, 4 bytes each; returns 8.
     unsigned int toBin(unsigned char* out) const override;

@@ -66,8 +66,9 @@ std::string renderMembers(NamedMembers const& members, char const* element) {
     return zntl::renderElement(element, content);
 }
 
-/// Lets the member that `find` returns for a child's name read that child; skips the child if the
-/// result is null. Returns false if there is no root element or it has no children.
+/// Calls `find` with the name of each child of the root element. The member that `find` returns
+/// reads the child; if that is null, the child is skipped. Returns false if there is no root
+/// element or it has no children.
 template <class Find>
 bool parseMembers(char const* xml, Find find) {
     auto const root = znxml::DomIterator::parse(xml);

@@ -8,7 +8,8 @@ namespace znsl {
 
 namespace {
 
-/// Whether `object.fromBin` would stay within the bytes. Only String and MemIOStream may not.
+/// Whether `object.fromBin` would stay within the bytes. Only a String or a MemIOStream could read
+/// past them.
 bool staysWithin(Serializable const& object, unsigned char const* data, unsigned int length) {
     if (dynamic_cast<zntl::String const*>(&object))
         return zntl::String::canReadBin(data, length);
