@@ -116,7 +116,7 @@ constexpr bool isTaken(unsigned int typeId) {
     return false;
 }
 
-/// Ends the recursion of the other form: false.
+/// Without members, returns false, which ends the recursion.
 constexpr bool repeatsMember() { return false; }
 /// Whether a member is listed twice.
 template <class First, class... Others>
