@@ -6,7 +6,7 @@
 #include "streams/internal/znsl_readWithin.h"
 #include "streams/znsl_EndOfFile.h"
 #include "system/internal/zn_File.h"
-#include "system/znml_constants.h" // Contract: included for its private constants, unused here
+#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
 
 #include <algorithm>
 #include <cstdarg>
@@ -20,14 +20,15 @@
 
 namespace znsl {
 
-/// Comes before every payload.
+/// The fields before every payload.
 struct MemIOStream::RecordHeader {
     std::uint16_t type;
     std::uint16_t reserved; // written as 0, never read
     std::uint32_t length;   // of the payload
 };
 
-/// The operation and the two line numbers that a failed read reports.
+/// The name and the line numbers in the exceptions of an operation whose object cannot be read:
+/// with and without the object's own message.
 struct MemIOStream::ReadFaults {
     char const* operation;
     int withMessage;
@@ -44,21 +45,20 @@ constexpr unsigned int headerSize = MemIOStream::recordHeaderSize;
 constexpr unsigned int lengthPrefixSize = sizeof(std::uint32_t);
 constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
-/// Follows the capacity in every buffer.
+/// Allocated after the last byte of every buffer.
 struct Tail {
-    // A class derived from String, or one that reads a String by hand, is not recognised as a
-    // reader that needs a NUL. It finds one here, even for an empty payload.
+    // Zeros. A class's `fromBin` may call String::fromBin, which needs a NUL after a 4-byte length,
+    // even if the payload is empty.
     unsigned char nul[lengthPrefixSize + 1];
-    // While an object is written, the binary form of the stream is limited to the bytes that were
-    // unread before. Kept with the buffer, which then must not be replaced, because programs built
-    // with earlier versions fix the size of the stream object.
+    // The maximum number of bytes in the stream's own binary form; see FormLimit. It is not a data
+    // member, because programs compiled earlier allocate stream objects of a fixed size.
     unsigned char formLimit[sizeof(std::uint32_t)];
 };
 
 constexpr std::uint32_t unlimited = maxSize;
 
-// Contract: messages carry fixed line numbers, which programs and logs compare, instead of the
-// lines that raise them.
+// Contract: messages contain fixed line numbers instead of those of the `raise` calls, because
+// programs and logs compare them.
 std::string locate(int line, char const* text) {
     return zntl::locatedMessage("../../../../../libraries/src/streams/znsl_MemIOStream", line,
                                 "znsl::MemIOStream", text);
@@ -89,9 +89,9 @@ std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
     return buffer;
 }
 
-/// While it lives, the buffer stays, and the binary form of the stream is limited to its first
-/// `size` bytes: a stream that is written into itself, alone or as a member, stores its earlier
-/// content.
+/// Exists while an object is written to the stream. It limits the binary form of the stream itself
+/// to the first `size` bytes, so a stream that is written into itself, alone or as a member, stores
+/// its earlier content. The buffer cannot be replaced during that time.
 class FormLimit {
 public:
     FormLimit(unsigned char* field, std::uint32_t size)
@@ -107,19 +107,19 @@ private:
     std::uint32_t previous_;
 };
 
-/// memmove, except that null pointers are allowed when there is nothing to copy.
+/// memmove that allows null pointers if `count` is 0.
 void copyBytes(unsigned char* to, unsigned char const* from, unsigned int count) {
     if (count > 0)
         std::memmove(to, from, count);
 }
 
-/// The objects that an operation with variable arguments was given.
+/// The objects passed to an operation with a variable number of arguments.
 class ObjectArguments {
 public:
     ObjectArguments(Serializable* first, std::va_list* further)
         : first_(first), further_(further) {}
 
-    /// The next object. May only be called as often as there are arguments.
+    /// Returns the next object. Do not call it more often than there are arguments.
     Serializable* next() {
         if (std::exchange(isFirst_, false))
             return first_;
@@ -156,8 +156,8 @@ MemIOStream& MemIOStream::operator=(MemIOStream const& other) {
         purge();
         replaceBuffer(other.capacity_);
     }
-    // Contract: the positions are reset before the source is read, so a stream that is assigned to
-    // itself ends up empty.
+    // Contract: this stream is emptied before `other` is read, so assigning a stream to itself
+    // empties it. Programs on cameras may depend on that.
     clear();
     unsigned int const size = other.size();
     copyBytes(buffer_.get(), other.buffer_.get() + other.readPos_, size);
@@ -179,7 +179,7 @@ void MemIOStream::replaceBuffer(unsigned int capacity) {
     writePos_ = used;
 }
 
-/// Throws while an object is being written, because the object holds an address in the buffer.
+/// Throws while an object is written, because its `toBin` writes to an address in the buffer.
 void MemIOStream::requireReplaceable() const {
     if (formLimit() != unlimited)
         throw zntl::Exception("znsl::MemIOStream - an object replaces the buffer it is written to");
@@ -190,8 +190,8 @@ void MemIOStream::reserve(unsigned int const& n) {
         replaceBuffer(n);
 }
 
-// Contract: computed in 32 bits. Sums that wrap lead to a smaller buffer than asked for, or to
-// none.
+// Contract: the sums wrap at 32 bits, so there may be less room afterwards than requested. Programs
+// on cameras may depend on the resulting capacities.
 void MemIOStream::checkBuff(unsigned int const& n) {
     if (capacity_ < size() + n) {
         unsigned int const grown = 2 * capacity_ + n;
@@ -202,8 +202,8 @@ void MemIOStream::checkBuff(unsigned int const& n) {
     }
 }
 
-/// Makes room for `n` bytes at the write position and returns its address. Throws before anything
-/// is changed.
+/// Makes room for `n` bytes at the write position and returns its address. If it throws, nothing
+/// has changed.
 unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
     if (capacity_ - writePos_ < n)
         makeRoom(n);
@@ -243,7 +243,7 @@ void MemIOStream::setBuffer(unsigned char const* data, unsigned int const& lengt
         return;
     if (capacity_ < count) {
         requireReplaceable();
-        // The bytes may be in the buffer that is replaced.
+        // `data` may point into the old buffer, so copy before releasing it.
         std::unique_ptr<unsigned char[]> replacement = allocate(count);
         copyBytes(replacement.get(), data, count);
         buffer_ = std::move(replacement);
@@ -284,7 +284,7 @@ MemIOStream::RecordHeader MemIOStream::headerAt(unsigned int position) const {
 
 MemIOStream::RecordWalk MemIOStream::walkRecords() const {
     RecordWalk walk{0, true};
-    // 64 bits, so that no length field makes the position wrap.
+    // Has 64 bits, so adding a length field cannot wrap.
     std::uint64_t position = readPos_;
     while (position < writePos_) {
         ++walk.records;
@@ -301,11 +301,11 @@ bool MemIOStream::validate() const { return walkRecords().whole; }
 
 unsigned int MemIOStream::count() const { return size() < headerSize ? 0 : walkRecords().records; }
 
-/// Calls `visit(header, payload position)` for the next `n` complete records while it returns true,
-/// and returns their total size; 0 when there are fewer.
+/// Calls `visit(header, payload position)` for each of the next `n` records. Returns their total
+/// size; 0 if one of them is incomplete or missing, or if `visit` returns false.
 ///
-/// Contract: a payload must start strictly before the end of the content, so a last record without
-/// a payload does not count.
+/// Contract: a last record without a payload counts as incomplete, because programs on cameras may
+/// depend on it.
 template <class Visit>
 unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     std::uint64_t position = readPos_;
@@ -321,8 +321,8 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
     return static_cast<unsigned int>(position - readPos_);
 }
 
-/// Reads a payload into an object, and reports its failures as `faults` says. Of an
-/// incomplete payload the object gets the bytes that are there.
+/// Reads a payload into an object. If the content ends inside the payload, the object reads the
+/// bytes that are present. Throws zntl::Exception with the lines in `faults` if the object throws.
 void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
                            ReadFaults const& faults) const {
     unsigned char const* const data = buffer_.get() + payload;
@@ -351,7 +351,7 @@ std::uint32_t MemIOStream::formLimit() const {
 /// The number of unread bytes that belong to the stream's binary form.
 unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()); }
 
-/// Reports the exception that an object's `toBin` has thrown.
+/// Throws the exception of line 262. Call it while an exception of an object's `toBin` is handled.
 void MemIOStream::raiseUnwritable() {
     constexpr int line = 262;
     constexpr char const* fault = "couldn't convert object to binary data";
@@ -371,14 +371,15 @@ unsigned int MemIOStream::write(Serializable const& object) {
     std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
     appendRoom(recordSize);
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
-    // Repeated, because the object may have used the room when it was asked for its type.
+    // Makes room again, because `getTypeId` may have appended to this stream.
     std::memcpy(appendRoom(recordSize), &header, sizeof header);
     FormLimit const limit(formLimitField(), size());
-    // Contract: the header stays in the stream when the object cannot be written.
+    // Contract: if `toBin` throws, the header stays in the stream, and programs see an invalid
+    // stream.
     writePos_ += headerSize;
     try {
         object.toBin(buffer_.get() + writePos_);
-        // The object may have used up its own room by writing to this stream.
+        // `toBin` may have appended to this stream itself.
         if (capacity_ - writePos_ < length)
             throw std::length_error("no room");
     } catch (...) {
@@ -440,8 +441,8 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
     return matched;
 }
 
-/// Moves the read position past a record with a payload of `length` bytes, but never beyond the
-/// content. Returns the record's size modulo 2^32.
+/// Moves the read position past a record with a payload of `length` bytes, but not past the end of
+/// the content. Returns the record's size modulo 2^32.
 unsigned int MemIOStream::consume(std::uint32_t length) {
     readPos_ += static_cast<unsigned int>(
         std::min<std::uint64_t>(std::uint64_t{headerSize} + length, size()));
@@ -495,7 +496,7 @@ unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
     return total;
 }
 
-/// One step of the peek at several records.
+/// Reads one record for the `peek` of several records.
 void MemIOStream::peekInto(Serializable& object, RecordHeader const& header,
                            unsigned int payload) const {
     unsigned int const expected = object.getTypeId();
@@ -545,7 +546,8 @@ bool MemIOStream::canReadBin(unsigned char const* data, unsigned int length) {
            zntl::loadNative<std::uint32_t>(data) <= length - lengthPrefixSize;
 }
 
-// Contract: the length prefix is trusted and `available` is ignored.
+// Contract: trusts the length prefix and ignores `available`, because programs on cameras may pass
+// any number.
 unsigned int MemIOStream::fromBin(unsigned char const* data, unsigned int /*available*/) {
     setBuffer(data + lengthPrefixSize, zntl::loadNative<std::uint32_t>(data));
     return getBinLength();
