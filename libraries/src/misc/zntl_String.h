@@ -190,7 +190,8 @@ public:
     /// An element is a self-closing tag, or an opening tag with everything up to and including the
     /// matching closing tag, as findOpenTag and findCloseTag find them. The opening tag of an
     /// element that is never closed stays, and the search continues after it. Takes memory
-    /// proportional to the number of tags.
+    /// proportional to the number of tags, and quadratic time in the worst case if `name` contains
+    /// both "<" and ">".
     String replaceElement(String const& name, String const& replacement) const;
 
     // The storable value
