@@ -11,6 +11,7 @@ namespace __gnu_cxx {
 
 void __verbose_terminate_handler();
 
+// Unreached: the process is aborted before it can save the counts.
 void __verbose_terminate_handler() { std::abort(); }
 
 // NOLINTEND(bugprone-reserved-identifier)

@@ -36,7 +36,8 @@ def call(*command, **options):
 
 
 def run(program, **variables):
-    return call(*EMULATOR, program, env=os.environ | variables)
+    libraries = {'LD_LIBRARY_PATH': EXPAT} if EXPAT else {}
+    return call(*EMULATOR, program, env=os.environ | libraries | variables)
 
 
 def build_with_find_package(tree, prefix, *options, project='find_package', program='consumer'):

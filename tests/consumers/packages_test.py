@@ -284,7 +284,7 @@ class Contents(PackagesTest):
                         content = (self.root / 'usr' / name).read_bytes()
                         if name.endswith('.gz'):
                             content = gzip.decompress(content)
-                        self.assertIn(content, sources)
+                        self.assertTrue(content in sources)
 
     def test_are_dated_by_the_newest_entry_of_the_changelog_which_is_this_version(self):
         for package in DEBS:

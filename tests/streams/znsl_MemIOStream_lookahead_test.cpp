@@ -124,6 +124,14 @@ TEST(MemIOStreamCheckTypes, ComparesWholeTypeIds) {
     EXPECT_FALSE(stream.checkTypes(1, &wide));
 }
 
+TEST(MemIOStreamCheckTypes, RethrowsWhatAnObjectThrows) {
+    MemIOStream stream;
+    stream << Integer(1);
+    Blob thrower(504);
+    thrower.onGetTypeId = [] { throw Exception("no type"); };
+    EXPECT_TRUE(throws<Exception>("no type", [&] { stream.checkTypes(1, &thrower); }));
+}
+
 TEST(MemIOStreamCheckTypes, OfNoRecordsIsTrueOfAnyContentWithAHeader) {
     MemIOStream stream;
     append(stream, recordHeader(9, 0xFFFFFFFF));

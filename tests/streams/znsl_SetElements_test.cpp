@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 using test::Bytes;
@@ -31,6 +32,8 @@ public:
     /// The operation of all elements that throws a number.
     enum class Fault { none, typeId, binLength, toBin, fromBin, order, copy };
     static inline Fault fault = Fault::none;
+    /// The result of getBinLength of all elements.
+    static inline unsigned int binLength = 1;
 
     Element() = default;
     Element(int number, unsigned int type) : key(number), type_(type) {}
@@ -57,7 +60,7 @@ public:
     bool fromXML(char const* /*xml*/) override { return false; }
     unsigned int getBinLength() const override {
         failIf(Fault::binLength);
-        return 1;
+        return binLength;
     }
     unsigned int toBin(unsigned char* out) const override {
         failIf(Fault::toBin);
@@ -176,6 +179,15 @@ TEST(SetElements, ThatThrowANumberOnOrderCannotBeReadBeyondTheFirst) {
         elements.fromBin(form.data(), static_cast<unsigned int>(form.size()));
     }));
     EXPECT_EQ(elements.size(), 1U);
+}
+
+TEST(SetBinLength, ThrowsIfTheFormDoesNotFitIn32Bits) {
+    Elements const elements = oneOfAnotherType();
+    Element::binLength = 0xFFFFFFFF;
+    EXPECT_TRUE(test::throws<std::length_error>("znsl::MemIOStream: content beyond 32 bits",
+                                                [&] { elements.getBinLength(); }));
+    Element::binLength = 1;
+    EXPECT_EQ(elements.getBinLength(), 4U + 12 + 12 + 9);
 }
 
 } // namespace

@@ -43,6 +43,7 @@ std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField lengt
     do {
         std::uint64_t const next =
             fileSize ? length : std::min<std::uint64_t>(length, std::max(firstBlock, 2 * size));
+        // Unreached: only a 32-bit machine runs into it.
         if (next > PTRDIFF_MAX - zeros)
             throw std::bad_alloc();
         auto const count = static_cast<std::size_t>(next);
@@ -63,7 +64,8 @@ bool Serializable::toFile(char const* path) const {
     try {
         unsigned int const length = getBinLength();
         std::uint64_t const bufferSize = std::uint64_t{payloadOffset} + length;
-        if (bufferSize > PTRDIFF_MAX) // possible on 32-bit machines
+        // Unreached: only a 32-bit machine runs into it.
+        if (bufferSize > PTRDIFF_MAX)
             return false;
         std::unique_ptr<unsigned char[]> const buffer(
             new unsigned char[static_cast<std::size_t>(bufferSize)]);

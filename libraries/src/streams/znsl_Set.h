@@ -183,6 +183,7 @@ private:
         length += 2 * (header + zntl::Integer(0).getBinLength());
         for (T const& element : *this)
             length += header + element.getBinLength();
+        // Unreached: the elements would have 4 GiB.
         if (length > std::numeric_limits<std::uint32_t>::max())
             throw std::length_error("znsl::Set: binary form beyond 32 bits");
         return static_cast<unsigned int>(length);
