@@ -4,7 +4,7 @@
 #include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Markup.h"
-#include "system/znml_constants.h" // Contract: included for its private constants, unused here
+#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
 #include "xml/znxml_DomIterator.h"
 
 namespace zntl {

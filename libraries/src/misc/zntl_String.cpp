@@ -59,6 +59,7 @@ String String::toLower() const {
     return text;
 }
 
+// Unreached: the process faults before it can save the counts.
 String String::toUpper() const {
     String text(c_str());
     zn_strupr(text.data());
@@ -129,7 +130,7 @@ bool String::canReadBin(unsigned char const* data, unsigned int length) {
            (data[length - 1] == 0 || std::memchr(data + start, 0, length - start) != nullptr);
 }
 
-// Contract: the text stops at its first NUL, and neither length is consulted.
+// Contract: reads up to the first NUL and ignores both lengths, the stored one and `length`.
 unsigned int String::fromBin(unsigned char const* data, unsigned int /*length*/) {
     assign(reinterpret_cast<char const*>(data + sizeof(std::uint32_t)));
     return getBinLength();

@@ -50,7 +50,9 @@ public:
     /// `args` may be null if the format takes no arguments.
     ///
     /// The result is truncated at its first NUL. It is empty if `format` is null or if the C
-    /// library rejects it.
+    /// library rejects it. A hardened C library (`_FORTIFY_SOURCE`) ends the process for a "%n",
+    /// and for numbered arguments with gaps ("%2$d" without "%1$d"): never format with a foreign
+    /// string.
     static String fromVAList(char const* format, void* args);
 
     /// As `fromVAList`, with the arguments themselves: `fromFormat("%dx%d", 640, 480)` returns

@@ -21,8 +21,8 @@ struct Escape {
 constexpr std::array<Escape, 5> escapes{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}}};
 
-/// The first markup character, or the end of the text. Each search stops where the one before it
-/// found something, and runs at the speed of the C library.
+/// Returns the position of the first markup character, or the size. The C library searches for each
+/// of the five, up to the first one found so far.
 std::size_t findMarkup(std::string_view text) {
     for (Escape const& escape : escapes)
         text = text.substr(0, text.find(escape.character));
@@ -81,11 +81,11 @@ bool appendEncoded(std::string& encoded, std::string_view text) {
 /// An entity without its "&".
 constexpr std::string_view tailOf(Escape const& escape) { return escape.entity.substr(1); }
 
-/// Takes `part` off the start of the text; false when it does not start with it.
+/// Removes `part` from the start of the text. Returns false if the text does not start with it.
 bool take(std::string_view& text, std::string_view part) {
     if (text.size() < part.size())
         return false;
-    // Character by character, because a call would cost more than so few of them.
+    // Character by character, because a call costs more than comparing these few.
     for (std::size_t i = 0; i < part.size(); ++i) {
         if (text[i] != part[i])
             return false;
@@ -94,10 +94,9 @@ bool take(std::string_view& text, std::string_view part) {
     return true;
 }
 
-/// Moves the characters before the next "&" from the text to `out`; returns the end of the copy.
+/// Moves the characters before the next "&" from the text to `out`. Returns the end of the copy.
 char* moveToAmpersand(std::string_view& text, char* out) {
-    // Where entities are dense the next one is near, and a call would cost more than the few
-    // characters up to it.
+    // Entities come in groups, and a call costs more than copying the few characters between them.
     std::size_t const near = std::min<std::size_t>(text.size(), 16);
     std::size_t at = 0;
     for (; at < near && text[at] != '&'; ++at)
@@ -134,11 +133,11 @@ String String::encodeHtml(String const& text) {
     return encoded;
 }
 
-// One pass with the result of five, "&amp;" first: an "&", decoded or not, begins another entity
-// exactly when what follows it in the text is that entity's tail.
+// The result is that of five passes, the first one for "&amp;". One pass is enough: a "&", whether
+// decoded or not, starts another entity if the tail of that entity follows it.
 String String::decodeHtml(String const& text) {
     if (text.find('&') == npos)
-        return text; // spares the filling of a new one
+        return text; // faster than filling a new one
     String decoded(text.size(), '\0');
     std::string_view rest = text;
     char* out = moveToAmpersand(rest, decoded.data());

@@ -11,9 +11,9 @@ namespace zntl {
 
 namespace {
 
-/// Reads the file to its end, whatever its size was said to be.
+/// Reads the file to its end, even if that is not where its reported size ends.
 bool readAll(znst::File& file, std::string& text) {
-    // One byte more than the file has shows its end. Without a size, the room doubles from a page.
+    // One byte more than the size, so the file is complete when a byte of room is left over.
     std::uint64_t const room = file.size().value_or(4095) + 1;
     if (room > text.max_size())
         return false;
@@ -44,7 +44,7 @@ bool String::fromFile(char const* path) {
     try {
         if (readAll(file, *this))
             return true;
-    } catch (...) { // NOLINT(bugprone-empty-catch): no memory is a failure like any other
+    } catch (...) { // NOLINT(bugprone-empty-catch): allocation failure is a failed read
     }
     clear();
     return false;

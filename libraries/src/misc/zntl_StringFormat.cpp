@@ -14,7 +14,7 @@ namespace zntl {
 
 namespace {
 
-/// Collects pieces in a buffer, so that most results are one copy into a string.
+/// Collects pieces in a buffer, so most results are copied to the string in one step.
 class Output {
 public:
     // cppcheck-suppress uninitMemberVar
@@ -35,7 +35,7 @@ public:
 
     void append(std::string_view piece) {
         if (piece.size() > static_cast<std::size_t>(end() - at_)) {
-            // Room for one more buffer, so that the end of the output does not move a long piece.
+            // Room for one more buffer, so appending the rest does not copy a long piece again.
             text_.reserve(text_.size() + piece.size() + 2 * sizeof buffer_);
             flush();
             text_ += piece;
@@ -58,8 +58,8 @@ private:
     char* at_ = buffer_;
 };
 
-/// Formats text and whole numbers, which most formats consist of, at a fraction of printf's cost.
-/// False when the format has anything else.
+/// Formats strings and integers faster than printf. Most formats consist of them. Returns false if
+/// the format has anything else.
 bool appendPlain(std::string& text, char const* format, std::va_list args) {
     Output out(text);
     for (; *format != '\0'; ++format) {
@@ -100,7 +100,7 @@ int print(char* out, std::size_t size, char const* format, void* args) {
     return length;
 }
 
-/// Formats whatever printf can. Most results fit in the buffer; a longer one is printed once more.
+/// Formats with printf. A result that does not fit in the buffer is formatted twice.
 void assignPrinted(std::string& text, char const* format, void* args) {
     char buffer[4096];
     int const length = print(buffer, sizeof buffer, format, args);

@@ -14,7 +14,7 @@ namespace zntl {
 
 namespace {
 
-/// Something for each character.
+/// A value for each character.
 template <class Value>
 class CharacterTable {
 public:
@@ -33,7 +33,7 @@ std::size_t findClosingQuote(std::string const& text, std::size_t open) {
             return at;
         if (text[at] == '\\') {
             // Contract: a backslash skips one character. The character after that one closes the
-            // section or is skipped too, but never escapes.
+            // section or is skipped as well, but is never an escape.
             at += 2;
             if (text.at(at) == quote)
                 return at;
@@ -42,8 +42,8 @@ std::size_t findClosingQuote(std::string const& text, std::size_t open) {
     return std::string::npos;
 }
 
-/// Room for the entries of a usual list, which spares it growing step by step.
-constexpr std::size_t usual = 16;
+/// Most lists have no more entries, so room for them saves growing step by step.
+constexpr std::size_t usualCount = 16;
 
 std::string_view trimmed(std::string_view text) {
     while (!text.empty() && isBlank(text.front()))
@@ -103,14 +103,14 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
     for (char const c : quotes)
         roles[c].isQuote = true;
 
-    // Contract: the scan stops at the last character from `chars`, so that an unclosed section or
-    // a backslash after it is no fault.
+    // Contract: scanning stops at the last wanted character, so an unclosed section or a backslash
+    // after it is not an error.
     std::size_t end = size();
     while (end > 0 && !roles[(*this)[end - 1]].isWanted)
         --end;
     std::vector<unsigned int> positions;
     if (end > 0)
-        positions.reserve(usual);
+        positions.reserve(usualCount);
     for (std::size_t i = 0; i < end; ++i) {
         Role const role = roles[(*this)[i]];
         if (role.isQuote) {

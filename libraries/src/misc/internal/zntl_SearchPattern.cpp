@@ -9,7 +9,8 @@ void SearchPattern::findBorders() {
         matched = advance(matched, pattern_[borders_.size()]);
 }
 
-/// How much of the pattern ends with `next`, if `matched` characters of it ended before.
+/// Returns how many characters of the pattern match after the character `next`, if `matched` of
+/// them matched before it.
 std::size_t SearchPattern::advance(std::size_t matched, char next) const {
     while (matched > 0 && pattern_[matched] != next)
         matched = borders_[matched - 1];
@@ -18,7 +19,7 @@ std::size_t SearchPattern::advance(std::size_t matched, char next) const {
 
 std::size_t SearchPattern::findLong(std::string_view text, std::size_t from) const {
     for (std::size_t matched = 0; from < text.size(); ++from) {
-        // While nothing matches, it leaps at the speed of the C library.
+        // While nothing matches, the C library searches for the first character.
         if (matched == 0 && (from = text.find(pattern_.front(), from)) == std::string_view::npos)
             return std::string_view::npos;
         matched = advance(matched, text[from]);

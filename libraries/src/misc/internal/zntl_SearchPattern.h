@@ -6,10 +6,10 @@
 
 namespace zntl {
 
-/// A string to search for, in linear time whatever it is.
+/// A string to search for. Searching takes linear time for every pattern.
 class SearchPattern {
 public:
-    /// The characters stay where they are, and must outlive the pattern.
+    /// Refers to the characters, which must outlive the pattern.
     explicit SearchPattern(std::string_view pattern) : pattern_(pattern) {
         if (!isShort())
             findBorders();
@@ -17,7 +17,8 @@ public:
 
     std::size_t size() const { return pattern_.size(); }
 
-    /// The first occurrence in `text` at or after `from`, as std::string_view::find.
+    /// Returns the position of the first occurrence at or after `from`, or npos, as
+    /// std::string_view::find does.
     std::size_t findIn(std::string_view text, std::size_t from = 0) const {
         if (from > text.size() || text.size() - from < pattern_.size())
             return std::string_view::npos;
@@ -27,18 +28,19 @@ public:
     }
 
 private:
-    // Compared at every position, a pattern this short is found in linear time, too, and faster.
+    // Comparing a short pattern at every position is faster, and linear because its size is
+    // limited.
     bool isShort() const { return pattern_.size() <= 64; }
     std::size_t findShort(std::string_view text, std::size_t from) const;
 
-    // The search of Knuth, Morris and Pratt, which never goes back in the text.
+    // The Knuth-Morris-Pratt algorithm.
     void findBorders();
     std::size_t advance(std::size_t matched, char next) const;
     std::size_t findLong(std::string_view text, std::size_t from) const;
 
     std::string_view pattern_;
-    // Of a long pattern: for each of its characters, how much of the start of the pattern ends
-    // there too, short of all that was read so far.
+    // Only of a long pattern. borders_[i] is the length of the longest border of pattern_[0..i]: of
+    // the longest string, shorter than these characters, that they both start and end with.
     std::vector<std::size_t> borders_;
 };
 
@@ -50,7 +52,7 @@ inline std::size_t SearchPattern::findShort(std::string_view text, std::size_t f
         at = traits::find(at, static_cast<std::size_t>(end - at), pattern_.front());
         if (!at)
             return std::string_view::npos;
-        // Most places that start like the pattern end otherwise, which saves a call.
+        // Comparing the last character first saves most calls of compare.
         if (at[tail] == pattern_.back() && traits::compare(at, pattern_.data(), tail) == 0)
             return static_cast<std::size_t>(at - text.data());
     }
