@@ -126,7 +126,7 @@ TEST(TextExamples, TrimmingFilteringCutting) {
     // [/trim]
     // [sanitize]
     assert(zntl::String::sanitize("+1 (234) 567", "0123456789") == "1234567");
-    assert(zntl::String::sanitize(" a b ", "ab ") == "a b"); // trimmed all the same
+    assert(zntl::String::sanitize(" a b ", "ab ") == "a b"); // trimmed, although blanks are allowed
     // [/sanitize]
     // [extract]
     assert(zntl::String("x<a>v</a>").extract("<a>", "</a>") == "v");
@@ -146,7 +146,7 @@ TEST(TextExamples, FindingAndTokenizing) {
     assert(row.findAll(",", "") == (std::vector<unsigned int>{1, 4, 7}));
     // [/findAll]
     // [escapes]
-    // The quote behind the backslash closes nothing; the comma is still quoted.
+    // The quote after the backslash does not close the section, so the first comma is quoted.
     assert(zntl::String(R"('it\'s, so',x)").findAll(",", "'") == std::vector<unsigned int>{11});
 
     bool unfinished = false;
@@ -272,8 +272,8 @@ TEST(TextExamples, SharedArrays) {
     assert(fault == "../../../../../libraries/src/misc/zntl_SmartArray (273): "
                     "zntl::SmartArray::operator[]() - index out of range!");
 
-    assert((&*shared)[0] == 'X');       // elements are reached from the first one
-    assert(&shared[4] == &*shared + 4); // at or past the size: the place behind the buffer
+    assert((&*shared)[0] == 'X');       // the way to read an element
+    assert(&shared[4] == &*shared + 4); // at the size or above: an address past the last element
     // [/range]
 }
 
