@@ -11,8 +11,7 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 PAGE = HERE.parent / 'docs/performance.md'
-# A row beyond this ratio means that users should choose the peer. The mean limits the sum of many
-# small losses.
+# Above ROW_LIMIT, users should choose the peer. MEAN_LIMIT limits the sum of many small losses.
 ROW_LIMIT, MEAN_LIMIT = 5, 1
 
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Counts the instructions of the program's start, compared with a minimal C program that prints the
-same, and of the library's features. Counts do not depend on how busy the machine is. The exit status
-is 1 when a limit is exceeded.
+"""Counts the instructions of the program, compared with a minimal C program that prints the same, and
+those of the library's features. Counts do not depend on how busy the machine is. The exit status is 1
+when a limit is exceeded. TREE is a build tree such as build/release.
 
-    benchmarks/instructions/instructions.py TREE           with a build tree, as in build/release
-    benchmarks/instructions/instructions.py TREE FEATURE   where a feature spends them
+    benchmarks/instructions/instructions.py TREE           counts and checks the limits
+    benchmarks/instructions/instructions.py TREE FEATURE   shows where a feature spends instructions
 """
 
 import re
@@ -15,12 +15,13 @@ import tempfile
 from collections import Counter
 from pathlib import Path
 
-# Times what the minimal program takes: a camera that asks often must not pay for C++.
+# Limits as multiples of the minimal program, because cameras that answer many requests must not pay for
+# C++.
 INSTRUCTIONS_LIMIT, MEMORY_LIMIT = 1.15, 1.10
 
-# A hundred times each feature, in thousands, without the C library, whose variants depend on the
-# processor. A tenth above what GCC 12 makes of them, so that a patch release of the compiler passes
-# and a second pass, copy or allocation does not.
+# Thousands of instructions for using each feature a hundred times. The C library is excluded, because
+# its code depends on the processor. Each limit is a tenth above the count with GCC 12: a patch release
+# of the compiler stays below it; a second pass, copy or allocation does not.
 LIMITS = {
     'array': 20,
     'format': 29,
@@ -46,7 +47,7 @@ def callgrind(profile, *command):
 
 
 def count(*command):
-    """The instructions by object file, and what the program printed."""
+    """Returns the instructions by object file, and the program's output."""
     with tempfile.TemporaryDirectory() as folder:
         profile = Path(folder, 'profile')
         output = callgrind(profile, *command)
@@ -63,8 +64,8 @@ def count(*command):
 
 
 def peak(launcher, program):
-    """KiB of resident memory: the mean of some runs, because how many pages of the C library the
-    system maps along with those that are used depends on where it happens to lie."""
+    """Returns the resident memory in KiB. It is the mean of several runs, because the number of mapped
+    pages of the C library depends on the library's random address."""
     return statistics.mean(
         int(subprocess.run([launcher, program], env=CAMERA, check=True, stdout=subprocess.DEVNULL,
                            stderr=subprocess.PIPE).stderr) for _ in range(50))

@@ -1,5 +1,5 @@
-/* The program is compared with this one: it prints the same response from a sorted array, with the
- * C library alone. */
+/* The minimal program that `resolution` is compared with. It prints the same response from a sorted
+ * array, with the C library alone. */
 
 #include "csdk.h"
 

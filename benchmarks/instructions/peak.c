@@ -1,6 +1,6 @@
 /* Runs a program and prints on standard error how much memory is resident when it ends, in KiB. The
- * kernel's own peak counters are off by some hundred KiB; a walk over the pages is exact, and a
- * program that releases nothing has its peak at the end. */
+ * kernel's peak counters are off by some hundred KiB; a walk over the pages is exact. The measured
+ * programs release nothing, so their peak is at the end. */
 
 #include <signal.h>
 #include <stdio.h>

@@ -1,4 +1,4 @@
-"""Reads what the loader and the linker wrote into the program."""
+"""Reads the headers, symbols and relocations of the program's ELF file."""
 
 import os
 import re
@@ -29,7 +29,7 @@ def header(name):
 
 
 def dynamic(tag):
-    """The values of a tag of the dynamic section."""
+    """Returns the values of a tag of the dynamic section."""
     return re.findall(rf'\({tag}\) *(?:.*\[(.*)\]|(.*))$', readelf('--dynamic'), re.MULTILINE)
 
 
@@ -38,12 +38,12 @@ def needed():
 
 
 def run_path():
-    """Where the loader looks first; empty for nowhere."""
+    """Returns the folders that the loader searches first, or an empty string."""
     return next((path for path, _ in dynamic('RUNPATH') + dynamic('RPATH')), '')
 
 
 def symbols(*options):
-    """Of the whole symbol table, or of --dyn-syms."""
+    """Returns the symbols: all, or with --dyn-syms those that the loader uses."""
     found = []
     for line in readelf(*(options or ['--syms'])).splitlines():
         fields = line.split(maxsplit=7)
@@ -54,7 +54,7 @@ def symbols(*options):
 
 
 def copies():
-    """The names of the objects that the loader copies into the program."""
+    """Returns the names of the objects that the loader copies into the program."""
     names = []
     for line in readelf('--relocs').splitlines():
         fields = line.split()

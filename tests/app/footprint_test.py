@@ -1,4 +1,4 @@
-"""What the program asks of a camera: libraries, and room."""
+"""The program needs few libraries and little space on a camera."""
 
 import os
 import re
@@ -12,8 +12,8 @@ from program import PROGRAM
 
 STRIP = os.environ['ZN_STRIP']
 
-# The stripped program, in KiB, little above what it needs: flash memories are small, and a table or a
-# formatter that joins the program must not go unnoticed.
+# Limits for the stripped program, in KiB. They are little above its size, because flash memories are
+# small: the test fails if the program gains a table or a formatter.
 LIMITS = {
     'ARM, hard float': 44,
     'ARM, soft float': 64,
@@ -38,7 +38,7 @@ class Libraries(unittest.TestCase):
 
 
 class Machinery(unittest.TestCase):
-    """Streams and locales would double the program and its start-up."""
+    """C++ streams and locales would double the program's size and the time that it needs to start."""
 
     STREAMS = (r'std::(__cxx11::)?(basic_\w*(stream|buf|ios)|ios_base|locale|[io]stream'
                r'|ctype|codecvt|num_[gp]et|numpunct|money\w+|time_[gp]et|messages|collate)\b')

@@ -1,4 +1,4 @@
-"""The program as shipped is built with the toolchain's defences."""
+"""The shipped program is built with the toolchain's hardening options."""
 
 import re
 import unittest

@@ -1,8 +1,8 @@
-"""Cameras that deliver too much, and a standard output that does not take what is written.
+"""Cameras with very many sizes, and a standard output that cannot be written.
 
-The program ignores the results of its writes: it asks the camera for everything, stops it, and
-ends with status 0, or by SIGPIPE where the reader has left and that signal has its usual effect.
-What it must not do is hang, crash otherwise, or answer incompletely with a reader present.
+The program ignores the results of its writes. It reads all sizes, stops the SDK and ends with status 0.
+If the reader has closed the pipe and SIGPIPE is not ignored, this signal ends it. It must not hang, crash
+in another way, or write an incomplete response while there is a reader.
 """
 
 import os
@@ -22,7 +22,7 @@ class ManyResolutions(ProgramTest):
         sizes = sorted((width, height) for width in range(321) for height in range(201))
         done = run(count=1_000_000, record='')
         self.assertEqual((done.status, done.errors), (0, ''))
-        # Not assertEqual, which would print megabytes.
+        # assertEqual would print megabytes.
         self.assertTrue(done.output == response(*(f'{width}x{height}' for width, height in sizes)),
                         f'{len(done.output)} bytes, from {done.output[:100]} '
                         f'to {done.output[-100:]}')
@@ -43,7 +43,7 @@ class Output(ProgramTest):
         self.assertEqual((done.calls[0].name, done.calls[-1].name), (INIT, DEINIT))
 
     def test_closed(self):
-        # Files that the SDK opens may get the number of standard output meanwhile.
+        # A file that the SDK opens may now get descriptor 1.
         done = run(sizes=['1x2'], process={'stdout': None, 'preexec_fn': lambda: os.close(1)})
         self.assert_runs_to_its_end(done)
         self.assertEqual([call.name for call in done.calls], [INIT, NEXT, NEXT, DEINIT])
@@ -71,7 +71,7 @@ class Output(ProgramTest):
 
 
 class ReaderThatLeft(ProgramTest):
-    """A short answer is written when the program ends, a long one also while it prints."""
+    """The C library writes a short response when the program ends, a long one in several parts."""
 
     def run_without_reader(self, count, restore_signals):
         read, write = os.pipe()

@@ -1,5 +1,4 @@
-"""Under valgrind the program has no out-of-bounds access, reads no uninitialised memory and leaks
-nothing."""
+"""Valgrind finds no out-of-bounds access, no use of uninitialised memory and no leak in the program."""
 
 import os
 import unittest

@@ -1,5 +1,5 @@
-"""A camera that delivers more than there is memory for ends the program abnormally: at once, and
-with no handler of its own, so that the SDK is not stopped and no complete answer is faked."""
+"""If the sizes do not fit in memory, the program aborts at once: it neither stops the SDK nor completes
+the response."""
 
 import resource
 import signal

@@ -1,4 +1,4 @@
-"""A build tree that was moved still works: the program finds the stand-in SDK relative to itself."""
+"""A moved build tree still works, because the program finds the stand-in SDK relative to itself."""
 
 import shutil
 import subprocess

@@ -1,12 +1,12 @@
-"""The order of everything that the program does, as cameras see it that write to the same standard
-output: a header before the list, the list before the stop, and a normal exit after it."""
+"""The order of the program's output and SDK calls. The test cameras write each call to the same standard
+output: the header precedes the list, the list precedes the stop, and the program then exits normally."""
 
 import os
 import unittest
 
 from program import ProgramTest, run
 
-# For initial option bits, the folder of a camera that has them. Their handles are -1 and 0.
+# The folder of the camera with each initial value of the flags. Their handles are -1 and 0.
 CAMERAS = {0xa5: os.environ['ZN_CAMERA_A5'], 0x2a: os.environ['ZN_CAMERA_2A']}
 
 HEADER = 'Content-Type: text/plain\r\n\r\n'
@@ -23,7 +23,7 @@ class Order(ProgramTest):
               '{"resolution": "3x4", "default": false }')
 
     def test_of_a_response(self):
-        # The flags have lost the top bit, and nothing else.
+        # The program has cleared the top bit of the flags, and no other.
         for flags, found in ((0xa5, '<init 25>'), (0x2a, '<init 2a>')):
             with self.subTest(hex(flags)):
                 self.assertEqual(output(flags), (0, found + HEADER + '[<next><next><next><next>'

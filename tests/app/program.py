@@ -1,4 +1,4 @@
-"""The program under test, and what it is expected to answer."""
+"""Runs the program under test, and compares its response with the expected one."""
 
 import os
 import unittest
@@ -17,7 +17,7 @@ def run(*arguments, **camera):
 
 
 def response(*sizes):
-    """The answer that lists these sizes, in this order."""
+    """Returns the response that lists these sizes, in this order."""
     entries = [f'{{"resolution": "{size}", "default": {"false" if index else "true"} }}'
                for index, size in enumerate(sizes)]
     return HEADER + f'[{",".join(entries)}]'.encode()
@@ -27,7 +27,7 @@ class ProgramTest(unittest.TestCase):
     maxDiff = None
 
     def assert_answers(self, done, output):
-        """A complete response and nothing else."""
+        """Asserts that the program wrote this output and nothing else, and ended with status 0."""
         self.assertEqual(done.output, output)
         self.assertEqual((done.status, done.errors), (0, ''))
 

@@ -1,4 +1,4 @@
-"""The program owns both records of the SDK: the loader copies them into it."""
+"""The program owns both records of the SDK, because the loader copies them into it."""
 
 import unittest
 

@@ -1,4 +1,4 @@
-"""What the program writes: every byte of standard output, and the exit status."""
+"""Every byte that the program writes to standard output, and its exit status."""
 
 import unittest
 
@@ -7,7 +7,7 @@ from simulator import PROFILES
 
 
 class Example(ProgramTest):
-    """Literally, so that the helper that the other tests use is checked as well."""
+    """The expected bytes are literal, so this also tests the helper of the other tests."""
 
     ANSWER = (b'Content-Type: text/plain\r\n'
               b'\r\n'
@@ -38,7 +38,7 @@ class EmptyList(ProgramTest):
 
 
 class Filter(ProgramTest):
-    """320x200 is the largest; the comparison is unsigned."""
+    """The largest size is 320x200, and the comparison is unsigned."""
 
     KEPT = ['320x200', '320x199', '319x200', '320x0', '0x200', '1x1', '0x0']
 

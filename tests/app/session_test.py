@@ -1,4 +1,4 @@
-"""What the program does to the SDK: its calls, their order, and every byte of both records."""
+"""The program's calls to the SDK, their order, and every byte of both records."""
 
 import struct
 import unittest
@@ -67,10 +67,10 @@ class Handle(ProgramTest):
 
 
 class Settings(ProgramTest):
-    """All forty bytes, as the SDK finds them at its start."""
+    """All 40 bytes of the settings, as csdk_init finds them."""
 
     def fields(self, call):
-        """The settings record as pointers, word, option, flags and reserved bytes."""
+        """Splits the settings record into pointers, word, option, flags and reserved bytes."""
         record = bytes.fromhex(call['csdk_settings'])
         # The word's offset depends on the size of a pointer.
         pointer = 'I' if record[8:12] == b'\x01\0\0\0' else 'Q'

@@ -1,4 +1,4 @@
-"""The distribution's Chromium, without a window, and the page for people as it is seen there."""
+"""Runs the distribution's Chromium without a window, and reads the camera's page in it."""
 
 import contextlib
 import tempfile
@@ -8,10 +8,10 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
-PATIENCE = 60  # seconds for what a busy machine shows late
+PATIENCE = 60  # seconds to wait for the page; a busy machine is slow
 
-# The first for tests that run as root, the second for containers with little shared memory, the last
-# ones against requests of the browser's own.
+# --no-sandbox lets root run the browser. --disable-dev-shm-usage is for containers with little shared
+# memory. The last three prevent requests that the page did not make.
 OPTIONS = ('--no-sandbox', '--disable-dev-shm-usage', '--headless', '--disable-gpu',
            '--disable-quic', '--no-first-run', '--disable-background-networking',
            '--disable-component-update', '--disable-sync')
@@ -20,7 +20,7 @@ ASKING = 'Asking the camera…'
 
 
 class Page:
-    """The page in a browser of its own."""
+    """The camera's page, open in a browser."""
 
     def __init__(self, driver):
         self.driver = driver
@@ -30,7 +30,7 @@ class Page:
         self.wait()
 
     def ask_again(self):
-        # Otherwise the status of the last time could pass for this one's.
+        # wait() must not take the previous status for the new one.
         self.run('document.querySelector("#status").textContent = arguments[0]', ASKING)
         self.find('#again').click()
         self.wait()
@@ -48,7 +48,7 @@ class Page:
         return self.driver.execute_script(script, *arguments)
 
     def tell(self, command, **parameters):
-        """A command of the browser's own protocol."""
+        """Sends a command of the Chrome DevTools protocol."""
         return self.driver.execute_cdp_cmd(command, parameters)
 
     @property
@@ -57,7 +57,7 @@ class Page:
 
     @property
     def sizes(self):
-        """The sizes on offer, in order, as in "160 × 120"."""
+        """The sizes that the page offers, in order, such as "160 × 120"."""
         return [element.text for element in self.find_all('.size .name') if element.is_displayed()]
 
     @property
@@ -66,13 +66,13 @@ class Page:
 
     @property
     def chosen(self):
-        """The form's value, and what the page says about it."""
+        """The form's value, and the text that the page shows for it."""
         value = self.run('return new FormData(document.querySelector("form")).get("resolution")')
         return value, self.find('output').text
 
     @property
     def note(self):
-        """The title of what is wrong, or None."""
+        """The title of the error message, or None."""
         note = self.find('#note')
         return note.find_element(By.TAG_NAME, 'h2').text if note.is_displayed() else None
 

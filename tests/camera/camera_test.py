@@ -1,5 +1,4 @@
-"""The virtual camera, as its user sees it: the command, its addresses, and what is served there, to
-programs and in a browser."""
+"""Tests ./camera as a user: the command, the addresses that it prints, and the list and page there."""
 
 import contextlib
 import http.client
@@ -16,8 +15,8 @@ from browser import browser
 
 CAMERA = os.environ['ZN_COMMAND']
 TARGET = os.environ['ZN_TARGET']
-START_LIMIT = 240  # seconds, on a busy machine that has to download and build first
-BOOT_LIMIT = 30  # seconds, as the camera itself counts them
+START_LIMIT = 240  # seconds; a busy machine may have to download and build first
+BOOT_LIMIT = 30  # seconds, by the camera's own clock
 
 
 def free_port():
@@ -32,7 +31,7 @@ def start(*arguments, **variables):
 
 
 def run(*arguments):
-    """A call that ends by itself: its status and messages."""
+    """Runs the command until it ends; returns its status and messages."""
     with start(*arguments) as process:
         _, messages = process.communicate(timeout=START_LIMIT)
     return process.returncode, messages
@@ -40,7 +39,7 @@ def run(*arguments):
 
 @contextlib.contextmanager
 def camera(*arguments, **variables):
-    """A camera that serves; its port."""
+    """Runs a camera while the context is open; yields its port."""
     port = free_port()
     page = f'http://127.0.0.1:{port}/\n'
     with start(*arguments, '--target', TARGET, '--port', str(port), **variables) as process:
@@ -83,7 +82,7 @@ class Camera(unittest.TestCase):
         self.page.open(f'http://127.0.0.1:{port}/')
 
     def assert_offers(self, port, *sizes):
-        """The list, and the choice that the page makes of it."""
+        """Asserts that the list and the page offer these sizes."""
         self.assertEqual(fetch(port), listing(*sizes))
         self.open(port)
         self.assertEqual(self.page.sizes, [size.replace('x', ' × ') for size in sizes])
@@ -128,7 +127,7 @@ class Camera(unittest.TestCase):
 
 
 class Calls(unittest.TestCase):
-    """Calls that start no camera."""
+    """Calls of the command that start no camera."""
 
     def test_port_in_use(self):
         with socket.create_server(('127.0.0.1', 0)) as server:

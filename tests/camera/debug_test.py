@@ -1,4 +1,4 @@
-"""The program in the debugger, on the emulated machine."""
+"""tools/debug runs the emulated program in the debugger."""
 
 import os
 import subprocess

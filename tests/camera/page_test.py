@@ -1,4 +1,4 @@
-"""The page for people, in a browser, against a server that answers whatever a test wants."""
+"""The camera's page in a browser. The server is a fake whose responses each test chooses."""
 
 import contextlib
 import http.server
@@ -20,13 +20,13 @@ PATIENCE = 'const PATIENCE = 30000;'
 
 
 def listing(*sizes):
-    """The program's answer."""
+    """Returns the body of the program's response."""
     return json.dumps([{'resolution': size, 'default': index == 0}
                        for index, size in enumerate(sizes)])
 
 
 class Camera(http.server.ThreadingHTTPServer):
-    """Serves the page, and as the list what `self.answer` does or is."""
+    """Serves the page and the list. `self.answer` is the list's content, or a function that responds."""
 
     daemon_threads = True
 
@@ -45,7 +45,7 @@ class Camera(http.server.ThreadingHTTPServer):
         return connection, address
 
     def stop(self):
-        """Closes the connections too that the browser has opened in advance."""
+        """Also closes connections that the browser has opened in advance."""
         self.shutdown()
         self.server_close()
         for connection in self.connections:
@@ -99,7 +99,7 @@ def wait_long(_):
 SILENT = "The camera's SDK did not start"
 MALFORMED = "The camera's answer is not a list of sizes"
 
-# What is wrong, and what the page says.
+# The name of each fault, the response that causes it, and the page's error message.
 FAULTS = (
     ('no answer at all', close_silently, SILENT),
     ('part of an answer', close_within_the_answer, SILENT),
@@ -123,7 +123,7 @@ FAULTS = (
     ('one good and one bad', listing('160x120', '160x'), MALFORMED),
 )
 
-# The contrast of every visible text with its background, the lowest first.
+# Returns the contrast of every visible text with its background, the lowest first.
 CONTRASTS = r'''
 const numbers = colour => colour.match(/[\d.]+/g).map(Number);
 const luminance = colour => numbers(colour).slice(0, 3)
@@ -146,7 +146,7 @@ return [...document.body.querySelectorAll("*")]
 
 
 class PageTest(unittest.TestCase):
-    """With a camera that serves the page, and a browser that all tests share."""
+    """A test with a fake camera of its own, and a browser that all tests of the class share."""
 
     @classmethod
     def setUpClass(cls):
@@ -334,7 +334,7 @@ class Requests(PageTest):
                     for entry in self.page.driver.get_log('performance')]
         addresses = [message['params']['request']['url'] for message in messages
                      if message['method'] == 'Network.requestWillBeSent']
-        # The browser's first tab asks for pages of its own, as chrome://...
+        # The browser's first tab requests internal pages (chrome://...).
         sent = [address for address in addresses if re.match('(http|ws)s?:', address)]
         self.assertEqual(sent, [self.camera.address,
                                 *2 * [self.camera.address + 'cgi-bin/resolution']])

@@ -1,4 +1,4 @@
-/* The C functions, from C. */
+/* A C program that uses the library's C functions. */
 #include "system/zn_portability.h"
 
 #include <stdio.h>

@@ -1,6 +1,6 @@
-"""The ways to use the library from another project: each one builds the same program and runs it.
+"""Other projects use the library in several ways; each test builds the same program and runs it.
 
-The installed tree is moved before it is used, as packages and copies on other machines are.
+The installed tree is moved first, because packages and copies are used at other paths, too.
 """
 
 import os
@@ -45,7 +45,7 @@ class CMakeProjects(ConsumerTest):
         taken = [f'{major}', f'{major}.0', f'{major}.{minor}', VERSION, VERSION]
         refused = [f'{major - 1}.9', f'{major + 1}', f'{major + 1}.0', f'{major}.{minor + 1}',
                    f'{major}.{minor}.{patch + 1}']
-        # One after another in one folder: nothing is in the way of the next.
+        # One project can search for all versions, because a search does not affect the next.
         project = self.folder / 'versions'
         project.mkdir()
         (project / 'CMakeLists.txt').write_text(f"""

@@ -1,5 +1,5 @@
-"""What the shared library shows to programs: everything public, with the tables that exceptions
-and casts need, and nothing internal."""
+"""The shared library exports every public name and the type information that exceptions and casts need,
+but nothing internal."""
 
 import re
 import unittest
@@ -8,8 +8,8 @@ from installed import NM, READELF, SOURCES, VERSION, InstalledTest, call, needed
 
 
 def internal_names():
-    """The classes and functions that the internal headers declare; what is in a class or function
-    is indented."""
+    """Returns the classes and functions that the internal headers declare at namespace level, that is,
+    on lines without indentation."""
     names = set()
     for header in SOURCES.glob('libraries/src/**/internal/*.h'):
         for line in header.read_text().splitlines():
@@ -22,7 +22,7 @@ INTERNAL = rf'\bzn\w+::({"|".join(internal_names())})\b'
 
 
 def symbols(*options):
-    """The demangled names of the defined symbols that can be linked with."""
+    """Returns the demangled names of the defined external symbols."""
     found = set()
     for line in call(NM, '--demangle', '--defined-only', '--extern-only', *options).splitlines():
         fields = line.split(maxsplit=2)

@@ -1,4 +1,4 @@
-"""The library, installed into a folder of its own, and tools to use it from there."""
+"""Installs the library into a temporary folder, and builds programs with it."""
 
 import os
 import re
@@ -19,14 +19,14 @@ NM, READELF = os.environ['ZN_NM'], os.environ['ZN_READELF']
 EXPAT = os.environ['ZN_EXPAT']
 VERSION = os.environ['ZN_VERSION']
 
-# What the consumer prints.
+# The output of the consumer, the test program that uses the library.
 OUTPUT = 'CIF\n640x480\n2 1 0\nzntl::Exception\n'
 
 WARNINGS = ['-Wall', '-Wextra', '-Wpedantic', '-Wconversion', '-Wshadow', '-Werror']
 
 
 def call(*command, **options):
-    """What the command prints; a failure shows everything that it said."""
+    """Runs a command and returns its standard output. A failure shows all its output."""
     done = subprocess.run([str(word) for word in command], encoding='utf-8', timeout=600,
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, **options)
@@ -41,8 +41,8 @@ def run(program, **variables):
 
 
 def build_with_find_package(tree, prefix, *options, project='find_package', program='consumer'):
-    """The consumer, built in a project that finds the library below the prefix. A toolchain file
-    may confine all searches to its own root, so there the project is told the very place."""
+    """Builds the consumer in a project that finds the library under the prefix. A toolchain file may
+    restrict searches to its own root, so with one the project gets the exact folder."""
     config = next(prefix.glob('lib/**/zn-config.cmake'))
     place = f'-Dzn_DIR={config.parent}' if TOOLCHAIN else f'-Dzn_ROOT={prefix}'
     return build_project(project, tree, place, *options, program=program)
@@ -61,12 +61,12 @@ def build_project(project, tree, *options, program='consumer'):
 
 
 def needed(program):
-    """The shared libraries that a program or library names."""
+    """Returns the names of the shared libraries that a program or library needs."""
     return re.findall(r'Shared library: \[(.*)\]', call(READELF, '--dynamic', program))
 
 
 class InstalledTest(unittest.TestCase):
-    """Tests with the library installed at self.prefix, and room for more at self.folder."""
+    """A test with the library installed at self.prefix, and a temporary folder self.folder."""
 
     components = ('runtime', 'development')
 
@@ -80,7 +80,7 @@ class InstalledTest(unittest.TestCase):
             call(CMAKE, '--install', BUILD, '--prefix', cls.prefix, '--component', component)
 
     def installed(self, pattern):
-        """The one installed file that fits the pattern."""
+        """Returns the only installed file that matches the pattern."""
         files = list(self.prefix.glob(pattern))
         self.assertEqual(len(files), 1, f'{pattern}: {files}')
         return files[0]

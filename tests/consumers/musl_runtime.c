@@ -1,5 +1,5 @@
-/* What the distribution's C++ runtime asks of its own C library and musl does not have. A toolchain
-   that was made for musl has a runtime that asks for none of this. */
+/* Defines the functions and the variable of glibc that the distribution's C++ runtime needs and musl
+   does not have. The C++ runtime of a musl toolchain does not need them. */
 #include <link.h>
 #include <stdint.h>
 #include <stdlib.h>
@@ -8,7 +8,7 @@ char __libc_single_threaded = 0;
 
 uint32_t arc4random(void) { abort(); }
 
-/* The unwinder's question: which loaded object holds this address, and where its table is. */
+/* The unwinder asks which loaded object contains an address, and where its exception table is. */
 struct object {
     unsigned long long flags;
     void* start;

@@ -1,8 +1,8 @@
-"""The library and the program with another C library: every source compiles against musl's headers,
-and what is linked statically with musl runs.
+"""The library and the program work with the C library musl: every source compiles with its headers, and
+programs that are linked statically with it run.
 
-The distribution has no C++ runtime for musl. Its own one serves here: two names of its headers and
-three of its static library are glibc's, and are given to it (musl_runtime.c).
+The distribution has no C++ runtime for musl, so the test uses the one for glibc. That runtime needs two
+names from glibc's headers and three from its library: GLIBC_NAMES and musl_runtime.c define them.
 """
 
 import re
@@ -19,7 +19,7 @@ ANSWER = b'Content-Type: text/plain\r\n\r\n[{"resolution": "160x120", "default":
 
 
 def runtime_headers():
-    """The folders of C++ and of the compiler itself that the compiler searches."""
+    """Returns the folders of the C++ headers, and those of the compiler's own headers."""
     done = subprocess.run([CXX, '-E', '-v', '-x', 'c++', '/dev/null'], encoding='utf-8', check=True,
                           stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     listed = re.search(r'#include <...> search starts here:\n(.*?)End of search', done.stderr, re.S)[1]
@@ -43,7 +43,7 @@ class Musl(unittest.TestCase):
 
     @classmethod
     def compile(cls, name, *sources):
-        """The objects of C++ sources; musl's headers take the place of this machine's."""
+        """Compiles C++ sources with musl's headers instead of glibc's; returns the object files."""
         cxx, own = runtime_headers()
         folder = cls.folder / name
         folder.mkdir()

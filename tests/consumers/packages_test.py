@@ -1,5 +1,5 @@
-"""The packages: their fields, their files, lintian's findings, that two builds produce the same bytes,
-and that all works from a clean root and from an unpacked archive."""
+"""The packages have the right fields and files, lintian finds nothing, two builds produce the same bytes,
+and the content works when installed in an empty root or unpacked from an archive."""
 
 import gzip
 import os
@@ -70,7 +70,7 @@ ARCHIVES = {
     'zn-tools': TOOLS_FILES,
     'libzn-xml': XML_RUNTIME_FILES | XML_DEVELOPMENT_FILES,
 }
-# Development packages for several processors are installed side by side.
+# Packages for several processors can be installed together, so these have equal files on all of them.
 SAME_ON_EVERY_MACHINE = (f'libzn{MAJOR}', 'libzn-dev', f'libzn-xml{MAJOR}', 'libzn-xml-dev')
 
 
@@ -86,13 +86,13 @@ ARCHITECTURE = architecture(BUILD / 'resolution')
 
 
 def glibc_versions(file):
-    """The versions of the C library that a program or library asks for."""
+    """Returns the versions of the C library's symbols that a program or library needs."""
     found = re.findall(r'Name: GLIBC_(\d+)\.(\d+)', call(READELF, '--version-info', file))
     return {(int(major), int(minor)) for major, minor in found}
 
 
 def make_packages(folder, **variables):
-    """The packages, made in the folder from a copy of the sources."""
+    """Builds the packages in the folder from a copy of the sources; returns the folder of packages."""
     sources = folder / 'sources'
     shutil.copytree(SOURCES, sources, ignore=shutil.ignore_patterns('build', '.git'))
     configure(sources, folder / 'tree', '-DCMAKE_BUILD_TYPE=Release', '-DZN_BUILD_TESTS=OFF',
@@ -103,8 +103,8 @@ def make_packages(folder, **variables):
 
 
 def install(root, debs):
-    """By dpkg, which notices packages that are in each other's way; the scripts and triggers of a
-    root that has no other packages in it are left out."""
+    """Installs with dpkg, which detects conflicts between packages. Only unpacks: the root has no shell
+    to run scripts and triggers."""
     books = root / 'var/lib/dpkg'
     for name in ('info', 'updates', 'triggers'):
         (books / name).mkdir(parents=True)
@@ -123,7 +123,7 @@ def setUpModule():
 
 
 class PackagesTest(unittest.TestCase):
-    """With the packages in self.packages, and the .deb packages installed below self.root."""
+    """A test with the packages in self.packages, and the .deb packages installed under self.root."""
 
     @classmethod
     def deb(cls, name):
@@ -140,7 +140,7 @@ class Builds(PackagesTest):
 
     @unittest.skipUnless(ARCHITECTURE in ('amd64', 'armhf'), 'takes long; two machines are enough')
     def test_give_the_same_bytes_in_another_folder_at_another_time(self):
-        # A compiler cache would only repeat the first build.
+        # A compiler cache would return the files of the first build.
         again = make_packages(self.folder / 'somewhere/else', CCACHE_DISABLE='1')
         names = sorted(path.name for path in self.packages.iterdir())
         self.assertEqual(sorted(path.name for path in again.iterdir()), names)
@@ -233,7 +233,7 @@ class Fields(PackagesTest):
 class Contents(PackagesTest):
 
     def members(self, archive, prefix):
-        """Files and links by name, once it is clear that all members are as they should be."""
+        """Returns the files and links by name. Asserts the owner, mode and prefix of every member."""
         files = {}
         for member in archive:
             name = member.name.removeprefix('./')
@@ -303,7 +303,7 @@ class Contents(PackagesTest):
 
     def test_name_no_folder_of_the_machine_that_made_them(self):
         for path in self.root.rglob('*'):
-            # A page may use any folder in its examples, this one's too.
+            # A page may contain any folder in its examples.
             if path.suffix == '.md':
                 continue
             if path.is_file() and not path.is_symlink() and 'var' not in path.parts:

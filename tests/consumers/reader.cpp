@@ -1,4 +1,4 @@
-// A program that reads values from XML and never names an iterator: the library does.
+// Reads values from XML. Only the library uses iterators, not this program.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"

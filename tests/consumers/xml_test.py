@@ -1,5 +1,4 @@
-"""Programs that read XML, and programs that do not: what they are linked with makes the difference,
-in every order and kind of linking."""
+"""Programs read XML exactly if they are linked with zn::xml, in every order and kind of linking."""
 
 import os
 import unittest

@@ -1,5 +1,5 @@
-"""The deployment guide, followed to the letter up to the copying, and its quotations; and the
-tutorial's installation."""
+"""Executes the commands of the deployment guide, except the copying to a camera, and those of the
+tutorial's installation. Compares the guide's configurations with the files."""
 
 import os
 import shlex
@@ -28,7 +28,7 @@ class Configurations(unittest.TestCase):
 
 
 class CommandsTest(unittest.TestCase):
-    """With a copy of the tree to follow commands in."""
+    """A test that executes commands in a copy of the tree."""
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -46,7 +46,7 @@ class CommandsTest(unittest.TestCase):
 
 
 class Deployment(CommandsTest):
-    """The folder of the camera maker is replaced by one with the stand-in SDK."""
+    """Uses the folder of the stand-in SDK instead of the camera maker's."""
 
     def assert_answers(self, program):
         done = subprocess.run([*EMULATOR, program], stdout=subprocess.PIPE, timeout=60,

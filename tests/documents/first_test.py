@@ -1,4 +1,4 @@
-"""The README quotes its program and shows what it prints."""
+"""The README quotes its first program exactly, and shows that program's output."""
 
 import os
 import subprocess

@@ -1,5 +1,4 @@
-// docs/formats.md says what is so: its dumps are the golden files, and its code is what is tested
-// here.
+// The dumps in docs/formats.md are equal to the golden files.
 
 #include "misc/zntl_String.h"
 #include "streams/records.h"
@@ -35,7 +34,7 @@ std::string readText(std::filesystem::path const& path) {
     return {bytes.begin(), bytes.end()};
 }
 
-/// The bytes at the start of each line, before two blanks and an explanation.
+/// Returns the bytes at the start of each line, which two blanks and an explanation follow.
 Bytes bytesOfDump(std::string const& dump) {
     Bytes bytes;
     std::istringstream lines(dump);
@@ -44,7 +43,7 @@ Bytes bytesOfDump(std::string const& dump) {
     return bytes;
 }
 
-/// The dumps on the page by the names of the files that they show.
+/// Returns the dumps on the page by the names of the files that they show.
 std::map<std::string, Bytes> dumps() {
     std::string const page = readText(root() / "docs/formats.md");
     static std::string const opening = "```hex ";

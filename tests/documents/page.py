@@ -1,4 +1,4 @@
-"""Reads the documents: blocks of code below a mark, tables, and links."""
+"""Reads blocks of code and tables from the documents."""
 
 import os
 import re
@@ -12,7 +12,7 @@ def text(page):
 
 
 def blocks(page):
-    """The code below each mark, such as <!-- output -->, in the order of the page."""
+    """Returns each mark, such as <!-- output -->, with the code that follows it, in order."""
     found = []
     lines = text(page).splitlines()
     for number, line in enumerate(lines):
@@ -32,7 +32,7 @@ def block(page, mark):
 
 
 def table(page, last_heading):
-    """The rows of the table whose last column has this heading, as lists of cells."""
+    """Returns the rows of the table whose last column has this heading, as lists of cells."""
     rows = []
     for line in text(page).splitlines():
         cells = [cell.strip() for cell in line.split('|')[1:-1]]

@@ -1,4 +1,4 @@
-"""What the documents say about the tree, and where they point."""
+"""The documents describe the tree correctly, their links work, and every public name is documented."""
 
 import os
 import re
@@ -17,7 +17,7 @@ PAGES = [SOURCES / 'README.md', SOURCES / 'CHANGELOG.md', SOURCES / 'CONTRIBUTIN
 
 
 def included(path):
-    """The headers of ours that a file includes, as their include lines name them."""
+    """Returns the project's headers that a file includes, as its include lines name them."""
     return re.findall(r'^#include "(.*?)"', path.read_text(), re.MULTILINE)
 
 

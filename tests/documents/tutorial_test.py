@@ -1,4 +1,4 @@
-"""The tutorial quotes its program and shows what it prints."""
+"""The tutorial quotes its program exactly, and shows that program's output."""
 
 import os
 import re

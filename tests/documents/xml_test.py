@@ -1,4 +1,4 @@
-"""The page about XML quotes its program and shows what it prints."""
+"""The page about XML quotes its program exactly, and shows that program's output."""
 
 import os
 import re

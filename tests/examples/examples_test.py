@@ -1,4 +1,4 @@
-"""The example programs, and the independent reader against files that the library wrote."""
+"""The example programs work, and the reader in Python reads files that the library wrote."""
 
 import contextlib
 import io
@@ -28,7 +28,7 @@ def read_file(path):
 
 
 def read_bytes(content):
-    """What the reader prints about these bytes."""
+    """Returns the reader's output for these bytes."""
     with contextlib.redirect_stdout(io.StringIO()) as output:
         object_stream_reader.print_records(content)
     return output.getvalue()

@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 END_OF_FILE, STREAM, STRING, INTEGER, RESOLUTION, RESOLUTION_SET = 1, 6, 501, 504, 815, 10815
-FOREIGN = 900  # of a class that the library does not have
+FOREIGN = 900  # a type id that the library does not know
 
 
 # Binary forms

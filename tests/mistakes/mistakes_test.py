@@ -45,7 +45,7 @@ USE_SET = 'znsl::Set<Place> places; return places.empty();'
 
 
 def compile_with(**changes):
-    """The compiler's messages; empty when the program compiles."""
+    """Returns the compiler's messages; an empty string if the program compiles."""
     done = subprocess.run(COMPILER, input=PROGRAM % (GOOD | changes), timeout=120, check=False,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding='utf-8')
     assert (done.returncode == 0) == (done.stdout == ''), done.stdout

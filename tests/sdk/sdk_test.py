@@ -1,4 +1,4 @@
-"""Camera SDKs that the build takes, and those that it refuses, with the words of its refusal."""
+"""The build accepts fitting camera SDKs and rejects others with a message."""
 
 import os
 import re
@@ -19,7 +19,7 @@ READELF = os.environ['ZN_READELF']
 CC, CXX = os.environ['ZN_CC'], os.environ['ZN_CXX']
 TRIPLET = os.environ['ZN_TRIPLET']
 
-# The flags in the header of a 32-bit ELF file, and what they say on ARM.
+# The offset of the flags in the header of a 32-bit ELF file, and their values on ARM.
 FLAGS_OFFSET = 0x24
 EABI5, SOFT_FLOAT, HARD_FLOAT = 0x05000000, 0x200, 0x400
 
@@ -42,7 +42,7 @@ class SdkTest(unittest.TestCase):
         self.library = self.folder / 'libsdk.so'
 
     def compile(self, *options, **changes):
-        """A library with these definitions in place of the fitting ones."""
+        """Compiles an SDK library in which these definitions replace the fitting ones."""
         source = self.folder / 'sdk.c'
         source.write_text('\n'.join({**FITTING, **changes}.values()) + '\n')
         subprocess.run([CC, '-shared', '-fPIC', *options, source, '-o', self.library], check=True)
@@ -52,7 +52,7 @@ class SdkTest(unittest.TestCase):
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding='utf-8',
                               timeout=300, check=False, env=os.environ | variables)
         self.said = done.stdout
-        # Messages are wrapped at a width that depends on where they come from.
+        # CMake wraps messages at a width that depends on their origin.
         return done.returncode, re.sub(r'\s+', ' ', done.stderr)
 
 
@@ -165,7 +165,7 @@ class Unfitting(Check):
 
 
 class OtherMachines(Check):
-    """The stand-in's file with one field of its header changed."""
+    """Checks a copy of the stand-in SDK in which one field of the ELF header is changed."""
 
     def assert_refused_with(self, offset, layout, value, words):
         content = bytearray(SIMULATOR.read_bytes())
@@ -189,8 +189,8 @@ class OtherMachines(Check):
 
 
 class Configuring(SdkTest):
-    """The same through the build, for the library named and for the folder that it is in. All tests
-    share one build tree."""
+    """The build checks the library, whether CSDK_LIBRARY or CSDK_ROOT names it. All tests share one
+    build tree."""
 
     @classmethod
     def setUpClass(cls):
@@ -214,14 +214,14 @@ class Configuring(SdkTest):
         return self.call('--build', self.tree, '--parallel', '2', '--target', 'resolution')
 
     def build(self, **sdk):
-        """The program for this SDK."""
+        """Configures and builds the program with this SDK; returns the program's path."""
         self.assertEqual(self.configure(**sdk), (0, ''))
         status, message = self.compile_program()
         self.assertEqual(status, 0, message)
         return self.tree / 'resolution'
 
     def needed(self, program):
-        """The shared libraries that the program names, without those of the C library."""
+        """Returns the shared libraries that the program needs, except those of the C library."""
         done = subprocess.run([READELF, '--dynamic', program], encoding='utf-8',
                               stdout=subprocess.PIPE, check=True, env={'LC_ALL': 'C'})
         named = re.findall(r'\(NEEDED\).*\[(.*)\]', done.stdout)

@@ -36,7 +36,7 @@ Include {snippet}
 
 
 class ApacheWithDaemon(Apache):
-    """Programs are started by a daemon of the server, with a socket for input and output."""
+    """Apache with mod_cgid: a daemon starts the programs, and a socket carries input and output."""
     modules = ('mpm_event', 'cgid')
     settings = 'ScriptSock cgid'
 
@@ -51,8 +51,8 @@ class ApacheWithDaemonTest(ServerTest, unittest.TestCase):
     failed_start = ApacheTest.failed_start
 
     def test_post(self):
-        """The socket reports input that was left alone as a connection that was reset, so an answer
-        may be cut off. Without input there is nothing to report."""
+        """The program does not read its input. With a body, the socket is then reset, and the response
+        may be truncated. A POST without a body must work."""
         for _ in range(3):
             with contextlib.suppress(http.client.HTTPException):
                 self.server.get('POST', body=b'x' * 1000)

@@ -17,9 +17,9 @@ class Busybox(Server):
 
 class BusyboxTest(ServerTest, unittest.TestCase):
     make = Busybox
-    # The server passes HEAD to the program, which ignores the method.
+    # The server passes HEAD to the program, which ignores the method and writes the body.
     head_body = BODY
-    # It closes the connection without a word.
+    # The server closes the connection without a response.
     failed_start = rb'\A\Z'
 
 

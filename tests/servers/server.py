@@ -1,8 +1,7 @@
 """A camera with a web server: the program, the SDK and a server on a free loopback port.
 
-A server is a context manager. Whatever happens inside, and even if the tests themselves are
-killed, its processes are stopped by their process ids. When the tests run as root, the server runs
-as nobody, as it would on a camera.
+A server is a context manager. It stops its processes by their process ids when the context ends; the
+kernel stops them if the tests are killed. If the tests run as root, the server runs as the user nobody.
 """
 
 import contextlib
@@ -26,7 +25,7 @@ SNIPPETS = Path(__file__).parents[2] / 'packaging' / 'servers'
 
 PATH = '/cgi-bin/resolution'
 
-# Seconds for a start, a stop or an answer; far more than any needs.
+# The time limit in seconds for a start, a stop or a response.
 PATIENCE = 30
 
 PAGE = os.sysconf('SC_PAGE_SIZE')
@@ -36,7 +35,7 @@ libc = ctypes.CDLL(None)
 
 
 def unprivileged():
-    """The user to run as, as arguments of a process."""
+    """Returns arguments of subprocess.Popen that select an unprivileged user."""
     if os.getuid() != 0:
         return {}
     nobody = pwd.getpwnam('nobody')
@@ -50,12 +49,12 @@ def free_port():
 
 
 class Server:
-    """What all servers share. A subclass says how its server is configured and started."""
+    """The base of all servers. A subclass configures and starts its server in start()."""
 
     package = None
 
     def __init__(self, **simulator):
-        """The keywords are the simulator's options, as in init_result=1."""
+        """The keywords are the simulator's options, such as init_result=1."""
         self.simulator = {f'CSDK_SIMULATOR_{name.upper()}': str(value)
                           for name, value in simulator.items()}
 
@@ -66,7 +65,8 @@ class Server:
         raise NotImplementedError
 
     def snippet(self, name, **values):
-        """A file of the deployment guide, filled in as a user would."""
+        """Writes a configuration of the deployment guide with its placeholders replaced; returns its
+        path."""
         text = (SNIPPETS / name).read_text()
         for placeholder, value in values.items():
             text = text.replace(f'@{placeholder}@', str(value))
@@ -81,7 +81,7 @@ class Server:
         return path
 
     def spawn(self, *command, **environment):
-        """Starts a process that stays in the foreground, in a process group of its own."""
+        """Starts a foreground process in a separate session and process group."""
         if not shutil.which(command[0]):
             raise RuntimeError(f'{command[0]} is not installed: it comes with the package '
                                f'{self.package}')
@@ -96,7 +96,7 @@ class Server:
 
     @property
     def sdk(self):
-        """What the program needs in its environment."""
+        """The program's environment variables."""
         return {'LD_LIBRARY_PATH': str(self.folder / 'lib'), **self.simulator}
 
     # For tests.
@@ -111,7 +111,7 @@ class Server:
                 if self.is_ready():
                     self.cleanup = self.cleanup.pop_all()
                     return self
-                # Somebody may have taken the port.
+                # Another process may have taken the port.
                 failure = self.messages()
         raise RuntimeError(f'{type(self).__name__} does not start: {failure}')
 
@@ -133,17 +133,17 @@ class Server:
         return socket.create_connection(('127.0.0.1', self.port), PATIENCE)
 
     def exchange(self, request):
-        """Sends these bytes and returns all bytes of the answer."""
+        """Sends these bytes and returns all bytes of the response."""
         with self.connect() as connection:
             connection.sendall(request)
             return b''.join(iter(lambda: connection.recv(65536), b''))
 
     def memory(self):
-        """The resident memory in KiB of the largest of the server's processes."""
+        """Returns the resident memory, in KiB, of the server's largest process."""
         sessions = {process.pid for process in self.processes}
         sizes = [0]
         for process in Path('/proc').glob('[0-9]*'):
-            # It may end meanwhile.
+            # The process may end while its files are read.
             with contextlib.suppress(OSError):
                 name, fields = (process / 'stat').read_text().rsplit(')', 1)
                 fields = fields.split()
@@ -151,10 +151,10 @@ class Server:
                     sizes.append(int(fields[21]) * PAGE // 1024)
         return max(sizes)
 
-    # The rest is private.
+    # Private.
 
     def deploy(self):
-        """Lays out what goes onto a camera, where the server's user can read it."""
+        """Creates a folder with the camera's files that the server's user can read."""
         self.folder = Path(self.cleanup.enter_context(
             tempfile.TemporaryDirectory(prefix='zn-server-')))
         self.log = self.cleanup.enter_context(open(self.folder / 'log', 'ab'))
@@ -180,14 +180,14 @@ class Server:
             if any(process.poll() is not None for process in self.processes):
                 return False
             with contextlib.suppress(OSError), self.connect() as connection:
-                # A connection to a port that nobody listens on can meet itself.
+                # If nobody listens on the port, the kernel may connect the socket to itself.
                 if connection.getsockname() != connection.getpeername():
                     return True
             time.sleep(0.02)
         return False
 
     def stop(self, process):
-        """Stops a process and all that it started."""
+        """Stops a process and its process group."""
         process.terminate()
         with contextlib.suppress(subprocess.TimeoutExpired):
             process.wait(PATIENCE)

@@ -1,5 +1,5 @@
-"""What every web server makes of the program. A subclass names its server and pins down where
-servers differ."""
+"""The tests that every web server must pass with the program. A subclass names its server and defines the
+responses that differ between servers."""
 
 import unittest
 from concurrent.futures import ThreadPoolExecutor
@@ -11,7 +11,7 @@ BODY = (b'[{"resolution": "160x120", "default": true },'
         b'{"resolution": "176x144", "default": false },'
         b'{"resolution": "320x180", "default": false }]')
 
-# An emulated program takes some fifty times as long to start.
+# An emulated program takes about fifty times as long to start.
 REQUESTS = 60 if EMULATOR else 400
 AT_ONCE = 8
 
@@ -21,11 +21,11 @@ def request(method):
 
 
 class ServerTest:
-    """Mixed into a TestCase, which has:
+    """A mixin for a TestCase, which defines:
 
-    make          returns the server, for options of the simulator
-    head_body     what comes after the header in answer to HEAD
-    failed_start  all that a client sees when the SDK cannot start, as an expression
+    make          a function that returns the server; its arguments are the simulator's options
+    head_body     the body of the response to HEAD
+    failed_start  a regular expression for the whole response if the SDK does not start
     """
 
     make = None
@@ -62,7 +62,7 @@ class ServerTest:
                 self.assert_answered(*self.server.get(path=f'{PATH}?{query}'))
 
     def test_post(self):
-        """The program reads no input: what is sent to it is left alone."""
+        """The program does not read the request's body."""
         for length in (0, 1, 1000, 100_000):
             with self.subTest(length):
                 self.assert_answered(*self.server.get('POST', body=b'x' * length))

@@ -1,6 +1,6 @@
-"""Hundreds of requests at once, for a while: every one is answered, and no server grows.
+"""Servers answer every request of hundreds of simultaneous clients, and their memory does not grow.
 
-ZN_SOAK_SECONDS says how long each server is asked, 5 by default.
+ZN_SOAK_SECONDS sets the duration for each server, 5 by default.
 """
 
 import os
@@ -17,18 +17,18 @@ from server_test import BODY
 SECONDS = float(os.environ.get('ZN_SOAK_SECONDS') or 5)
 CLIENTS = 200
 
-# busybox httpd lets nine connections wait, and beyond that leaves clients to try again.
+# busybox httpd queues nine connections. More clients would have to retry.
 CLIENTS_OF_BUSYBOX = 8
 
-# How much a server may grow. Measured: lighttpd 1.4.69 grows by some 50 bytes a request with 200
-# clients at once, and by nothing with one; the others by nothing that depends on the requests. A
-# connection, a request or an answer that is lost is larger.
+# The limit of a server's growth. With 200 clients, lighttpd 1.4.69 grows by about 50 bytes for each
+# request; the other servers' growth does not depend on the requests. A leaked connection, request or
+# response is larger than the limit.
 GROWTH_BYTES = 1 << 20
 GROWTH_BYTES_PER_REQUEST = 128
 
 
 def ask(server, clients, seconds):
-    """Sends requests from so many clients at once. Returns the number of answers and the faults."""
+    """Sends requests from several simultaneous clients. Returns the number of responses and the faults."""
     answers, failures = [], []
     end = time.monotonic() + seconds
 

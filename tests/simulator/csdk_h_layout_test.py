@@ -1,4 +1,4 @@
-"""csdk.h compiles as C and as C++, but not once its records are laid out otherwise than the SDK's."""
+"""csdk.h compiles as C and as C++, but not if its records have another layout than the SDK's."""
 
 import os
 import re
@@ -19,7 +19,7 @@ def exchange(first, second):
     return {first: second, second: first}
 
 
-# What is changed in the header, and what the compiler says then.
+# Changes of the header, each with the compiler's message.
 CHANGES = [
     ({'int32_t handle;': 'int32_t handle, more;'}, STATE),
     ({'unsigned char reserved[16];': 'unsigned char reserved[12];'}, STATE),
@@ -36,7 +36,7 @@ CHANGES = [
 
 
 def changed(parts):
-    """The header with each of these parts, which it has once, replaced."""
+    """Returns the header with these parts replaced. Each part must occur exactly once."""
     text, count = re.subn('|'.join(map(re.escape, parts)), lambda found: parts[found[0]], HEADER)
     assert count == len(parts), f'{parts}: {count} replaced'
     return text

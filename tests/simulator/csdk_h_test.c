@@ -1,4 +1,4 @@
-/* The SDK's interface compiles as C, and everything in it can be used. */
+/* csdk.h compiles as C, and everything that it declares can be used. */
 #include "csdk.h"
 
 int csdk_h_as_c(void);

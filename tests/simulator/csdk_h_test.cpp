@@ -1,4 +1,4 @@
-// The SDK's interface compiles as C++, and has the linkage of C there.
+// csdk.h compiles as C++, and everything that it declares can be used. Its functions have C linkage.
 #include "csdk.h"
 
 int csdk_h_as_cpp();

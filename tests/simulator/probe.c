@@ -1,11 +1,11 @@
-/* Calls the SDK as its arguments say, one call each, and prints what came back:
+/* Makes one call to the SDK for each argument, and prints the results. The arguments:
  *
  *     name      sets an application name that needs escapes
  *     init      csdk_init()
- *     next      csdk_next_resolution() with the present handle
+ *     next      csdk_next_resolution() with the current handle
  *     stale     csdk_next_resolution() with the handle of the first call
  *     zero      csdk_next_resolution() with the handle 0
- *     all       next, until a call does not deliver
+ *     all       next, until the result is not 0
  *     wider     changes the variable that receives the width
  *     higher    changes the variable that receives the height
  *     deinit    csdk_deinit()

@@ -1,4 +1,4 @@
-"""The camera simulator: what it delivers, how it fails, what it records, what it exports."""
+"""The camera simulator: its sizes, failures, record and exports."""
 
 import os
 import re
@@ -14,7 +14,7 @@ READELF = os.environ['ZN_READELF']
 
 REFUSED = -1000
 
-# What the two records hold before a program touches them, less the settings' pointers.
+# The initial content of the two records, except the settings' pointers.
 STATE_PATTERN = bytes(range(0xa0, 0xb0))
 MODE_PATTERN = b'\x5a' * 4
 FLAGS_PATTERN = b'\x5a\xff'
@@ -25,7 +25,7 @@ def probe(*calls, **camera):
 
 
 def delivered(**camera):
-    """The sizes that the simulator delivers, and the errors that it reports."""
+    """Returns the sizes that the simulator delivers. Asserts that every other call succeeds."""
     session = probe('init', 'all', 'deinit', **camera)
     started, *sizes, ended, stopped = session.output.decode().splitlines()
     assert (started, ended, stopped) == ('init 0', 'next 1', 'deinit 0'), session
@@ -243,7 +243,7 @@ class Record(unittest.TestCase):
 
     def test_that_cannot_be_written_fails_the_start(self):
         with tempfile.TemporaryDirectory() as folder:
-            # A link, because tests run as root and the device is the machine's.
+            # A link, because tests run as root: faulty code must not replace the device itself.
             full = Path(folder, 'full')
             full.symlink_to('/dev/full')
             session = probe('init', 'next', 'deinit', record=full)
@@ -286,7 +286,7 @@ class Record(unittest.TestCase):
 
 
 class Library(unittest.TestCase):
-    """What the loader sees."""
+    """The library's symbols and dependencies."""
 
     def readelf(self, option):
         done = subprocess.run([READELF, '-W', option, SIMULATOR / 'libsdk.so'], check=True,

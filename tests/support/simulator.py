@@ -1,6 +1,6 @@
 """Runs a program against the camera simulator, through an emulator if it needs one.
 
-The build says what is tested, in the environment:
+The build sets these environment variables:
 
     ZN_SIMULATOR  the folder of the simulator's libsdk.so
     ZN_EMULATOR   the command that runs the target's programs, empty for none
@@ -17,13 +17,13 @@ SIMULATOR = Path(os.environ['ZN_SIMULATOR'])
 EMULATOR = shlex.split(os.environ.get('ZN_EMULATOR', ''))
 PROFILES = Path(__file__).parents[2] / 'sdk' / 'simulator' / 'profiles'
 
-# A program that runs longer hangs.
+# Seconds after which a program counts as hanging.
 TIMEOUT = 60
 
 
 @dataclass
 class Call:
-    """A call to the simulator: a line of its record."""
+    """A call to the simulator, from one line of its record."""
     name: str
     fields: dict
 
@@ -53,8 +53,8 @@ def parse_record(text):
 
 
 def environment(**simulator):
-    """Returns the environment of a program: the simulator's variables, set by keywords, and those of
-    the caller that control instrumented programs. Nothing else is passed on."""
+    """Returns the environment of a program. It contains the simulator's variables, set by keywords, and the
+    caller's variables for sanitizers, coverage and emulators, but no others."""
     passed = {name: value for name, value in os.environ.items()
               if name.endswith('SAN_OPTIONS') or name.startswith(('QEMU_', 'GCOV_'))}
     told = {f'CSDK_SIMULATOR_{name.upper()}': str(value) for name, value in simulator.items()}
@@ -69,9 +69,10 @@ def run(program, *arguments, sizes=None, text=None, extra_environment=None, proc
         **simulator):
     """Runs a program to its end and returns its output and its calls.
 
-    sizes: the camera's sizes, as in '640x480'; text: the camera's profile as it stands
-    process: further arguments of subprocess.run
-    Other keywords are the simulator's options: profile=..., init_result=..., and so on.
+    sizes    the camera's sizes, such as '640x480'
+    text     the bytes of the camera's profile, instead of sizes
+    process  further arguments of subprocess.run
+    Other keywords are the simulator's options, such as profile=... or init_result=...
     """
     with tempfile.TemporaryDirectory() as folder:
         if sizes is not None:

@@ -1,4 +1,4 @@
-"""zn-dump prints the values in stored files, good and damaged ones."""
+"""zn-dump prints the values in intact and damaged files."""
 
 import json
 import os
@@ -42,7 +42,7 @@ class DumpTest(unittest.TestCase):
         return path
 
     def text(self, content, *options, status=0):
-        """The lines about a file of this content, without the first."""
+        """Returns the lines that zn-dump prints for a file with this content, without the first."""
         done = run(*options, self.file(content))
         self.assertEqual(done.returncode, status, done)
         return done.stdout.decode().splitlines()[1:]
@@ -57,7 +57,7 @@ class DumpTest(unittest.TestCase):
         return file
 
     def dump_all(self, contents):
-        """One call for all, because under emulation the start is what takes time."""
+        """Dumps all contents in one call, because starting the program is slow under emulation."""
         paths = [self.file(content, str(number)) for number, content in enumerate(contents)]
         done = run('--json', *paths)
         self.assertIn(done.returncode, (0, 1), done.stderr)
@@ -181,7 +181,7 @@ class Json(DumpTest):
 
 
 class IndependentReader(DumpTest):
-    """The reader in examples/ was written from the documentation alone."""
+    """The reader in examples/, written from the documentation alone, finds the same values."""
 
     NAMES = {'EndOfFile': 'znsl_EndOfFile', 'String': 'zntl_String', 'Integer': 'Integer',
              'Resolution': 'Resolution', 'ResolutionSet': 'ResolutionSet'}
@@ -357,7 +357,7 @@ class Nesting(DumpTest):
         self.assertTrue(lines[-1].endswith('(nested too deeply to be shown)'), lines[-1])
 
     def test_of_any_depth_is_survived(self):
-        # From the inside out, each level adds 12 bytes in front.
+        # Built from the innermost level outwards; each level adds 12 bytes at the front.
         levels = 20000
         size = 12
         headers = []
