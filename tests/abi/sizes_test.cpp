@@ -1,4 +1,4 @@
-// Contract: the sizes of objects stay the same, because programs compiled earlier allocate them.
+// Contract: the sizes of objects do not change, because programs compiled earlier contain them.
 
 #include "misc/zntl_Countdown.h"
 #include "misc/zntl_Exception.h"

@@ -1,5 +1,5 @@
-// Compares how the library and the C library read decimal numbers, with every character before, in
-// and after one.
+// The library reads decimal numbers as strtol does, with any character before, inside and after the
+// number.
 
 #include "misc/zntl_String.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// What strtol reads, saturated to 32 bits; negative numbers are 0.
+/// Returns the number that strtol reads, saturated to 32 bits; 0 for a negative number.
 unsigned int expected(std::string const& text) {
     long const number = std::strtol(text.c_str(), nullptr, 10);
     return static_cast<unsigned int>(std::clamp<long>(number, 0, INT_MAX));

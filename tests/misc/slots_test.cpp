@@ -1,5 +1,5 @@
-// Contract: the order of the virtual operations and the layout of objects stay the same, because
-// programs compiled earlier rely on them. The streams and arrays have their own such tests.
+// Contract: the order of the virtual operations and the layout of objects do not change, because
+// programs compiled earlier rely on them. Streams and arrays are checked in their own tests.
 
 #include "misc/zntl_Countdown.h"
 #include "misc/zntl_Exception.h"
@@ -26,7 +26,8 @@ namespace {
 
 using Slots = std::vector<std::ptrdiff_t>;
 
-/// The slots of the storable value's contract, in its order. The destructor has the first two.
+/// Returns the virtual table slots of the operations of Serializable. The destructor has slots 0
+/// and 1.
 template <class Class>
 Slots contract() {
     using Plain = std::string (Class::*)() const;
@@ -47,7 +48,8 @@ Slots contract() {
 
 Slots const contractSlots{2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
 
-/// The number of slots of a class, which is the slot of a subclass's first additional operation.
+/// Returns the number of slots of a class, that is, the slot of the first operation that a subclass
+/// adds.
 template <class Class>
 std::ptrdiff_t slotCount() {
     struct Subclass : Class {
@@ -56,7 +58,7 @@ std::ptrdiff_t slotCount() {
     return virtualSlot(&Subclass::next);
 }
 
-/// The offset of a base in an object.
+/// Returns the offset of a part, such as a base, in an object.
 template <class Object, class Part>
 std::ptrdiff_t offset(Object const& object, Part const& part) {
     return reinterpret_cast<char const*>(&part) - reinterpret_cast<char const*>(&object);

@@ -1,5 +1,5 @@
-// The text operations on allocation failure: they throw std::bad_alloc exactly when an allocation
-// fails, leak nothing and do not change the strings.
+// On allocation failure, and only then, the text operations throw std::bad_alloc. They leak nothing
+// and do not change their strings.
 
 #include "misc/zntl_Markup.h"
 #include "misc/zntl_SmartArray.h"
@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
         Operation{"markerToXml", [] { znsl::EndOfFile().toXML(longName.c_str()); }}),
     [](auto const& test) { return test.param.name; });
 
-// The container keeps its earlier pieces and may have some of the failed call.
+// The container keeps its earlier pieces, and may also contain some pieces of the failed call.
 TEST(TokenizeAllocationFailure, KeepsWhatTheContainerHeld) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         std::vector<String> pieces{"before"};

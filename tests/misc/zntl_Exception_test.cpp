@@ -47,7 +47,7 @@ TEST(Exception, CopiesCarryTheMessage) {
     Exception const original(longMessage);
     Exception const copy(original);
     EXPECT_EQ(copy.what(), longMessage);
-    EXPECT_NE(copy.what(), original.what()) << "each has its own characters";
+    EXPECT_NE(copy.what(), original.what()) << "each exception owns its message";
 
     Exception assigned("before");
     assigned = original;

@@ -70,13 +70,13 @@ TEST(Integer, HoldsTheValueThatItIsGiven) {
     }
 }
 
-/// The value of an object that is constructed in memory with earlier content.
+/// Constructs an Integer in memory whose bytes are all A5; returns the bytes of its value.
 template <class Construct>
 std::string bytesAfter(Construct construct) {
     alignas(Integer) unsigned char memory[sizeof(Integer)];
     unsigned char* place = memory;
     std::memset(place, 0xA5, sizeof memory);
-    // The compiler must neither drop the earlier writes nor assume what is read afterwards.
+    // Prevents the compiler from removing the writes of A5 and from assuming the value read later.
     asm volatile("" : "+r"(place) : : "memory");
     Integer* const integer = construct(place);
     asm volatile("" : "+r"(place) : : "memory");

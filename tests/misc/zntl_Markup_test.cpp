@@ -41,7 +41,7 @@ using literal::OpenTag;
 std::optional<OpenTag> openTag(String const& text, unsigned int from, String const& name) {
     unsigned int start = UINT_MAX;
     unsigned int end = UINT_MAX;
-    // The search must set this whatever its value was.
+    // Starts as true or false, because the search must set it in both cases.
     bool selfClosing = from % 2 == 0;
     if (!zntl::findOpenTag(text, from, name, start, end, selfClosing))
         return std::nullopt;
@@ -72,7 +72,7 @@ TEST(RenderElement, PutsTheContentBetweenTwoTags) {
     EXPECT_EQ(zntl::renderElement("a", "text"), "<a>text</a>");
     EXPECT_EQ(zntl::renderElement("a", ""), "<a></a>");
     EXPECT_EQ(zntl::renderElement("", "text"), "<>text</>");
-    EXPECT_EQ(zntl::renderElement("a", "<b/> & \0"s), "<a><b/> & \0</a>"s) << "as it is";
+    EXPECT_EQ(zntl::renderElement("a", "<b/> & \0"s), "<a><b/> & \0</a>"s) << "not encoded";
     std::string const name(100, 'n');
     EXPECT_EQ(zntl::renderElement(name.c_str(), name), "<" + name + ">" + name + "</" + name + ">");
 }
@@ -187,14 +187,14 @@ TEST(FindCloseTag, DoesNotCountOtherTags) {
     EXPECT_EQ(closeTag("<a><a x=''/></a>", 3, "a"), (CloseTag{12, 15}));
     EXPECT_EQ(closeTag("<a><ab></a>", 3, "a"), (CloseTag{7, 10}));
     EXPECT_EQ(closeTag("<a><b></a>", 3, "a"), (CloseTag{6, 9}));
-    EXPECT_EQ(closeTag("<a><a</a>", 3, "a"), (CloseTag{5, 8})) << "a tag that does not end";
+    EXPECT_EQ(closeTag("<a><a</a>", 3, "a"), (CloseTag{5, 8})) << "the inner tag has no end";
 }
 
 TEST(FindCloseTag, FindsNothingWhereATagIsMissing) {
     EXPECT_EQ(closeTag("<a>", 3, "a"), none);
     EXPECT_EQ(closeTag("<a><a></a>", 3, "a"), none);
     EXPECT_EQ(closeTag("<a></ab>", 3, "a"), none);
-    EXPECT_EQ(closeTag("<a></a >", 3, "a"), none) << "no blank in a closing tag";
+    EXPECT_EQ(closeTag("<a></a >", 3, "a"), none) << "a closing tag contains no blank";
     EXPECT_EQ(closeTag("<a></a", 3, "a"), none);
     EXPECT_EQ(closeTag("", 0, "a"), none);
 }
@@ -209,8 +209,8 @@ TEST(FindCloseTag, SearchesAfterThePositionOnly) {
 }
 
 TEST(FindCloseTag, TruncatesOpeningTagsAtTheClosingTag) {
-    // Before the first closing tag, the inner opening tag has no end. The search for the second one
-    // finds its end in the first one, and counts it.
+    // Before the first closing tag, the inner opening tag "<a" has no end. When the search reaches
+    // the second closing tag, the ">" of the first one ends the inner tag, which then counts.
     EXPECT_EQ(closeTag("<a <a></a></a>", 2, "a"), (CloseTag{10, 13}));
     EXPECT_EQ(closeTag("<a </a></a>", 0, "a"), (CloseTag{3, 6}));
     EXPECT_EQ(closeTag("<a><a><a </a></a></a>", 3, "a"), (CloseTag{17, 20}));
@@ -288,7 +288,7 @@ TEST(ReplaceElement, TakesAnyName) {
     EXPECT_EQ(replaced("1<\0>2</\0>3"s, "\0"s, "X"), "1X3");
 }
 
-// --- all of them against their definitions ---
+// --- comparison with the literal definitions ---
 
 void compareAll(std::string const& text, std::string const& name) {
     for (unsigned int from = 0; from <= text.size() + 1; ++from) {
@@ -347,7 +347,8 @@ TEST(Markup, AgreesWithItsDefinitionOnLongerNestings) {
     }
 }
 
-// --- large texts: every result at once, and on a small stack ---
+// --- large texts: quadratic time would not finish, and recursion would overflow the small stack
+// ---
 
 constexpr unsigned int many = 100000;
 
@@ -408,14 +409,14 @@ TEST(LargeMarkup, HasTagsThatNeverEnd) {
         EXPECT_TRUE(test::sameText(replacedOnSmallStack(text), text)) << piece;
         EXPECT_EQ(closeTagOnSmallStack(text, 0), none) << piece;
     }
-    // One ">" ends the first of them, with all others as its attributes.
+    // The ">" ends the first tag; all others are its attributes.
     std::string const text = test::repeated("<a ", many) + ">";
     EXPECT_TRUE(test::sameText(replacedOnSmallStack(text + "</a>"), "R"));
     EXPECT_TRUE(test::sameText(replacedOnSmallStack(test::repeated("<a ", many) + "/>"), "R"));
 }
 
 TEST(LargeMarkup, StraddlesItsClosingTags) {
-    // Each opening tag ends in the closing tag after it.
+    // The ">" of each closing tag also ends the opening tag before it.
     std::string const text = test::repeated("<a </a>", many);
     EXPECT_TRUE(test::sameText(replacedOnSmallStack(text), std::string(many / 2, 'R')));
     EXPECT_TRUE(

@@ -47,7 +47,7 @@ testing::AssertionResult raises(char const* text, Operation operation) {
     return test::throws<zntl::Exception>(text, operation);
 }
 
-/// An element that counts those alive.
+/// An element type that counts the living elements.
 struct Element {
     static inline int alive = 0;
     int value = 0;
@@ -66,7 +66,7 @@ Array abc() {
 template <class Handle>
 class Handles : public testing::Test {};
 
-/// Both classes. They differ only in write access.
+/// The tests run for both classes, which differ only in write access.
 using HandleTypes = testing::Types<ConstSmartArray<char>, SmartArray<char>>;
 
 struct HandleNames {
@@ -92,11 +92,11 @@ TYPED_TEST(Handles, AreEmptyOverANullBufferOfAnySize) {
         TypeParam const handle(nullptr, size);
         EXPECT_EQ(handle.getSize(), 0U);
         EXPECT_EQ(handle.getReferenceCount(), 0);
-        EXPECT_EQ(test::liveBlocks(), before) << "no count for nothing";
+        EXPECT_EQ(test::liveBlocks(), before) << "an empty handle allocates no count";
     }
 }
 
-TYPED_TEST(Handles, RaiseWhenElementsOfNothingAreAskedFor) {
+TYPED_TEST(Handles, ThrowForAnElementOfAnEmptyHandle) {
     TypeParam handle;
     EXPECT_TRUE(raises(firstOfNull, [&] { *handle; }));
     EXPECT_TRUE(raises(firstOfNull, [&] { *std::as_const(handle); }));
@@ -150,7 +150,7 @@ TYPED_TEST(Handles, ReturnTheAddressOfAnIndexAtOrPastTheSize) {
     };
     std::uintptr_t const first = address(*handle);
     for (unsigned int const i : {4U, 5U, 1000U, 0x7FFFFFFFU, 0x80000000U, UINT_MAX}) {
-        // The offset wraps where addresses have as many bits as the index.
+        // On 32-bit machines this sum may wrap, as the address does.
         EXPECT_EQ(address(handle[i]), first + i) << i;
         EXPECT_EQ(address(std::as_const(handle)[i]), first + i) << i;
     }
@@ -160,7 +160,7 @@ TYPED_TEST(Handles, HaveNoElementsInAnEmptyBuffer) {
     TypeParam handle(new char[1], 0);
     EXPECT_EQ(handle.getSize(), 0U);
     EXPECT_EQ(handle.getReferenceCount(), 1);
-    EXPECT_EQ(&handle[0], &*handle) << "the index is at the size";
+    EXPECT_EQ(&handle[0], &*handle) << "index 0 is not below the size";
 }
 
 TEST(SmartArray, CountsPositionsInElements) {
@@ -263,7 +263,7 @@ TYPED_TEST(Handles, ReleaseTheirShareWhenAssignedTo) {
         TypeParam handle = abc<TypeParam>();
         TypeParam const other(new char[2]{'x', '\0'}, 2);
         handle = other;
-        EXPECT_EQ(test::liveBlocks() - before, 2) << "the first buffer is gone";
+        EXPECT_EQ(test::liveBlocks() - before, 2) << "the first buffer is freed";
         EXPECT_STREQ(&*handle, "x");
         EXPECT_EQ(handle.getSize(), 2U);
         EXPECT_EQ(other.getReferenceCount(), 2);
@@ -443,7 +443,7 @@ TEST(ArrayOfString, LeaksNothingOnAllocationFailure) {
 
 constexpr int threadCount = 4;
 
-/// Threads that start their work at the same time.
+/// Threads that start their work at the same time, in join().
 class Threads {
 public:
     ~Threads() { join(); }
@@ -504,8 +504,8 @@ TEST(SharedAcrossThreads, CountsEveryCopyAndRelease) {
 }
 
 TEST(SharedAcrossThreads, ShowsTheLastOneWhatTheOthersWrote) {
-    // Each thread writes its own element without a lock. The last one frees them all, which must
-    // happen after every write.
+    // Each thread writes its own element without a lock. The last thread frees the elements, which
+    // must happen after all writes; the thread sanitizer would detect a race.
     for (int round = 0; round < 300; ++round) {
         Threads threads;
         SmartArray<Element> handle(new Element[threadCount], threadCount);

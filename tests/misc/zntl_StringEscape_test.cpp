@@ -29,7 +29,7 @@ TEST(StringEscape, EncodeReplacesMarkupCharacters) {
         {"'", "&apos;"},
         {"\"", "&quot;"},
         {"a<b & 'c'", "a&lt;b &amp; &apos;c&apos;"},
-        {"&lt;", "&amp;lt;"}, // text that looks like an entity stays text
+        {"&lt;", "&amp;lt;"}, // the ampersand of an entity is encoded, too
         {"&amp;", "&amp;amp;"},
         {"&&", "&amp;&amp;"},
         {"<>", "&lt;&gt;"},
@@ -55,7 +55,7 @@ TEST(StringEscape, DecodeReplacesEntities) {
         {"a&lt;b &amp; &apos;c&apos;", "a<b & 'c'"},
         {"&amp;lt;", "<"}, // "&amp;" is decoded first
         {"&amp;gt;&amp;apos;&amp;quot;", ">'\""},
-        {"&amp;amp;", "&amp;"}, // its pass continues after the "&" that it inserts
+        {"&amp;amp;", "&amp;"}, // the search continues after the "&" that was inserted
         {"&amp;amp;lt;", "&amp;lt;"},
         {"&&amp;lt;", "&<"},
         {"&amp;&amp;lt;", "&<"},
@@ -117,7 +117,7 @@ TEST(StringEscape, BothAgreeWithFivePassesOnRandomText) {
         if (text.find("&amp;lt;") != std::string::npos)
             ++decodedTwice;
     }
-    EXPECT_GT(decodedTwice, 100U) << "the texts do not reach the case that matters";
+    EXPECT_GT(decodedTwice, 100U) << "the texts contain too few entities that are decoded twice";
 }
 
 TEST(StringEscape, BothAgreeWithFivePassesWhereMarkupIsRare) {
@@ -132,7 +132,7 @@ TEST(StringEscape, BothAgreeWithFivePassesWhereMarkupIsRare) {
     }
 }
 
-// An operation of more than linear time would not finish.
+// An operation with quadratic time would not finish.
 TEST(StringEscape, BothAreLinearWhereMarkupIsRareAndOfOneKind) {
     std::string const gap(200, 'x');
     constexpr unsigned int many = 100000;

@@ -1,4 +1,4 @@
-// The plain text file of a string.
+// Writing a string to a plain text file and reading it back.
 
 #include "misc/zntl_String.h"
 
@@ -37,7 +37,7 @@ namespace {
 
 std::string const oldContent = "what was there before";
 
-/// Everything that a conversion could change.
+/// All characters that a conversion of line ends or encodings could change.
 std::string const awkward = "a\0b\r\nc\nd\re\n\r\t\x1a\x80\xff\0"s;
 
 std::string everyByte() {
@@ -52,7 +52,7 @@ std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(listing), end(listing)));
 }
 
-/// A directory with one path to use; every descriptor must be closed at the end.
+/// Provides the path of a file, and checks that the test closes all descriptors.
 class TextFile : public testing::Test {
 protected:
     ~TextFile() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
@@ -66,7 +66,7 @@ protected:
         return {bytes.begin(), bytes.end()};
     }
 
-    /// Paths at which there is no file, nor can one be made.
+    /// Returns paths at which no file exists and none can be created.
     std::vector<std::string> impossiblePaths() const {
         make("");
         fs::create_symlink("loop", directory_ / "loop");
@@ -85,7 +85,7 @@ private:
     std::size_t const descriptorsBefore_ = openDescriptors();
 };
 
-/// While it lives, the descriptor of standard input is free.
+/// Closes standard input while it lives, so the next file that is opened gets descriptor 0.
 class WithoutStandardInput {
 public:
     WithoutStandardInput() { close(STDIN_FILENO); }
@@ -101,7 +101,7 @@ private:
     int const kept_ = dup(STDIN_FILENO);
 };
 
-/// While it lives, the process has the rights of an ordinary user.
+/// Runs the process as an ordinary user while it lives.
 class OrdinaryUser {
 public:
     OrdinaryUser() {
@@ -204,7 +204,7 @@ TEST_F(StringToFile, IsFalseWhereNoFileCanBe) {
     for (std::string const& impossible : impossiblePaths())
         EXPECT_FALSE(String("abc").toFile(impossible.c_str())) << impossible;
     EXPECT_FALSE(String("abc").toFile(nullptr));
-    EXPECT_FALSE(String().toFile(directory_.path().c_str())) << "with nothing to write, too";
+    EXPECT_FALSE(String().toFile(directory_.path().c_str())) << "even if there is nothing to write";
 }
 
 TEST_F(StringToFile, IsFalseWhereItMayNotWrite) {
@@ -356,7 +356,7 @@ TEST_F(StringFromFile, TakesNoMoreMemoryThanTwiceTheFileAndAPage) {
         String text;
         SystemCalls calls;
         EXPECT_LE(test::largestAllocation([&] { text.fromFile(file.c_str()); }), 2 * length + 4097);
-        calls.fail("fstat", 2, EIO); // a file of unknown size
+        calls.fail("fstat", 2, EIO); // now the size of the file is unknown
         EXPECT_LE(test::largestAllocation([&] { text.fromFile(file.c_str()); }), 2 * length + 4097);
         EXPECT_EQ(text.size(), length);
     }
@@ -406,14 +406,14 @@ TEST_F(StringFromFile, TakesNoMemoryForTheSizeThatADirectoryPretendsToHave) {
 
 TEST_F(StringFromFile, EmptiesTheStringBeforeItOpensTheFile) {
     make("abc");
-    // The path is the string's own buffer, which is empty when the file is opened.
+    // The path points into the string, so it is empty when the file is opened.
     String text(path());
     EXPECT_FALSE(text.fromFile(text.c_str()));
     EXPECT_EQ(text, ""s);
 }
 
 TEST_F(StringFromFile, IsFalseAndEmptyAfterAReadError) {
-    // Reading fails because no process maps the first page.
+    // Reading fails because the process has no memory at address 0.
     EXPECT_EQ(read("/proc/self/mem"), failedAndEmpty);
 }
 
@@ -484,8 +484,8 @@ TEST_F(StringFromFile, TakesAFileWhoseSizeIsNotKnown) {
     EXPECT_EQ(read(), holding(text));
 }
 
-TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
-    // The system reports size 0 for it.
+TEST_F(StringFromFile, ReadsAFileOfUnknownSize) {
+    // The kernel generates this file when it is read, and reports size 0 before.
     std::ifstream file("/proc/version");
     std::string const version{std::istreambuf_iterator<char>(file), {}};
     file.close();
@@ -493,7 +493,7 @@ TEST_F(StringFromFile, TakesAFileThatTheSystemMakesUp) {
     EXPECT_EQ(read("/proc/version"), holding(version));
 }
 
-/// Joins a pipe's writer, which must not block after the reader has failed.
+/// Joins the writer of a pipe. Opens the pipe first, because a writer without a reader would block.
 void joinWriter(std::thread& writer, std::string const& pipe) {
     int const descriptor = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
     writer.join();
@@ -528,11 +528,11 @@ TEST_F(StringFromFile, IsNotDisturbedBySignals) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
             }
         };
-        disturb(); // while the reader waits for the pipe to be opened
+        disturb(); // the reader waits for a writer to open the pipe
         std::ofstream pipe(path(), std::ios::binary);
         for (char const* const text : {"one ", "two ", "three"}) {
             pipe << text << std::flush;
-            disturb(); // while it waits for more
+            disturb(); // the reader waits for more bytes
         }
     });
     auto const result = read();
@@ -547,14 +547,15 @@ TEST_F(StringFromFile, IsFalseAndEmptyOnAllocationFailure) {
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         String text(oldContent);
         bool done = false;
-        EXPECT_FALSE(run.runsOutOfMemory([&] { done = text.fromFile(file.c_str()); })) << "thrown";
+        EXPECT_FALSE(run.runsOutOfMemory([&] { done = text.fromFile(file.c_str()); }))
+            << "fromFile never throws";
         EXPECT_EQ(done, !run.happened());
         EXPECT_EQ(text.size(), done ? 20000U : 0U);
     });
     EXPECT_GE(failures, 1);
 }
 
-TEST_F(StringFromFile, IsFalseAndEmptyWhenAFileFitsNoMemory) {
+TEST_F(StringFromFile, IsFalseAndEmptyWhenAFileDoesNotFitInMemory) {
     make(std::string(5000, 'x'));
     SystemCalls calls;
     calls.pretendSize(PTRDIFF_MAX);

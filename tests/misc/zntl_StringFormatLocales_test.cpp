@@ -1,4 +1,4 @@
-// Formatted floats have the decimal point of the thread that formats them.
+// Formatted floats have the decimal point of the calling thread's locale.
 
 #include "misc/zntl_String.h"
 
@@ -20,8 +20,7 @@ using zntl::String;
 
 namespace {
 
-/// A locale whose decimal point is a comma, made for the test: which ones a machine has is
-/// uncertain.
+/// A locale whose decimal point is a comma. The test creates it, because a machine may have none.
 class CommaLocale {
 public:
     CommaLocale() {
@@ -32,7 +31,7 @@ public:
                                                 "thousands_sep \"\"\n"
                                                 "grouping -1\n"
                                                 "END LC_NUMERIC\n";
-        // It warns of all that the source leaves out, and ends with 1.
+        // localedef warns of missing categories and returns 1, although it creates the locale.
         std::string const compile = "localedef -c --no-archive -f ANSI_X3.4-1968 -i " +
                                     (directory_ / "source") + ' ' + (directory_ / "comma") + " 2>" +
                                     (directory_ / "warnings");
@@ -58,8 +57,8 @@ private:
     locale_t locale_{};
 };
 
-/// The number of floats that come out with another decimal point than `point`, formatted in this
-/// locale once both threads are here.
+/// Waits for the other thread, then formats floats in this locale. Returns how many of them do not
+/// have the decimal point `point`.
 int countWrong(locale_t locale, char point, std::atomic<int>& started) {
     locale_t const before = uselocale(locale);
     ++started;
@@ -78,7 +77,7 @@ int countWrong(locale_t locale, char point, std::atomic<int>& started) {
 
 TEST(StringFromFloat, HasTheDecimalPointOfItsThread) {
     CommaLocale const comma;
-    ASSERT_TRUE(comma.get()) << "localedef makes no locale here";
+    ASSERT_TRUE(comma.get()) << "localedef did not create the locale";
     locale_t const plain = newlocale(LC_ALL_MASK, "C", locale_t{});
     std::atomic<int> started{0};
     int wrongThere = 0;

@@ -1,4 +1,4 @@
-// Formatting has no state that threads share.
+// Several threads may format at the same time.
 
 #include "misc/zntl_String.h"
 

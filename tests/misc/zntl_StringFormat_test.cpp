@@ -1,4 +1,4 @@
-// Formatted text, compared with the C library's printf.
+// The formatting operations produce the same text as the C library's printf.
 
 #include "misc/zntl_String.h"
 
@@ -52,7 +52,8 @@ TEST(StringFromVAList, FormatsTextsOfAnyLength) {
         for (std::size_t length = power - 1; length <= power + 1; ++length) {
             std::string const text(length, 'x');
             EXPECT_EQ(String::fromFormat("%s", text.c_str()), text);
-            EXPECT_EQ(String::fromFormat("%.9999999s", text.c_str()), text) << "left to printf";
+            EXPECT_EQ(String::fromFormat("%.9999999s", text.c_str()), text)
+                << "printf formats this";
         }
     }
 }
@@ -127,9 +128,9 @@ TEST(StringFromFormat, LeavesToPrintfWhatOnlyLooksPlain) {
 }
 
 TEST(StringFromFormat, EndsWithItsFormat) {
-    std::string const format("%d\0dx", 5); // not a literal, which a compiler would complain about
+    std::string const format("%d\0dx", 5); // a literal would cause a warning
     EXPECT_EQ(String::fromFormat(format.c_str(), 1), "1");
-    std::string const exact(100, 'x'); // a sanitizer detects reads past its end
+    std::string const exact(100, 'x'); // sanitizers detect reads past its end
     EXPECT_EQ(String::fromFormat(exact.c_str(), 1), exact);
 }
 
@@ -148,13 +149,13 @@ std::string printed(char const* format, ...) {
 }
 
 TEST(StringFromFormat, NullArgumentFormatsLikePrintf) {
-    std::string format = "%d%s"; // not a literal, which a compiler would complain about
+    std::string format = "%d%s"; // a literal would cause a warning
     EXPECT_EQ(String::fromFormat(format.c_str(), 1, noText), printed(format.c_str(), 1, noText));
 }
 
 TEST(StringFromFormat, AgreesWithPrintfOnAnyMixtureOfConversions) {
     std::mt19937 random(15);
-    // Each takes the next of three arguments: an int, a text, an int.
+    // A format has three of these conversions, for the arguments int, string, int.
     char const* const ofInt[] = {"%d", "%i", "%5d", "%-5d", "%+d", "%x", "%c", "%.3d", "%u"};
     char const* const ofText[] = {"%s", "%8s", "%-8s", "%.2s"};
     char const* const between[] = {"", "x", "%%", " and ", "\xC3\xA4", "\n"};
@@ -238,7 +239,7 @@ float anyFloat(std::mt19937& random) {
     return value;
 }
 
-/// A float near those at which a digit changes.
+/// Returns a float near a value at which rounding changes a digit.
 float nearHalf(std::mt19937& random) {
     float const value = static_cast<float>(static_cast<int>(random() % 200001) - 100000) / 2000.0F;
     return random() % 2 == 0 ? value : std::nextafter(value, random() % 2 == 0 ? 100.0F : -100.0F);
@@ -255,7 +256,7 @@ TEST(StringFromFloat, AgreesWithPrintf) {
     }
 }
 
-/// The rounding directions that the machine has; soft float has one.
+/// Returns the rounding directions of the machine; soft float has only one.
 std::vector<int> const roundings{
     FE_TONEAREST,
 #ifdef FE_UPWARD

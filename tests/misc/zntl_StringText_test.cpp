@@ -25,7 +25,7 @@ namespace {
 using Positions = std::vector<unsigned int>;
 using Texts = std::vector<std::string>;
 
-/// The result of an operation; nothing when it throws std::out_of_range.
+/// Returns the result of the operation; nullopt if it throws std::out_of_range.
 template <class Operation>
 auto outcome(Operation operation) -> std::optional<decltype(operation())> {
     try {
@@ -45,7 +45,7 @@ Positions places(std::string const& text, std::string const& chars, std::string 
     return String(text).findAll(chars, quotes);
 }
 
-/// Every text of one character.
+/// Returns all strings of one character.
 Texts everyCharacter() {
     Texts all;
     for (int c = CHAR_MIN; c <= CHAR_MAX; ++c)
@@ -221,7 +221,7 @@ TEST(StringExtract, FindsMarkersOfAnyLengthThatAlmostMatchElsewhere) {
     }
 }
 
-// An operation of more than linear time would not finish.
+// An operation with quadratic time would not finish.
 TEST(StringExtract, IsLinearWhereAMarkerAlmostMatchesEverywhere) {
     std::string const half(200000, 'a');
     String const marker = half + 'b' + half;
@@ -315,7 +315,7 @@ TEST(StringFindAll, FindsNothingWithoutCharacters) {
 }
 
 TEST(StringFindAll, ClosesAQuoteWithTheSameCharacterOnly) {
-    EXPECT_EQ(places("',\",',\",", ",", "'\""), Positions{5}) << "the last one stays open";
+    EXPECT_EQ(places("',\",',\",", ",", "'\""), Positions{5}) << "the second quote is not closed";
     EXPECT_EQ(places("',\",',\"x\",", ",", "'\""), (Positions{5, 9}));
     EXPECT_EQ(places("\"','\",", ",", "'\""), Positions{5});
 }
@@ -333,10 +333,11 @@ TEST(StringFindAll, DoesNotRecordACharacterThatIsAQuoteToo) {
 }
 
 TEST(StringFindAll, SkipsTheCharacterAfterABackslash) {
-    // In each, the quote opens at 0, and the comma after the closing quote is found.
+    // In each text, a quote opens at position 0, and only the comma after the closing quote is
+    // found.
     EXPECT_EQ(places(R"('\'',)", ",", "'"), Positions{4});
     EXPECT_EQ(places(R"('\'a',)", ",", "'"), Positions{5});
-    EXPECT_EQ(places(R"('\a',)", ",", "'"), Positions{4}) << "closed by the character at p + 2";
+    EXPECT_EQ(places(R"('\a',)", ",", "'"), Positions{4}) << "the quote after the escape closes";
     EXPECT_EQ(places(R"('\,b',)", ",", "'"), Positions{5});
 }
 
@@ -362,7 +363,7 @@ TEST(StringFindAll, ThrowsForABackslashAtTheEndOfAnOpenQuote) {
         auto const find = [&] { return places(text, ",", "'"); };
         EXPECT_EQ(outcome(find), std::nullopt) << text;
     }
-    EXPECT_EQ(places(R"(',\ab)", ",", "'"), Positions{}) << "two characters are enough";
+    EXPECT_EQ(places(R"(',\ab)", ",", "'"), Positions{}) << "two characters follow the backslash";
 }
 
 TEST(StringFindAll, IgnoresQuotesAfterTheLastCharacter) {
@@ -408,7 +409,7 @@ TEST(StringTokenize, ReturnsNothingForAnEmptyString) {
 
 TEST(StringTokenize, ReturnsTheWholeStringWithoutSeparators) {
     EXPECT_EQ(tokens(",a,,'b", "", "'"), Texts{",a,,'b"});
-    EXPECT_EQ(tokens(R"('\)", "", "'"), Texts{R"('\)"}) << "quotes do not matter";
+    EXPECT_EQ(tokens(R"('\)", "", "'"), Texts{R"('\)"}) << "without separators, quotes are ignored";
 }
 
 TEST(StringTokenize, LeavesPiecesUnchanged) {
@@ -419,7 +420,7 @@ TEST(StringTokenize, EndsAPieceAtItsFirstNul) {
     EXPECT_EQ(tokens("a\0b,c\0,\0d,e"s, ",", ""), (Texts{"a", "c", "", "e"}));
     EXPECT_EQ(tokens("a\0b"s, "", ""), Texts{"a"});
     EXPECT_EQ(tokens("\0b"s, "", ""), Texts{""});
-    EXPECT_EQ(tokens("a\0b\0"s, "\0"s, ""), (Texts{"a", "b"})) << "a NUL may separate";
+    EXPECT_EQ(tokens("a\0b\0"s, "\0"s, ""), (Texts{"a", "b"})) << "a NUL may be a separator";
 }
 
 TEST(StringTokenize, PassesOnTheErrorOfAnOpenQuote) {
@@ -501,7 +502,7 @@ TEST(StringDecodeHtml, AgreesWithItsDefinitionOnBrokenEntities) {
 
 TEST(StringDecodeHtml, UndoesEncodeHtml) {
     test::forEachText(test::letters("&<'a;"), 5, [](std::string const& text) {
-        // A text that holds an entity is decoded once more than it was encoded.
+        // An entity in the text is encoded once but decoded twice.
         bool const holdsEntity = literal::decodeHtml(text) != text;
         ASSERT_TRUE(holdsEntity || String::decodeHtml(String::encodeHtml(text)) == text) << text;
     });
@@ -522,7 +523,7 @@ TEST(NullText, IsTheEmptyText) {
     EXPECT_EQ(String("1<>2</>3").replaceElement(null, null), "13");
 }
 
-// --- long texts: every result at once, and on a small stack ---
+// --- long texts: quadratic time would not finish, and recursion would overflow the small stack ---
 
 constexpr std::size_t many = 1000000;
 

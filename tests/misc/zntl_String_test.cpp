@@ -1,5 +1,5 @@
-// The string's core: construction, comparison, conversion and stored forms. Formatted text and the
-// text operations have their own tests.
+// The string's construction, comparison, conversion and stored forms. Other files test its
+// formatting and text operations.
 
 #include "misc/zntl_String.h"
 
@@ -258,7 +258,7 @@ TEST(StringToUnsignedInt, AgreesWithStrtoll) {
         ASSERT_EQ(String(text).toUnsignedInt(), expected) << '"' << text << '"';
         saturated += number > INT_MAX;
     }
-    EXPECT_GT(saturated, 1000U) << "the texts do not reach the case that matters";
+    EXPECT_GT(saturated, 1000U) << "too few texts contain a number that saturates";
 }
 
 TEST(StringCopyString, CopiesAtMostMaxCharactersAndEndsThem) {
@@ -328,13 +328,13 @@ TEST(StringIsNumeric, TakesOneNumberWithBlanksAroundIt) {
         {"1.5", true, false},     {"1.", true, false},
         {".5", true, false},      {" 1.5 ", true, false},
         {"1 2", false, true},     {"1. 2", false, false},
-        {"1 .", false, true}, // the point after the blank is not accepted
+        {"1 .", false, true}, // the point is not read, because a blank precedes it
         {"1.2.3", false, false},  {"..", false, false},
         {"+-1", false, true},     {"1-", false, true},
         {"1+2", false, true},     {".-1", false, false},
         {"- 1", false, true},     {"1e5", false, true},
         {"1.5e5", false, false},  {"0x10", false, true},
-        {"abc", false, true},     {"1\n", false, true}, // a line end is no blank here
+        {"abc", false, true},     {"1\n", false, true}, // a line end is not skipped
         {"1,5", false, true},     {"\xB2", false, true},
     };
     for (auto const& row : rows) {
@@ -345,10 +345,10 @@ TEST(StringIsNumeric, TakesOneNumberWithBlanksAroundIt) {
         }
     }
     bool isInteger;
-    EXPECT_FALSE(String(std::string("1\0", 2)).isNumeric(isInteger)) << "a NUL is a character";
+    EXPECT_FALSE(String(std::string("1\0", 2)).isNumeric(isInteger)) << "a NUL is no blank";
 }
 
-/// The grammar: blanks, a non-empty [sign] digits [. digits], blanks.
+/// Whether the text is: blanks, [sign] digits [. digits] with at least one character, blanks.
 bool isOneNumber(std::string const& text) {
     std::size_t const first = text.find_first_not_of(" \t");
     if (first == std::string::npos)
@@ -471,7 +471,7 @@ TEST(String, BinaryFormKeepsEmbeddedNuls) {
     EXPECT_EQ(toHex(out), "03 00 00 00 61 00 62 00");
 
     String read("before");
-    EXPECT_EQ(read.fromBin(out.data(), 8), 6U) << "taken up to the first NUL";
+    EXPECT_EQ(read.fromBin(out.data(), 8), 6U) << "fromBin stops at the first NUL";
     EXPECT_EQ(read, "a");
 }
 
@@ -520,7 +520,7 @@ TEST(String, XmlFormIsTheEncodedTextInOneElement) {
     EXPECT_EQ(String("abc").toXML(""), "<>abc</>");
     EXPECT_EQ(String("a<b & 'c' > \"d\"").toXML("n"),
               "<n>a&lt;b &amp; &apos;c&apos; &gt; &quot;d&quot;</n>");
-    EXPECT_EQ(String("n").toXML("<&>"), "<<&>>n</<&>>") << "the name is taken as it is";
+    EXPECT_EQ(String("n").toXML("<&>"), "<<&>>n</<&>>") << "the name is not encoded";
     EXPECT_EQ(String(withNuls("a0b")).toXML("n"), withNuls("<n>a0b</n>"));
 }
 
@@ -556,7 +556,7 @@ long failingAllocations(Operation operation) {
         if (run.runsOutOfMemory([&] { operation(text); })) {
             EXPECT_EQ(text, "before");
         } else {
-            EXPECT_FALSE(run.happened()) << "a failure was swallowed";
+            EXPECT_FALSE(run.happened()) << "the operation ignored an allocation failure";
         }
     });
 }

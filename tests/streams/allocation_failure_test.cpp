@@ -1,4 +1,4 @@
-// Operations that never throw need no memory, or report an allocation failure by their result.
+// Operations that never throw do not allocate, or report an allocation failure by their result.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"
@@ -157,10 +157,10 @@ TEST(SetAllocationFailure, StillKnowsItsLength) {
 
 using Sets = znsl::Set<ResolutionSet>;
 
-/// A set of sets, whose elements allocate while they are written.
+/// A set of sets: its elements allocate memory in `toBin`.
 Sets const nested{resolutions, {{1, 2}}, {}};
 
-// The address sanitizer reports a record that is larger than the room made for it.
+// If the set reported a length that is too small, the address sanitizer would report the write.
 TEST(SetAllocationFailure, IsAppendedWholeOrFails) {
     for (znsl::Serializable const* const set :
          {static_cast<znsl::Serializable const*>(&resolutions),

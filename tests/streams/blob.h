@@ -11,8 +11,8 @@
 
 namespace test {
 
-/// A storable value of any type id and any payload. Tests hook into the operations that streams
-/// call, to watch their order or to throw.
+/// A storable value with any type id and any payload. Streams and files call its operations; a test
+/// sets the `on...` functions to record these calls or to throw.
 class Blob : public znsl::Serializable {
 public:
     explicit Blob(unsigned int id, Bytes bytes = {}) : typeId(id), payload(std::move(bytes)) {}
@@ -26,9 +26,9 @@ public:
     std::function<void(unsigned char const* data, unsigned int length)> onFromBin =
         [](unsigned char const*, unsigned int) {};
 
-    /// The result of getBinLength instead of the payload's length.
+    /// If set, getBinLength returns this instead of the payload's length.
     std::optional<unsigned int> announced;
-    /// The result of toBin and fromBin instead of the number of bytes.
+    /// The result of toBin and fromBin, which may differ from the number of bytes.
     unsigned int reported = 0;
 
     unsigned int getTypeId() const override {

@@ -1,6 +1,5 @@
-// Every file operation of the library, with each of its system calls failing in turn: the result is
-// as documented, nothing is thrown, no file stays open, and everything that the operation must
-// preserve is unchanged.
+// Each system call of every file operation fails in turn. The operation must return the documented
+// result, throw nothing, close its file and leave the documented state.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"
@@ -29,15 +28,15 @@ using test::Bytes;
 using test::SystemCalls;
 using ResolutionSet = znsl::Set<znvl::Resolution>;
 
-/// The functions whose failure is a failure of the whole operation.
 using Functions = std::vector<std::string>;
 
 struct Operation {
     char const* name;
-    /// Runs the operation on a new value, which must have the documented state after a failure.
+    /// Runs the operation on a new value, and asserts the value's state after a failure.
     std::function<bool(char const* path)> run;
     /// The initial content of the file.
     Bytes file;
+    /// The operation fails if one of these functions fails.
     Functions fatal;
 
     friend std::ostream& operator<<(std::ostream& out, Operation const& operation) {
@@ -112,7 +111,7 @@ int lowestFreeDescriptor() {
 
 class FailingFileCalls : public testing::TestWithParam<Operation> {
 protected:
-    /// Runs the operation with the failures that `spoil` prepares.
+    /// Runs the operation with the failures that `spoil` sets up.
     template <class Spoil>
     bool run(Spoil spoil) const {
         test::writeFile(path, GetParam().file);
@@ -127,7 +126,7 @@ protected:
         return done;
     }
 
-    /// The number of times that the operation makes this call.
+    /// Returns how often the operation calls this function.
     unsigned int count(std::string const& function) const {
         test::writeFile(path, GetParam().file);
         SystemCalls const calls;
@@ -149,7 +148,7 @@ protected:
                 check(function, k);
             }
         }
-        EXPECT_GE(calls, 3U) << "it opens, moves bytes and closes";
+        EXPECT_GE(calls, 3U) << "at least open, read or write, and close";
     }
 
     test::TemporaryDirectory const directory;
@@ -166,12 +165,12 @@ TEST_P(FailingFileCalls, ReturnThePromisedResult) {
     });
 }
 
-// Some operations fail without the file's size, others do not need it.
-TEST_P(FailingFileCalls, ThatMeasureReturnThePromisedResult) {
+// Some operations need the file's size and fail without it; others succeed.
+TEST_P(FailingFileCalls, OfFstatReturnThePromisedResult) {
     EXPECT_EQ(run([](SystemCalls& calls) { calls.fail("fstat", 1, EIO); }), !isFatal("fstat"));
 }
 
-TEST_P(FailingFileCalls, AreTakenUpAgainAfterAnInterruption) {
+TEST_P(FailingFileCalls, AreRetriedAfterAnInterruption) {
     forEachCall([&](std::string const& function, unsigned int k) {
         EXPECT_TRUE(run([&](SystemCalls& calls) { calls.fail(function, k, EINTR); }));
     });

@@ -1,5 +1,5 @@
-// Contract: every stored form stays the same, bit for bit. The library writes the bytes of the
-// files in tests/golden and reads the values from them. All machines use the same files.
+// Contract: every stored form stays the same, bit for bit. The library writes exactly the bytes of
+// the files in tests/golden, and reads the values back from them, on every machine.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_String.h"

@@ -1,5 +1,4 @@
-// Untrusted bytes: whatever they are, reading them causes no out-of-bounds access, which the
-// address sanitizer would report.
+// Reading untrusted bytes causes no out-of-bounds access, which the address sanitizer would report.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -82,7 +81,7 @@ public:
     unsigned int getTypeId() const override { return 900; }
 };
 
-/// A class that lists one member of each kind.
+/// A class with one member of each storable class of the library.
 class Entry : public Serializable {
 public:
     String text;
@@ -126,7 +125,7 @@ std::vector<std::unique_ptr<Serializable>> readers() {
     return all;
 }
 
-/// A stream with this content, even if it is not whole records, in a buffer of exactly its size.
+/// Returns a stream with this content, whole records or not, in a buffer of exactly that size.
 MemIOStream holding(Bytes const& content) {
     MemIOStream stream(static_cast<unsigned int>(content.size()));
     test::append(stream, content);
@@ -191,7 +190,7 @@ TEST(HostileBytes, AreReadOrRefusedFromARecord) {
 
 TEST(HostileBytes, AreReadOrRefusedDirectly) {
     for (auto const& reader : readers()) {
-        // Contract: a string and a stream trust a direct caller.
+        // Contract: a direct call of `fromBin` of a string or a stream trusts its bytes.
         if (dynamic_cast<String*>(reader.get()) || dynamic_cast<MemIOStream*>(reader.get()))
             continue;
         for (Bytes const& payload : payloads()) {
@@ -287,7 +286,7 @@ TEST(HostileBytes, ALengthFromAPipeClaimsNoMemory) {
     test::TemporaryDirectory const directory;
     std::string const path = directory / "pipe";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    // Several blocks are announced, and only the first ones follow.
+    // The length field announces 2 GiB, and only 1000 bytes follow.
     Bytes const sent = concat(fromHex("85 03 ff ff ff 7f"), Bytes(1000, 0));
     pid_t const writer = fork();
     ASSERT_GE(writer, 0);

@@ -1,5 +1,5 @@
-// A program that is killed during a save leaves a truncated file. `load` returns true exactly when
-// the file ends at the end of a record.
+// A program that is killed during a save leaves a truncated file. `load` returns true exactly if
+// the file is a whole number of records.
 
 #include "misc/zntl_Integer.h"
 #include "streams/records.h"
@@ -29,7 +29,7 @@ namespace {
 using test::Bytes;
 using znsl::MemIOStream;
 
-/// A child process that saves a stream; killed, at the latest, when it goes out of scope.
+/// A child process that saves a stream. The destructor kills it.
 class Saver {
 public:
     template <class Preparation>
@@ -49,7 +49,7 @@ public:
             kill();
     }
 
-    /// The signal that ended it; 0 when it exited normally.
+    /// Waits for the end of the process. Returns the signal that ended it; 0 for a normal exit.
     int wait() {
         int status = 0;
         if (waitpid(process_, &status, 0) != process_)
@@ -75,7 +75,7 @@ MemIOStream streamOf(unsigned int count) {
     return stream;
 }
 
-/// The offsets of 0 and of the end of each record.
+/// Returns 0 and the offset of the end of each record.
 std::vector<std::size_t> boundaries(MemIOStream stream) {
     std::vector<std::size_t> ends{0};
     while (!stream.isEmpty())
@@ -83,8 +83,8 @@ std::vector<std::size_t> boundaries(MemIOStream stream) {
     return ends;
 }
 
-/// Expects the file to be a prefix of the stream, and `load` to report whether it is whole. Returns
-/// the file's size.
+/// Expects that the file is a prefix of the stream, and that `load` reports whether it is a whole
+/// number of records. Returns the file's size.
 std::size_t judge(std::string const& path, MemIOStream const& stream) {
     Bytes const all = test::content(stream);
     std::vector<std::size_t> const ends = boundaries(stream);
@@ -105,7 +105,7 @@ protected:
     std::string const path = directory / "stream";
 };
 
-/// A write that would make a file larger than this ends the process.
+/// From now on, a write beyond this file size ends the process by SIGXFSZ.
 void endBeyond(rlim_t size) {
     rlimit const most{size, size};
     rlimit const none{0, 0};
@@ -145,7 +145,7 @@ TEST_F(InterruptedSave, IsJudgedAfterAKillAtAnyTime) {
     }
 }
 
-// A slow reader of a pipe blocks the save during its write.
+// The pipe is full and its reader reads only some bytes, so the save blocks inside write().
 TEST_F(InterruptedSave, IsJudgedAfterAPipe) {
     MemIOStream const stream = streamOf(20000);
     std::string const pipe = directory / "pipe";
@@ -160,7 +160,7 @@ TEST_F(InterruptedSave, IsJudgedAfterAPipe) {
             ASSERT_GT(got, 0);
             used += static_cast<std::size_t>(got);
         }
-        EXPECT_EQ(saver.kill(), SIGKILL) << "it was still at it";
+        EXPECT_EQ(saver.kill(), SIGKILL) << "the save was not finished";
         close(reader);
         test::writeFile(path, received);
         EXPECT_EQ(judge(path, stream), taken);

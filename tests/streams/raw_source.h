@@ -10,7 +10,7 @@
 
 namespace test {
 
-/// A source of raw records. It returns each in a new array.
+/// A source of raw records. It returns each record in a new array, which the caller owns.
 class RawSource : public znsl::IStream {
 public:
     explicit RawSource(std::vector<Bytes> records) : records_(std::move(records)) {}

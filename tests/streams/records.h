@@ -10,11 +10,11 @@
 #include <ostream>
 #include <string>
 
-// Object records built by hand, and views of memory streams.
+// Functions that build object records byte by byte, and that inspect memory streams.
 
 namespace test {
 
-/// The 8-byte header of a payload of `length` bytes.
+/// Returns the 8-byte record header for a payload of `length` bytes.
 inline Bytes recordHeader(unsigned int type, std::uint32_t length) {
     Bytes header;
     for (int shift = 0; shift < 16; shift += 8)
@@ -29,7 +29,7 @@ inline Bytes record(unsigned int type, Bytes const& payload) {
     return concat(recordHeader(type, static_cast<std::uint32_t>(payload.size())), payload);
 }
 
-/// A record of `size` bytes whose payload is 0, 1, 2 …
+/// Returns a record of `size` bytes whose payload is 8, 9, 10 …
 inline Bytes recordOfSize(unsigned int type, std::size_t size) {
     Bytes payload;
     for (std::size_t i = 8; i < size; ++i)
@@ -41,7 +41,7 @@ inline Bytes endOfFileRecord() { return fromHex("01 00 00 00 00 00 00 00"); }
 
 inline unsigned int sizeOf(Bytes const& bytes) { return static_cast<unsigned int>(bytes.size()); }
 
-/// The unread bytes.
+/// Returns the unread bytes.
 inline Bytes content(znsl::MemIOStream const& stream) {
     unsigned char const* data;
     unsigned int length;
@@ -49,7 +49,7 @@ inline Bytes content(znsl::MemIOStream const& stream) {
     return data ? Bytes(data, data + length) : Bytes();
 }
 
-/// Where the unread bytes are; null when there are none.
+/// Returns the address of the unread bytes; null if there are none.
 inline unsigned char const* readPosition(znsl::MemIOStream const& stream) {
     unsigned char const* data;
     unsigned int length;
@@ -57,7 +57,7 @@ inline unsigned char const* readPosition(znsl::MemIOStream const& stream) {
     return data;
 }
 
-/// Where the next byte will be written; null when there is no buffer.
+/// Returns the address at which the next byte will be written; null without a buffer.
 inline unsigned char* writePosition(znsl::MemIOStream& stream) {
     unsigned char* position;
     stream.getWriteBuffer(position, 0);
@@ -82,7 +82,7 @@ struct View {
     }
 };
 
-/// Appends any bytes, whole records or not.
+/// Appends any bytes, which need not be whole records.
 inline void append(znsl::MemIOStream& stream, Bytes const& bytes) {
     unsigned char* out;
     stream.getWriteBuffer(out, static_cast<unsigned int>(bytes.size()));
@@ -90,8 +90,8 @@ inline void append(znsl::MemIOStream& stream, Bytes const& bytes) {
         std::memcpy(out, bytes.data(), bytes.size());
 }
 
-/// Fills a stream without unread bytes so that it has `consumed` bytes followed by `unread` ones.
-/// Both are 0 or sizes of records.
+/// Gives an empty stream `consumed` bytes that have been read, followed by `unread` bytes that have
+/// not. Each number is 0 or the size of a record, at least 8.
 inline void fill(znsl::MemIOStream& stream, unsigned int consumed, unsigned int unread) {
     if (consumed > 0) {
         append(stream, recordOfSize(504, consumed));
@@ -116,13 +116,13 @@ inline void expectWithoutBuffer(znsl::MemIOStream& stream) {
     EXPECT_EQ(length, 0U);
 }
 
-/// The message of a fault that a memory stream reports from this line.
+/// Returns the message of a memory stream's exception with this line number.
 inline std::string fault(int line, std::string const& text) {
     return "../../../../../libraries/src/streams/znsl_MemIOStream (" + std::to_string(line) +
            "): znsl::MemIOStream::" + text;
 }
 
-/// Reported for content that is not whole records.
+/// The message of the exception for content that is not whole records.
 inline std::string const invalidMemory = fault(643, "setBuffer() - resulting memory is not valid.");
 
 } // namespace test

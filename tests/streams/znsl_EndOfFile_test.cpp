@@ -74,7 +74,7 @@ TEST(EndOfFile, IsATypedFileWithoutPayload) {
 
     test::writeFile(directory / "other", fromHex("02 00 00 00 00 00"));
     EXPECT_FALSE(marker.fromFile((directory / "other").c_str()));
-    // The marker ignores this payload.
+    // An end-of-file marker ignores its payload.
     test::writeFile(directory / "payload", fromHex("01 00 01 00 00 00 ff"));
     EXPECT_FALSE(marker.fromFile((directory / "payload").c_str()));
 }

@@ -57,7 +57,7 @@ TEST(IOStream, IsFirstASourceAndThenASink) {
 }
 
 TEST(IOStream, AddsNoOperation) {
-    // The first operation that a subclass adds has the slot after those of the source.
+    // The first operation that IOStream adds has the slot after those of IStream.
     class Extended : public IOStream {
     public:
         virtual void added() {}

@@ -16,7 +16,7 @@ using znsl::IStream;
 
 constexpr unsigned int withoutLimit = 0xFFFFFFFF;
 
-/// A source with results that a test sets. It counts the calls.
+/// A source whose results the test sets. It counts the calls.
 class Source : public IStream {
 public:
     bool empty = true;
@@ -115,7 +115,7 @@ TEST(IStreamWait, FindsDataThatArrivesBeforeTheDeadline) {
     EXPECT_EQ(time.sleeps().size(), 4U);
 }
 
-TEST(IStreamWait, CallsDataInTheMillisecondOfTheDeadlineTooLate) {
+TEST(IStreamWait, IsFalseForDataThatArrivesInTheMillisecondOfTheDeadline) {
     test::VirtualTime time;
     Source source;
     time.onSleep([&] { source.empty = time.sleeps().size() < 5; });
@@ -127,13 +127,13 @@ TEST(IStreamWait, CallsDataInTheMillisecondOfTheDeadlineTooLate) {
 TEST(IStreamWait, MeasuresWithTheClockAndNotWithItsPauses) {
     test::VirtualTime time;
     Source const source;
-    // Each pause takes ten times as long as asked for.
+    // Each pause takes 10 ms instead of 1 ms.
     time.onSleep([&] { time.advance(9); });
     EXPECT_FALSE(source.wait(25));
     EXPECT_EQ(time.sleeps().size(), 3U);
 }
 
-TEST(IStreamWait, TreatsThePassingOfTheDeadlineLikeItsReaching) {
+TEST(IStreamWait, EndsWhenAPauseSkipsTheDeadline) {
     test::VirtualTime time;
     Source const source;
     time.onSleep([&] { time.advance(1000); });
@@ -141,7 +141,7 @@ TEST(IStreamWait, TreatsThePassingOfTheDeadlineLikeItsReaching) {
     EXPECT_EQ(time.sleeps().size(), 1U);
 }
 
-TEST(IStreamWait, IsNotDisturbedByAWrapOfTheTickCount) {
+TEST(IStreamWait, SurvivesAWrapOfTheTickCount) {
     // The tick count is 0xFFFFFFFE and becomes 0 two milliseconds later.
     constexpr std::int64_t beforeWrap = 0xFFFFFFFE;
     test::VirtualTime const time(beforeWrap / 1000, beforeWrap % 1000 * 1000000);
@@ -150,7 +150,7 @@ TEST(IStreamWait, IsNotDisturbedByAWrapOfTheTickCount) {
     EXPECT_EQ(time.sleeps().size(), 5U);
 }
 
-TEST(IStreamWait, TakesEveryTimeoutButTheLastAsALimit) {
+TEST(IStreamWait, TakesEveryTimeoutButTheLargestAsALimit) {
     test::VirtualTime time;
     Source const source;
     time.onSleep([&] { time.advance(0x7FFFFFFE); });
@@ -162,7 +162,7 @@ TEST(IStreamWait, WithoutLimitEndsOnlyWithData) {
     test::VirtualTime time;
     Source source;
     time.onSleep([&] {
-        time.advance(0x7FFFFFFF); // far beyond any limit
+        time.advance(0x7FFFFFFF);
         source.empty = time.sleeps().size() < 7;
     });
     EXPECT_TRUE(source.wait(withoutLimit));

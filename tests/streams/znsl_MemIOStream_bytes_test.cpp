@@ -1,5 +1,5 @@
-// The bytes in the buffer of the memory stream: access, the walk over the records, replacement,
-// compaction.
+// The buffer of the memory stream: writing into it, walking over its records, replacing its content
+// and compacting it.
 
 #include "misc/zntl_Exception.h"
 #include "streams/blob.h"
@@ -182,7 +182,8 @@ std::vector<WalkCase> walkCases() {
         {"a length of 2 GiB less a byte", recordHeader(9, 0x7FFFFFFF), false, 1},
         {"a length of 2 GiB", recordHeader(9, 0x80000000), false, 1},
         {"a record size of 4 GiB less a byte", recordHeader(9, 0xFFFFFFF7), false, 1},
-        // Sizes that become small in 32 bits: a walk that wraps never advances, or goes back.
+        // These sizes wrap to small or negative 32-bit numbers. A walk that wrapped would not
+        // advance, or would go back.
         {"a record size of 4 GiB", recordHeader(9, 0xFFFFFFF8), false, 1},
         {"a record size of 4 GiB and 7 bytes", recordHeader(9, 0xFFFFFFFF), false, 1},
         {"back to the start", concat(integer, recordHeader(9, 0xFFFFFFEC)), false, 2},
@@ -197,7 +198,7 @@ TEST(MemIOStreamWalk, ReportsWholeRecordsAndCountsThem) {
     for (WalkCase const& c : walkCases()) {
         for (unsigned int const consumed : {0U, 20U}) {
             SCOPED_TRACE(testing::Message() << c.what << " after " << consumed << " bytes");
-            // The buffer ends where the content ends, so that sanitizers detect out-of-bounds
+            // The buffer has exactly the size of the content, so sanitizers detect out-of-bounds
             // reads.
             MemIOStream stream(consumed + sizeOf(c.bytes));
             fill(stream, consumed, 0);
@@ -283,7 +284,7 @@ TEST(MemIOStreamSetBuffer, RefusesWhatIsNotWholeRecordsButKeepsTheBytes) {
 TEST(MemIOStreamSetBuffer, TakesBytesOfItsOwnBuffer) {
     Bytes const first = recordOfSize(504, 12);
     Bytes const rest = concat(recordOfSize(505, 300), recordOfSize(1, 8));
-    // Some cases overlap the old and the new position of the rest, others do not.
+    // In some cases the old and the new position of the remaining bytes overlap.
     for (unsigned int const capacity : {320U, 1000U}) {
         MemIOStream stream(capacity);
         append(stream, concat(first, rest));
@@ -353,7 +354,7 @@ TEST(MemIOStreamDefrag, MovesTheUnreadBytesToTheStart) {
         unsigned int consumed;
         unsigned int unread;
     };
-    // Gaps shorter and longer than the content, and of its length.
+    // The consumed bytes are fewer than the unread ones, more, or as many.
     for (Case const c : {Case{60, 10}, Case{10, 60}, Case{8, 92}, Case{50, 50}, Case{92, 8}}) {
         MemIOStream stream(100);
         auto const* const begin = writePosition(stream);
@@ -374,8 +375,8 @@ TEST(MemIOStreamDefrag, OfAnEmptyStreamMovesItsPositionsToTheStart) {
     EXPECT_EQ(writePosition(stream), begin);
 }
 
-TEST(MemIOStreamDefrag, MovesBackOverWhatWasLessThanARecord) {
-    /// Finds a record of type 7 where the content is less than a header.
+TEST(MemIOStreamDefrag, MovesBackAfterAReadOfContentShorterThanAHeader) {
+    /// Reports a record of type 7 even if the content is shorter than a header.
     class Finding : public MemIOStream {
     public:
         using MemIOStream::MemIOStream;

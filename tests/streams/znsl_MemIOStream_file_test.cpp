@@ -1,4 +1,4 @@
-// The memory stream in files, and the XML form that it does not have.
+// Saving and loading the memory stream. Its XML operations, which are not implemented.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -45,7 +45,8 @@ using test::writePosition;
 using znsl::MemIOStream;
 using zntl::Integer;
 
-/// A stream of 100 bytes with 20 consumed and 30 unread, and a directory for its files.
+/// A stream with a buffer of 100 bytes, 20 of them consumed and 30 unread, and a directory for its
+/// files.
 class MemIOStreamFile : public testing::Test {
 protected:
     MemIOStreamFile() : stream(100) {
@@ -127,13 +128,14 @@ TEST_F(MemIOStreamSave, IsFalseOnAFullDisk) {
     test::Device const full("/dev/full");
     EXPECT_FALSE(stream.save(full.path()));
     EXPECT_TRUE(stream.save(test::Device("/dev/null").path()));
-    EXPECT_TRUE(MemIOStream().save(full.path())) << "nothing to write fits everywhere";
+    EXPECT_TRUE(MemIOStream().save(full.path()))
+        << "an empty stream writes nothing, so nothing fails";
     EXPECT_TRUE(full.isUntouched());
 }
 
 TEST_F(MemIOStreamSave, WritesIntoAPipe) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    int const pipe = open(path.c_str(), O_RDWR); // opened for both, so that neither end blocks
+    int const pipe = open(path.c_str(), O_RDWR); // with both ends open, opening does not block
     ASSERT_GE(pipe, 0);
     EXPECT_TRUE(stream.save(path.c_str()));
     Bytes received(100);
@@ -164,7 +166,7 @@ TEST_F(MemIOStreamSave, IsFalseWhenAnyCallFails) {
     }
 }
 
-TEST_F(MemIOStreamSave, TakesUpInterruptedCallsAgain) {
+TEST_F(MemIOStreamSave, RetriesInterruptedCalls) {
     SystemCalls calls;
     calls.fail("open", 1, EINTR).fail("write", 1, EINTR).fail("write", 2, EINTR);
     EXPECT_TRUE(stream.save(path.c_str()));
@@ -246,7 +248,7 @@ struct LoadCase {
     unsigned int unread;
     unsigned int fileSize;
     unsigned int expectedCapacity;
-    unsigned int expectedOffset; // of the content in the buffer; the buffer may be a new one
+    unsigned int expectedOffset; // of the content, from the start of the buffer
 };
 
 TEST_F(MemIOStreamLoad, MakesRoomAfterTheReadPosition) {
@@ -256,9 +258,9 @@ TEST_F(MemIOStreamLoad, MakesRoomAfterTheReadPosition) {
         {"a buffer that is too small", 39, 0, 20, 40, 40, 0},
         {"a buffer that is too small, and consumed bytes", 39, 8, 20, 40, 40, 0},
         {"a larger buffer", 100, 0, 30, 40, 100, 0},
-        {"room behind the consumed bytes", 100, 60, 30, 40, 100, 60},
-        {"a byte too little behind the consumed bytes", 100, 61, 30, 40, 100, 0},
-        {"no room behind the consumed bytes", 100, 100, 0, 40, 100, 0},
+        {"room after the consumed bytes", 100, 60, 30, 40, 100, 60},
+        {"one byte too few after the consumed bytes", 100, 61, 30, 40, 100, 0},
+        {"no room after the consumed bytes", 100, 100, 0, 40, 100, 0},
         {"the whole buffer, and consumed bytes", 100, 60, 30, 100, 100, 0},
         {"a byte more than the buffer", 100, 60, 30, 101, 101, 0},
         {"an empty file", 100, 60, 30, 0, 100, 60},
@@ -345,8 +347,8 @@ TEST_F(MemIOStreamLoad, OfADeviceWithoutASizeIsThatOfAnEmptyFile) {
     }
 }
 
-TEST_F(MemIOStreamLoad, IsFalseForAFileThatTheSystemMakesUp) {
-    // Its size is not known before it is read.
+TEST_F(MemIOStreamLoad, IsFalseForAFileOfUnknownSize) {
+    // The kernel generates this file when it is read, and reports size 0 before.
     View const before(stream);
     EXPECT_FALSE(stream.load("/proc/self/status"));
     EXPECT_EQ(View(stream), before);
@@ -355,7 +357,8 @@ TEST_F(MemIOStreamLoad, IsFalseForAFileThatTheSystemMakesUp) {
 TEST_F(MemIOStreamLoad, IsFalseForAFileBeyond32Bits) {
     constexpr std::uint64_t fourGiB = std::uint64_t{1} << 32;
     View const before(stream);
-    // Cut to 32 bits, some of these sizes would name the record at the start.
+    // Truncated to 32 bits, some of these sizes would be the size of the record at the file's
+    // start.
     for (std::uint64_t const size : {fourGiB, fourGiB + 12, 3 * fourGiB + 12, 1000 * fourGiB}) {
         writeFile(path, recordOfSize(504, 12));
         std::filesystem::resize_file(path, size); // sparse, so it needs no disk space
@@ -447,7 +450,7 @@ TEST_F(MemIOStreamLoad, ReadsTheRestAfterAShortRead) {
 }
 
 TEST_F(MemIOStreamLoad, IsFalseWithTheWritePositionUnchangedWhenTheFileEndsTooSoon) {
-    // The file became shorter after its size was taken.
+    // Another program has truncated the file after load has asked for its size.
     writeFile(path, recordOfSize(504, 45));
     auto const* const position = readPosition(stream);
     for (std::size_t const got : {std::size_t{0}, std::size_t{7}}) {
@@ -464,8 +467,9 @@ TEST_F(MemIOStreamLoad, IsFalseWithTheWritePositionUnchangedWhenTheFileEndsTooSo
     }
 }
 
-TEST_F(MemIOStreamLoad, KeepsItsUnreadBytesThroughTheMakingOfRoomWhenTheReadFails) {
-    for (unsigned int const fileSize : {85U, 200U}) { // by compaction, and by a larger buffer
+TEST_F(MemIOStreamLoad, KeepsItsUnreadBytesWhenTheReadFails) {
+    // The first file needs compaction, the second a larger buffer.
+    for (unsigned int const fileSize : {85U, 200U}) {
         writeFile(path, recordOfSize(504, fileSize));
         MemIOStream target(100);
         fill(target, 20, 30);
@@ -488,7 +492,7 @@ TEST_F(MemIOStreamLoad, LeavesAStreamThatCanBeUsed) {
 }
 
 TEST_F(MemIOStreamLoad, ResumesFromItsOwnSavedRecords) {
-    // A reader that saves its remaining records and resumes later.
+    // A reader may save the remaining records and resume later.
     MemIOStream queue;
     for (int i = 0; i < 20; ++i)
         queue << Integer(i);
@@ -502,7 +506,7 @@ TEST_F(MemIOStreamLoad, ResumesFromItsOwnSavedRecords) {
     EXPECT_TRUE(queue.isEmpty());
 }
 
-// The typed file, which stores the binary form and not the bare records
+// The typed file, which is not the file that `save` writes
 
 TEST_F(MemIOStreamFile, IsNotTheTypedFile) {
     ASSERT_TRUE(stream.toFile(path.c_str()));
@@ -517,7 +521,7 @@ TEST_F(MemIOStreamFile, TypedIsFalseWhenItsContentIsNotWholeRecords) {
     writeFile(path, fromHex("06 00 09 00 00 00 05 00 00 00 01 02 03 04 05"));
     EXPECT_FALSE(stream.fromFile(path.c_str()));
     EXPECT_EQ(toHex(content(stream)), "01 02 03 04 05");
-    // Whole records, but fewer bytes than the file's payload.
+    // The records are whole, but the file's payload is one byte longer.
     writeFile(path, fromHex("06 00 0d 00 00 00 08 00 00 00 01 00 00 00 00 00 00 00 ff"));
     EXPECT_FALSE(stream.fromFile(path.c_str()));
     EXPECT_EQ(content(stream), endOfFileRecord());

@@ -79,12 +79,12 @@ TEST(MemIOStreamReserve, ChangesNothingOnAllocationFailure) {
     EXPECT_EQ(stream.capacity(), 101U);
 }
 
-// Growth and compaction: one rule behind four operations
+// Growth and compaction: four operations follow the same rule
 
 enum class Room {
-    there,    // a no-op
+    there,    // the room suffices, so nothing moves
     compacts, // the unread bytes move to the start
-    grows,    // a new buffer
+    grows,    // the stream gets a new buffer
 };
 
 struct GrowthCase {
@@ -106,7 +106,7 @@ constexpr GrowthCase growthCases[] = {
     {0, 0, 0, 0, 0, Room::there},
     {0, 0, 0, 1, 1, Room::grows},
     {0, 0, 0, 12, 12, Room::grows},
-    // Later ones have twice the capacity plus the requested size.
+    // A later buffer has twice the previous capacity plus the requested size.
     {12, 0, 12, 12, 36, Room::grows},
     {12, 0, 12, 1, 25, Room::grows},
     {12, 0, 12, 0, 12, Room::there},
@@ -134,7 +134,7 @@ constexpr GrowthCase growthCases[] = {
     {100, 100, 0, 101, 301, Room::grows},
 };
 
-/// An operation that makes room for `n` bytes, and how many of them it then appends.
+/// An operation that makes room for `n` bytes. `append` returns how many bytes it appends.
 struct Appender {
     char const* name;
     unsigned int least;
@@ -178,7 +178,7 @@ TEST(MemIOStreamGrowth, FollowsOneRule) {
             MemIOStream stream(c.capacity);
             auto const* const begin = writePosition(stream);
             fill(stream, c.consumed, c.unread);
-            ASSERT_EQ(stream.capacity(), c.capacity) << "the case begins as it says";
+            ASSERT_EQ(stream.capacity(), c.capacity) << "the setup of the case is wrong";
 
             unsigned int const appended = appender.append(stream, c.appended);
             EXPECT_EQ(stream.capacity(), c.expectedCapacity);
@@ -257,10 +257,10 @@ TEST(MemIOStreamGrowth, OfTheFirstBufferLeavesNoneOnAllocationFailure) {
     expectWithoutBuffer(stream);
 }
 
-// Sizes that 32 bits do not hold
+// Sizes beyond 32 bits
 
-/// Expects a request for a buffer of at least the largest size. 32-bit machines refuse it before
-/// any allocation.
+/// Expects that the operation fails to allocate a buffer of 4 GiB less one byte. On 32-bit machines
+/// `new` fails before it asks the allocator.
 template <class Operation>
 void expectAsksForTheLargestBuffer(Operation operation) {
     std::size_t const asked =
@@ -291,7 +291,7 @@ TEST(MemIOStreamOverflow, OfCheckBuffWrapsAt32Bits) {
         stream.checkBuff(c.n);
         EXPECT_EQ(stream.capacity(), c.expectedCapacity);
         EXPECT_EQ(content(stream), before);
-        // What compaction or growth leaves free after the unread bytes can be appended in place.
+        // All bytes after the unread ones are free: appending as many does not move anything.
         unsigned int const room = stream.capacity() - c.expectedOffset - c.unread;
         unsigned char const* const position = readPosition(stream);
         unsigned char* out;
@@ -303,9 +303,9 @@ TEST(MemIOStreamOverflow, OfCheckBuffWrapsAt32Bits) {
     }
 }
 
-#if SIZE_MAX > 0xFFFFFFFF // the content does not fit a smaller address space
+#if SIZE_MAX > 0xFFFFFFFF // 32-bit machines cannot allocate the content
 TEST(MemIOStreamOverflow, OfTheBinaryFormIsALengthErrorAndChangesNothing) {
-    MemIOStream large(0xFFFFFFFF); // never touched, so that it takes no memory
+    MemIOStream large(0xFFFFFFFF); // uses no physical memory, because nothing writes to it
     unsigned char* out = nullptr;
     large.getWriteBuffer(out, 0xFFFFFFFB);
     EXPECT_EQ(large.getBinLength(), 0xFFFFFFFFU);
@@ -336,7 +336,7 @@ TEST(MemIOStreamOverflow, BeginsAboveTheLargestCapacity) {
     EXPECT_EQ(out, nullptr);
 }
 
-TEST(MemIOStreamOverflow, IsNoMatterOfTheFirstBuffer) {
+TEST(MemIOStreamOverflow, DoesNotHappenForTheFirstBuffer) {
     MemIOStream stream;
     unsigned char* out = nullptr;
     expectAsksForTheLargestBuffer([&] { stream.getWriteBuffer(out, 0xFFFFFFFF); });
@@ -344,7 +344,7 @@ TEST(MemIOStreamOverflow, IsNoMatterOfTheFirstBuffer) {
 }
 
 TEST(MemIOStreamOverflow, OfALargeFullBufferIsALengthError) {
-    constexpr unsigned int capacity = 0x44000000; // never touched, so that it takes no memory
+    constexpr unsigned int capacity = 0x44000000; // uses no physical memory: nothing writes to it
     MemIOStream stream(capacity);
     unsigned char* out = nullptr;
     stream.getWriteBuffer(out, capacity);
@@ -380,13 +380,13 @@ TEST(MemIOStreamOverflow, OfARecordIsALengthErrorAndChangesNothing) {
     Blob object(7);
     bool written = false;
     object.onToBin = [&](unsigned char*) { written = true; };
-    // A payload of 0xFFFFFFF8 bytes and more has no record size in 32 bits.
+    // With a payload of 0xFFFFFFF8 bytes or more, the record's size does not fit 32 bits.
     for (unsigned int const n : {0xFFFFFFFFU, 0xFFFFFFFEU, 0xFFFFFFF9U, 0xFFFFFFF8U}) {
         object.announced = n;
         EXPECT_THROW(filled.write(object), std::length_error) << n;
         EXPECT_THROW(empty.write(object), std::length_error) << n;
     }
-    // Smaller ones have, but not after these unread bytes, or not with this capacity doubled.
+    // These records fit 32 bits, but not with the unread bytes or the doubled capacity added.
     for (unsigned int const n : {0xFFFFFFF7U, 0xFFFFFFB2U, 0xFFFFFF30U}) {
         object.announced = n;
         EXPECT_THROW(filled.write(object), std::length_error) << n;

@@ -164,7 +164,7 @@ TEST(MemIOStreamCheckTypes, DoesNotReachALastRecordWithoutPayload) {
     EXPECT_TRUE(stream.checkTypes(1, anyRecord));
     EXPECT_FALSE(stream.checkTypes(2, anyRecord, anyRecord));
 
-    // In the middle it is reached.
+    // A record without payload counts if another record follows it.
     Bytes const continued = concat(endOfFileRecord(), integer);
     stream.setBuffer(continued.data(), 20);
     EXPECT_TRUE(stream.checkTypes(2, anyRecord, anyRecord));
@@ -294,7 +294,7 @@ TEST(MemIOStreamPeekMany, AndCheckTypesStopAtAnIncompleteRecord) {
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(c.what);
-        // The buffer ends where the content ends, so that sanitizers detect out-of-bounds reads.
+        // The buffer has exactly the size of the content, so sanitizers detect out-of-bounds reads.
         MemIOStream stream(static_cast<unsigned int>(12 + c.bytes.size()));
         append(stream, concat(recordOfSize(504, 12), c.bytes));
         View const before(stream);

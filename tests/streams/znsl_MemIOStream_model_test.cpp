@@ -1,6 +1,6 @@
-// The memory stream against a plain model of it, through random sequences of all its operations.
+// Runs random sequences of all operations on a memory stream, and compares it with a simple model.
 //
-// ZN_MODEL_SEEDS=1000 in the environment plays the sequences of a thousand seeds instead of a few.
+// ZN_MODEL_SEEDS=1000 in the environment runs the sequences of 1000 seeds instead of a few.
 
 #include "misc/zntl_Exception.h"
 #include "streams/blob.h"
@@ -67,12 +67,12 @@ Bytes bytesOf(Records const& records) {
     return bytes;
 }
 
-/// A memory stream without its bytes: its buffer and the records in it.
+/// A model of a memory stream: the positions in its buffer, and the list of its records.
 struct Model {
     Records records;
     test::BufferModel buffer;
 
-    /// Room for `size` bytes was made, and the record took its part of it.
+    /// The stream has made room for `size` bytes and has appended the record.
     void append(Record const& record, std::size_t size) {
         buffer.append(size, record.size());
         records.push_back(record);
@@ -111,7 +111,7 @@ struct Model {
     }
 };
 
-/// A stream and the model that it must agree with.
+/// A stream and its model, which must agree after every operation.
 struct Subject {
     std::unique_ptr<MemIOStream> stream = std::make_unique<MemIOStream>();
     Model model;
@@ -195,7 +195,7 @@ private:
         EXPECT_EQ(stream.getBinLength(), 4 + sizeOf(model.records));
     }
 
-    /// Limits the content to a size where every operation is quick.
+    /// Whether the content is so large that operations would become slow.
     static bool isFull(Subject const& subject) { return sizeOf(subject.model.records) > 1500; }
 
     // Writing
@@ -225,7 +225,7 @@ private:
         subject.model.append({endOfFileType, {}});
     }
 
-    /// Another stream as an object, or the stream itself.
+    /// Writes another stream, or the stream itself, as an object.
     void writeStream(Subject& subject) {
         Subject const& inner = anySubject();
         if (isFull(subject) || isFull(inner))
@@ -241,11 +241,11 @@ private:
             return;
         Record const record = anyRecord();
         test::RawSource source({record.bytes()});
-        *subject.stream << source << source; // the second time it is empty
+        *subject.stream << source << source; // the second call finds no record
         subject.model.append(record);
     }
 
-    /// Releases the header that the failed write leaves.
+    /// A write fails and leaves its header, which is then removed.
     void writeInVain(Subject& subject) {
         Record const record = anyRecord();
         Blob object(record.type, record.payload);
@@ -334,7 +334,8 @@ private:
         EXPECT_EQ(object.payload, first.payload);
     }
 
-    /// Up to three objects, of the types of the first records or of another one, and null pointers.
+    /// Returns three objects or null pointers. The objects have the types of the stream's first
+    /// records, or some of them other types.
     std::vector<std::optional<Blob>> anyObjects(Model const& model, bool withOtherTypes) {
         std::vector<std::optional<Blob>> objects(3);
         for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -371,7 +372,7 @@ private:
         auto objects = anyObjects(model, false);
         for (auto& object : objects) {
             if (object && object->typeId == endOfFileType)
-                object.reset(); // markers are not read
+                object.reset(); // peek refuses to read markers
         }
         std::size_t const n = pick(4);
         std::size_t expected = 0;
@@ -447,7 +448,7 @@ private:
         subject.model.buffer.defrag();
     }
 
-    /// The other one, or itself.
+    /// Assigns another stream, or the stream itself.
     void assign(Subject& subject) {
         Subject const& source = anySubject();
         *subject.stream = *source.stream;
@@ -464,7 +465,7 @@ private:
         subject.model.set(records);
     }
 
-    /// All of its own records but the first ones.
+    /// Sets the stream's own last records as its content.
     void setBufferFromItself(Subject& subject) {
         Records rest = subject.model.records;
         std::size_t offset = 0;
@@ -493,7 +494,7 @@ private:
         Subject const& source = anySubject();
         EXPECT_TRUE(source.stream->save(path_.c_str()));
         EXPECT_TRUE(subject.stream->load(path_.c_str()));
-        std::filesystem::remove(path_); // removing is cheaper than replacing it the next time
+        std::filesystem::remove(path_); // faster than truncating it in the next save
         Records const records = source.model.records;
         subject.model.load(records);
     }

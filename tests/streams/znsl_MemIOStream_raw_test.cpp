@@ -98,7 +98,7 @@ TEST(MemIOStreamRawRecord, ThatIsOnlyPromisedIsOneOfNoBytes) {
     EXPECT_EQ(View(stream), before);
 }
 
-TEST(MemIOStreamRawRecord, OfAMemoryStreamIsNotToBeHad) {
+TEST(MemIOStreamRawRecord, OfAMemoryStreamIsNotImplemented) {
     MemIOStream stream;
     MemIOStream source;
     source << Integer(1);
@@ -112,7 +112,7 @@ TEST(MemIOStreamRawRecord, OfAMemoryStreamIsNotToBeHad) {
     EXPECT_EQ(View(source), before);
 }
 
-TEST(MemIOStreamRawRecord, IsReleasedWhenThereIsNoMemoryForIt) {
+TEST(MemIOStreamRawRecord, IsReleasedOnAllocationFailure) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(12);
         fill(stream, 0, 12);

@@ -199,7 +199,7 @@ TEST(MemIOStreamRead, NeverMovesTheBuffer) {
     EXPECT_EQ(stream.capacity(), 100U);
 }
 
-// Reading and peeking share their refusals, each with its own lines.
+// Reading and peeking throw the same exceptions, each with its own line numbers.
 
 struct Refusals {
     std::string endOfFile;
@@ -212,7 +212,7 @@ struct Reader {
     char const* name;
     std::function<unsigned int(MemIOStream&, znsl::Serializable&)> read;
     Refusals refusals;
-    bool refusesMarkersUnseen; // for any content of the stream
+    bool refusesMarkersUnseen; // refuses to read a marker without checking the stream's content
 };
 
 std::vector<Reader> readers() {
@@ -259,7 +259,7 @@ TEST(MemIOStreamReaders, RefuseToReadAnEndOfFileMarker) {
     for (Reader const& reader : readers()) {
         SCOPED_TRACE(reader.name);
         EndOfFile marker;
-        // Before a marker with bytes after it, and before an object.
+        // The next record is a marker, or another object.
         for (Bytes const& bytes :
              {concat(endOfFileRecord(), recordOfSize(504, 12)), recordOfSize(504, 12)}) {
             MemIOStream stream;
@@ -477,12 +477,13 @@ TEST(MemIOStreamRead, PassesOnWhatTheNextTypeThrows) {
     EXPECT_TRUE(throws<std::runtime_error>("trouble", [&] { stream.peek(number); }));
 }
 
-// Reading what is not whole records: trusted, but the positions stay in order.
+// Reading a truncated record: the object reads the bytes that are present, and the read position
+// stays within the content.
 
 TEST(MemIOStreamRead, OfARecordThatRunsPastTheContentStopsAtItsEnd) {
     struct Case {
         std::uint32_t length;
-        unsigned int expectedResult; // the record's size, as far as 32 bits hold it
+        unsigned int expectedResult; // the record's size, truncated to 32 bits
     };
     for (Case const c :
          {Case{5, 13}, Case{1000, 1008}, Case{0x7FFFFFFF, 0x80000007}, Case{0xFFFFFFF7, 0xFFFFFFFF},

@@ -128,7 +128,7 @@ TEST(MemIOStreamWrite, ReportsWhateverTheObjectThrowsAndLeavesItsHeader) {
         fill(stream, 20, 10);
         Blob object(9, fromHex("01 02"));
         object.onToBin = [&](unsigned char* out) {
-            out[0] = 0xEE; // bytes written before the failure are not content
+            out[0] = 0xEE; // this byte must not become content, because toBin fails
             fail();
         };
         EXPECT_TRUE(throws<Exception>(fault(262, "couldn't convert object to binary data"),
@@ -328,14 +328,15 @@ Use const uses[] = {
      [](MemIOStream& stream) {
          try {
              stream.read(stream);
-         } catch (Exception const&) { // NOLINT(bugprone-empty-catch): any outcome is right
+         } catch (Exception const&) { // NOLINT(bugprone-empty-catch): both outcomes are right
          }
      }},
 };
 
 class UseWhileWriting : public testing::TestWithParam<Use> {};
 
-/// The positions are in the buffer and every byte between them can be read.
+/// Expects that the positions are in the buffer, that the unread bytes can be read, and that the
+/// stream still works.
 void expectUsable(MemIOStream& stream) {
     EXPECT_LE(stream.size(), stream.capacity());
     Bytes const bytes = content(stream);
@@ -346,7 +347,7 @@ void expectUsable(MemIOStream& stream) {
     EXPECT_EQ(stream.capacity(), 0U);
 }
 
-// Sanitizers detect out-of-bounds accesses.
+// Sanitizers would detect out-of-bounds accesses.
 TEST_P(UseWhileWriting, EndsWithAnExceptionOrAUsableStream) {
     for (bool const whenAsked : {false, true}) {
         for (unsigned int const capacity : {0U, 45U, 46U, 60U, 100U, 10000U}) {
@@ -408,7 +409,7 @@ TEST(MemIOStreamNested, IsAnObjectLikeAnyOther) {
 }
 
 TEST(MemIOStreamNested, InItselfStoresTheContentThatItHadBefore) {
-    // With room, with room after compaction, and without.
+    // The buffer has enough room, has it after compaction, or must grow.
     for (unsigned int const capacity : {100U, 56U, 32U}) {
         MemIOStream stream(capacity);
         fill(stream, 20, 10);
@@ -431,7 +432,8 @@ TEST(MemIOStreamNested, ReadIntoItselfStaysWithinItsBuffer) {
     MemIOStream inner;
     inner << Integer(7);
     stream << static_cast<znsl::Serializable const&>(inner) << Integer(8);
-    // The content becomes that of the record, of which the record's size is then consumed.
+    // The record's content replaces the stream's. Then the record's size, which is larger, is
+    // consumed.
     EXPECT_EQ(stream.read(stream), 24U);
     EXPECT_TRUE(stream.isEmpty());
 }
@@ -447,7 +449,7 @@ TEST(MemIOStreamNested, PeekedIntoItselfBecomesTheRecordsContent) {
     MemIOStream many;
     many << static_cast<znsl::Serializable const&>(inner) << Integer(8);
     znsl::Serializable* const any = nullptr;
-    EXPECT_EQ(many.peek(2, &many, any), 0U) << "the second record is gone";
+    EXPECT_EQ(many.peek(2, &many, any), 0U) << "reading the first record replaced the second";
     EXPECT_EQ(content(many), content(inner));
 }
 
@@ -457,8 +459,8 @@ template <class Left, class Right>
 struct CanShift<Left, Right, std::void_t<decltype(std::declval<Left>() << std::declval<Right>())>>
     : std::true_type {};
 
-TEST(MemIOStreamNested, IsNotShiftedWithoutSayingWhichOperatorIsMeant) {
-    // An object to be stored, or a source of raw records: both fit.
+TEST(MemIOStreamNested, DoesNotCompileWithAnAmbiguousOperator) {
+    // A stream is both an object to be stored and a source of raw records.
     static_assert(!CanShift<MemIOStream&, MemIOStream&>::value);
     static_assert(CanShift<MemIOStream&, MemIOStream const&>::value);
     static_assert(CanShift<MemIOStream&, znsl::Serializable&>::value);

@@ -1,5 +1,5 @@
-// A class that consists of members has its stored forms by listing them. Reading its XML form needs
-// a DOM iterator with a parser; see xml/xml_backend_test.cpp.
+// A class that lists its members gets its stored forms from Members. Reading the XML form needs a
+// parser; xml/values_test.cpp tests it.
 
 #include "streams/znsl_Members.h"
 
@@ -33,7 +33,7 @@ using Table = std::map<std::string, Serializable*>;
 
 constexpr Members::Place here{"tests/Point", 12, "test::Point"};
 
-/// Three members; which of them have names is up to the test.
+/// A class with three members. The test chooses which of them have names.
 class Point {
 public:
     Integer x{1};
@@ -53,7 +53,7 @@ public:
 
 char const* const pointBytes = "01 00 00 00 fe ff ff ff 03 00 00 00 61 3c 62 00";
 
-TEST(Members, AreListedAfreshByEachObject) {
+TEST(Members, AreListedOnceForEachObject) {
     Point const point;
     Members const members(point);
     EXPECT_EQ(point.listings, 1);
@@ -102,7 +102,7 @@ TEST(MembersFromBin, KeepsTheMembersBeforeTheOneThatThrows) {
     }
 }
 
-/// Reports more consumed bytes than there are.
+/// Records the length that it receives, and reports that it consumed all of it.
 class Greedy : public Integer {
 public:
     unsigned int fromBin(unsigned char const* /*data*/, unsigned int length) override {
@@ -139,7 +139,7 @@ TEST(MembersFromBin, StopAtAMemberThatReportsMoreThanWasLeft) {
         }
     };
     Pair pair;
-    pair.second.reported = 5; // of 4
+    pair.second.reported = 5; // only 4 bytes are left
     Bytes const bytes = fromHex("01 00 00 00 02 00 00 00");
     EXPECT_TRUE(test::throws<zntl::Exception>("znsl::Serializable::fromBin() - Failed!",
                                               [&] { Members(pair).fromBin(bytes.data(), 8); }));

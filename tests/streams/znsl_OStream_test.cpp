@@ -24,7 +24,7 @@ public:
     OStream& operator<<(IStream& /*source*/) override { return *this; }
 };
 
-/// A source of one raw record, which notes where it was asked to put it.
+/// A source of one raw record. It records the addresses of the arguments that it receives.
 class Source : public IStream {
 public:
     bool result = true;

@@ -1,4 +1,4 @@
-// The typed binary file that every storable value has.
+// Writing and reading the typed binary file of storable values.
 
 #include "streams/znsl_Serializable.h"
 
@@ -39,7 +39,7 @@ namespace {
 
 Bytes const oldContent = fromHex("0a 0b 0c 0d 0e 0f 10 11 12 13 14 15 16 17 18 19");
 
-/// A value that moves exactly as many bytes as it reports.
+/// Returns a value that writes and reads exactly as many bytes as it reports.
 Blob blob(unsigned int id, Bytes const& payload) {
     Blob value(id, payload);
     value.reported = static_cast<unsigned int>(payload.size());
@@ -68,7 +68,7 @@ void cutShort(test::SystemCalls& calls, std::string const& function) {
         calls.limit(function, k, 1);
 }
 
-/// The same, and each call that moves one is interrupted twice before.
+/// The same, and two interrupted calls precede each call that moves a byte.
 void interruptAndCutShort(test::SystemCalls& calls, std::string const& function) {
     cutShort(calls, function);
     for (unsigned int k = 1; k <= manyCalls; k += 3)
@@ -160,7 +160,7 @@ TEST_F(SerializableToFile, IsFalseWhenAnOperationThrows) {
         value.onToBin = [=](unsigned char*) { raise(); };
         writeFile(path(), oldContent);
         EXPECT_FALSE(value.toFile(path().c_str()));
-        EXPECT_EQ(content(), "") << "cut before the payload was asked for";
+        EXPECT_EQ(content(), "") << "toFile truncates the file before it calls toBin";
 
         value = blob(7, fromHex("01"));
         value.onGetTypeId = raise;
@@ -170,7 +170,8 @@ TEST_F(SerializableToFile, IsFalseWhenAnOperationThrows) {
         value.onGetBinLength = raise;
         writeFile(path(), oldContent);
         EXPECT_FALSE(value.toFile(path().c_str()));
-        EXPECT_EQ(content(), toHex(oldContent)) << "not opened yet";
+        EXPECT_EQ(content(), toHex(oldContent))
+            << "toFile calls getBinLength before it opens the file";
     }
 }
 
@@ -228,7 +229,7 @@ TEST_F(SerializableToFile, IsFalseAndLeavesTheFileOnAllocationFailure) {
     EXPECT_GT(failures, 0);
 }
 
-TEST_F(SerializableToFile, IsFalseForAPayloadThatNoMemoryHoldsAndLeavesTheFile) {
+TEST_F(SerializableToFile, IsFalseForAPayloadThatDoesNotFitInMemoryAndLeavesTheFile) {
     writeFile(path(), oldContent);
     std::string const file = path();
     for (unsigned int const length : {0x80000000U, 0xFFFFFFF8U, 0xFFFFFFFFU}) {
@@ -236,7 +237,7 @@ TEST_F(SerializableToFile, IsFalseForAPayloadThatNoMemoryHoldsAndLeavesTheFile) 
         value.announced = length;
         bool written = true;
         {
-            // Large machines have that much.
+            // A 64-bit machine may have enough memory, so the allocation is made to fail.
             test::AllocationFailure const failure(sizeof(void*) > 4 ? 1 : 0);
             written = value.toFile(file.c_str());
         }
@@ -365,7 +366,7 @@ TEST_F(SerializableFromFile, IsFalseForAnotherType) {
     EXPECT_EQ(resolution, znvl::Resolution(640, 480));
 }
 
-// The file keeps 16 bits of the type, and the whole of it is compared.
+// The file stores 16 bits of the type id, and fromFile compares them with the object's whole id.
 TEST_F(SerializableFromFile, NeverLoadsATypeBeyondSixteenBits) {
     Blob value = blob(0x10007, fromHex("01"));
     ASSERT_TRUE(value.toFile(path().c_str()));
@@ -374,7 +375,7 @@ TEST_F(SerializableFromFile, NeverLoadsATypeBeyondSixteenBits) {
 
     Blob small(7);
     small.reported = 1;
-    EXPECT_TRUE(small.fromFile(path().c_str())) << "it is a file of type 7";
+    EXPECT_TRUE(small.fromFile(path().c_str())) << "the file's type is 7";
 }
 
 TEST_F(SerializableFromFile, IsFalseWhenTheValueConsumesAnotherLengthAndKeepsWhatItTook) {
@@ -382,14 +383,14 @@ TEST_F(SerializableFromFile, IsFalseWhenTheValueConsumesAnotherLengthAndKeepsWha
         Blob value(7, fromHex("99"));
         value.reported = consumed;
         EXPECT_FALSE(loads(value, fromHex("07 00 03 00 00 00 01 02 03"))) << consumed;
-        EXPECT_EQ(toHex(value.payload), "01 02 03") << "nothing is restored";
+        EXPECT_EQ(toHex(value.payload), "01 02 03") << "the old payload is not restored";
     }
 }
 
 TEST_F(SerializableFromFile, IsFalseForAPayloadOfAnotherLengthThanTheClassReads) {
     znvl::Resolution resolution(1, 2);
     EXPECT_FALSE(loads(resolution, fromHex("2f 03 06 00 00 00 80 02 00 00 e0 01")));
-    EXPECT_EQ(resolution, znvl::Resolution(640, 2)) << "the width had been read";
+    EXPECT_EQ(resolution, znvl::Resolution(640, 2)) << "the width is read before the height fails";
     EXPECT_FALSE(loads(resolution, fromHex("2f 03 09 00 00 00 05 00 00 00 06 00 00 00 07")));
     EXPECT_EQ(resolution, znvl::Resolution(5, 6));
 
@@ -426,7 +427,7 @@ TEST_F(SerializableFromFile, AsksForNoMemoryThatTheFileDoesNotPayFor) {
     }
 }
 
-/// A pipe that holds these bytes and then ends.
+/// A pipe that contains these bytes, with its writing end closed.
 class Pipe {
 public:
     explicit Pipe(Bytes const& bytes) {

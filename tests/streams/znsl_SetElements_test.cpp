@@ -1,4 +1,5 @@
-// The calls that a set makes to its elements, and faults that are not exceptions of the library.
+// The calls that a set makes to its elements, and elements that throw other types than the
+// library's exception.
 
 #include "misc/zntl_Exception.h"
 #include "streams/records.h"
@@ -23,13 +24,13 @@ namespace {
 
 char const* const cannotBeRead = "znsl::Serializable::fromBin() - Failed!";
 
-/// An element whose type is a value, so that it can differ from that of a default one.
+/// An element whose type id can differ from that of a default-constructed element.
 class Element : public znsl::Serializable {
 public:
     static constexpr unsigned int defaultType = 301;
     static constexpr unsigned int otherType = 302;
 
-    /// The operation of all elements that throws a number.
+    /// The operation that throws a number, for all elements.
     enum class Fault { none, typeId, binLength, toBin, fromBin, order, copy };
     static inline Fault fault = Fault::none;
     /// The result of getBinLength of all elements.
@@ -85,7 +86,7 @@ private:
 using Elements = znsl::Set<Element>;
 using Fault = Element::Fault;
 
-/// Elements fail while this lives.
+/// Makes an operation of all elements throw while this object lives.
 class Failing {
 public:
     explicit Failing(Fault fault) { Element::fault = fault; }
@@ -105,7 +106,7 @@ Bytes integerRecord(unsigned int value) {
         504, {static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8), 0, 0});
 }
 
-/// The binary form of a set with one element.
+/// Returns the binary form of a set with one element.
 Bytes formWith(Bytes const& elementRecord) {
     Bytes const content =
         concat(integerRecord(Element::defaultType), integerRecord(1), elementRecord);

@@ -1,5 +1,4 @@
-// The serializable set. Reading its XML form needs a DOM iterator with a parser; see
-// xml/xml_backend_test.cpp.
+// The serializable set. Reading its XML form needs a parser; xml/values_test.cpp tests it.
 
 #include "streams/znsl_Set.h"
 
@@ -44,7 +43,7 @@ namespace {
 
 char const* const cannotBeRead = "znsl::Serializable::fromBin() - Failed!";
 
-/// An element with an XML form, which counts how often it was read and fails on order.
+/// An element with an XML form. It counts how often it is read, and throws for some keys.
 class Item : public znsl::Serializable {
 public:
     static constexpr unsigned int typeId = 300;
@@ -73,7 +72,7 @@ public:
         *out = static_cast<unsigned char>(key);
         return 1;
     }
-    /// Without a payload the key stays what it was.
+    /// An empty payload leaves the key unchanged.
     unsigned int fromBin(unsigned char const* data, unsigned int length) override {
         ++readings;
         if (length > 0)
@@ -225,7 +224,7 @@ TEST(SetToXml, ThrowsWhatAnElementThrows) {
     EXPECT_TRUE(test::throws<zntl::Exception>(fault, [&] { set.toXML(); }));
     EXPECT_TRUE(test::throws<zntl::Exception>(fault, [&] { set.toXML("n"); }));
     EXPECT_TRUE(test::throws<zntl::Exception>(fault, [&] { set.toXML("n", "e"); }));
-    EXPECT_EQ(set.toXML(nullptr), "") << "no element is asked";
+    EXPECT_EQ(set.toXML(nullptr), "") << "toXML of the elements, which throws, is not called";
 }
 
 // Reading XML. Without a parser, the DOM iterator has no children.
@@ -251,7 +250,7 @@ Bytes integerRecord(int value) {
 
 Bytes itemRecord(int key) { return record(Item::typeId, {static_cast<unsigned char>(key)}); }
 
-/// The binary form of a stream with these records.
+/// Returns the binary form of a stream with these records.
 template <class... Records>
 Bytes streamOf(Records const&... records) {
     Bytes const content = concat(records...);
@@ -261,7 +260,7 @@ Bytes streamOf(Records const&... records) {
     return concat(prefix, content);
 }
 
-/// The beginning of the binary form of items that announces `count` of them.
+/// Returns the two records that precede the elements of a set of items: element type and `count`.
 Bytes itemsHeader(int count) { return concat(integerRecord(Item::typeId), integerRecord(count)); }
 
 template <class Set>
@@ -302,7 +301,7 @@ TEST(SetBinaryForm, OfElementsThatCannotBeWrittenHasNoLength) {
     EXPECT_EQ(itemsOf({1, Item::unwritable}).getBinLength(), 0U);
 }
 
-// Contract: the message names fromBin, and callers may compare it.
+// Contract: the message names fromBin although toBin failed, because callers may compare it.
 TEST(SetBinaryForm, OfElementsThatCannotBeWrittenThrows) {
     Items const items = itemsOf({1, Item::unwritable});
     Bytes out(100, 0xEE);
@@ -345,7 +344,7 @@ TEST(SetFromBin, OrdersElementsAndDropsDuplicates) {
         streamOf(itemsHeader(4), itemRecord(3), itemRecord(1), itemRecord(3), itemRecord(2));
     EXPECT_EQ(load(items, data), data.size());
     EXPECT_EQ(keys(items), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(items.rbegin()->readings, 1) << "the first of the equal ones stayed";
+    EXPECT_EQ(items.rbegin()->readings, 1) << "of equal elements, the set keeps the first";
 }
 
 TEST(SetFromBin, MakesItsScratchElementOnlyForACountAboveZero) {
@@ -359,7 +358,7 @@ TEST(SetFromBin, MakesItsScratchElementOnlyForACountAboveZero) {
         Items items;
         int const before = Item::defaultConstructed;
         items.fromBin(form.data(), static_cast<unsigned int>(form.size()));
-        // The element that is asked for its type id comes first.
+        // Another element is always constructed, to ask for its type id.
         EXPECT_EQ(Item::defaultConstructed - before, count > 0 ? 2 : 1) << count;
     }
 }
@@ -386,7 +385,7 @@ TEST(SetFromBin, IgnoresBytesAfterTheStream) {
 TEST(SetFromBin, IgnoresRecordsAfterTheElements) {
     Items items;
     Bytes const data = streamOf(itemsHeader(1), itemRecord(1), itemRecord(2), integerRecord(7));
-    EXPECT_EQ(load(items, data), data.size()) << "they count as consumed";
+    EXPECT_EQ(load(items, data), data.size()) << "the records after the elements are consumed, too";
     EXPECT_EQ(keys(items), (std::vector<int>{1}));
 }
 
@@ -408,7 +407,7 @@ TEST(SetFromBin, OfAnotherElementTypeIsFalseAndEmptiesTheSet) {
     Items items = itemsOf({8, 9});
     EXPECT_EQ(load(items, fromHex(binaryForm(Resolutions()))), 0U);
     EXPECT_TRUE(items.empty());
-    EXPECT_EQ(load(items, streamOf(integerRecord(7))), 0U) << "the count is not checked";
+    EXPECT_EQ(load(items, streamOf(integerRecord(7))), 0U) << "a missing count is no error then";
 }
 
 struct Unreadable {
@@ -565,14 +564,14 @@ TEST(SetAllocationFailure, FromBinLeavesTheSetOrWhatWasReadAndLeaksNothing) {
         EXPECT_EQ(failed || outOfMemory, run.happened());
         std::vector<int> const read{1, 2, 3};
         if (outOfMemory) {
-            EXPECT_EQ(keys(items), before) << "not cleared yet";
+            EXPECT_EQ(keys(items), before) << "std::bad_alloc is thrown before the set is cleared";
         } else {
             auto const size = static_cast<std::ptrdiff_t>(items.size());
             EXPECT_EQ(keys(items), std::vector<int>(read.begin(), read.begin() + size));
             EXPECT_EQ(items.size() == 3, !failed);
         }
     });
-    EXPECT_GE(failures, 4) << "the buffer and each element";
+    EXPECT_GE(failures, 4) << "fromBin allocates the buffer and each element";
 }
 
 TEST(SetAllocationFailure, FromXmlLeavesTheSet) {

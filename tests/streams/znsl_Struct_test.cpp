@@ -1,6 +1,6 @@
-// A class derived from Struct has all operations of the contract from the description of its
-// members. Reading its XML form needs a DOM iterator with a parser; see xml/xml_backend_test.cpp.
-// tests/mistakes tests descriptions that must not compile.
+// A class derived from Struct gets all operations of the contract from the description of its
+// members. Reading the XML form needs a parser; xml/values_test.cpp tests it. tests/mistakes tests
+// descriptions that must not compile.
 
 #include "streams/znsl_Struct.h"
 
@@ -58,7 +58,7 @@ public:
         znsl::schema(2001, "Place", member(&Place::floor, "floor"), member(&Place::name, "name"));
 };
 
-/// Holds a value of every class of the library, another struct, and sets of both.
+/// Has members of the library's classes, another struct, and sets of both.
 class Site : public znsl::Struct<Site> {
 public:
     Place gate;
@@ -73,7 +73,7 @@ public:
                      member(&Site::places), member(&Site::queue), member(&Site::note));
 };
 
-/// Without names: it has no XML form.
+/// Its members have no names, so it has no XML form.
 class Pair : public znsl::Struct<Pair> {
 public:
     Integer first = 98;
@@ -89,7 +89,7 @@ Bytes bytesOf(Serializable const& object) {
     return bytes;
 }
 
-/// Reads the bytes from a block of exactly their size, so that a sanitizer sees any other access.
+/// Reads the bytes from a block of exactly their size, so sanitizers detect out-of-bounds reads.
 unsigned int read(Serializable& object, Bytes const& bytes) {
     std::unique_ptr<unsigned char[]> const block(new unsigned char[bytes.size()]);
     std::copy(bytes.begin(), bytes.end(), block.get());
@@ -205,7 +205,7 @@ TEST(StructFromBin, KeepsTheMembersBeforeTheOneThatThrows) {
     }
 }
 
-/// Consumes one byte more than there is.
+/// Reports that it consumed one byte more than it received.
 class Greedy : public Integer {
 public:
     unsigned int fromBin(unsigned char const* /*data*/, unsigned int length) override {
@@ -229,7 +229,7 @@ TEST(StructFromBin, StopsAtAMemberThatConsumesMoreThanThereIs) {
     EXPECT_EQ(object.second.first.getValue(), 98);
 }
 
-/// Has lengths that sum up to more than 32 bits.
+/// Two members of this class have lengths whose sum does not fit 32 bits.
 class Huge : public Integer {
 public:
     unsigned int getBinLength() const override { return 0x80000000U; }
@@ -279,7 +279,7 @@ struct PlaceListing {
     }
 };
 
-/// Values of any size and content; strings without NUL, which reading stops at.
+/// Random values. Strings contain no NUL, because reading stops at the first one.
 class RandomValues {
 public:
     int number() { return std::uniform_int_distribution<int>(INT_MIN, INT_MAX)(generator_); }
@@ -356,7 +356,7 @@ TEST(StructFromBin, StaysWithinAnyBytes) {
 
 // XML form
 
-/// Lists its members in another order than that of their names, and two in one form only.
+/// Lists its members in another order than that of their names. Two members have only one form.
 class Mixed : public znsl::Struct<Mixed> {
 public:
     Integer z = 1;
@@ -438,7 +438,7 @@ TEST(StructTypeIds, OfTheLibraryAreTaken) {
 
 // Subclasses
 
-/// Extends a struct by a member, and hides one of its own.
+/// Adds a private member to those of its base.
 class Tower : public znsl::Struct<Tower, Place> {
 public:
     using Struct::Struct;

@@ -27,7 +27,7 @@ char const* const noText = nullptr;
 
 int sign(int number) { return (number > 0) - (number < 0); }
 
-/// While it lives, this is the C library's lower-case table.
+/// Replaces the C library's table of lower-case letters while it lives.
 class LowerCaseTable {
 public:
     LowerCaseTable() { current() = this; }
@@ -44,7 +44,7 @@ public:
     std::int32_t const** address() { return &bytes_; }
 
 private:
-    static constexpr int negative = 128; // entries for bytes that were taken as signed: all 0
+    static constexpr int negative = 128; // entries before byte 0, for negative indices: all 0
     std::int32_t entries_[negative + 256] = {};
     std::int32_t const* bytes_ = entries_ + negative;
 };
@@ -109,7 +109,7 @@ TEST(Strcpy, CutsAndAlwaysEndsTheText) {
     }
 }
 
-// Contract: the function does not test its argument for null.
+// Contract: size 0 writes the byte before the destination, because programs rely on it.
 TEST(Strcpy, OfSizeZeroWritesTheByteBefore) {
     char memory[] = "........";
     char* const destination = memory + 4;

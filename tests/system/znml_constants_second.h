@@ -1,5 +1,5 @@
 #pragma once
 
-// The addresses of another source file's copies of the constants.
+// The addresses of the constants in another source file, which has its own copies.
 double const* addressOfSecondPi();
 float const* addressOfSecondFloatPi();

@@ -26,7 +26,7 @@ constexpr unsigned int untouched = 77;
 
 using Log = std::vector<std::string>;
 
-/// Notes each poll, and becomes ready with a result after some of them.
+/// Records each poll. After `pollsBefore` polls it is ready and returns `result`.
 class Object : public WaitObject {
 public:
     Object(Log& log, std::string name, unsigned int result, unsigned int pollsBefore = 0)
@@ -49,7 +49,7 @@ private:
     mutable unsigned int polls_ = 0;
 };
 
-/// Objects with a clock that only sleeps advance, and a log of the calls.
+/// Provides objects, a log of the calls, and a clock that only sleeps advance.
 class WaitForObjects : public testing::Test {
 protected:
     WaitForObjects() {
@@ -57,10 +57,10 @@ protected:
         time.onSleep([this] { log.push_back("sleep " + std::to_string(time.sleeps().back())); });
     }
 
-    /// An object that is never ready.
+    /// Returns an object that is never ready.
     Object idle(char const* name) { return {log, name, 0}; }
     Object ready(char const* name, unsigned int result) { return {log, name, result}; }
-    /// An object that is ready after so many polls.
+    /// Returns an object that is ready after `polls` polls.
     Object later(char const* name, unsigned int result, unsigned int polls) {
         return {log, name, result, polls};
     }
@@ -81,7 +81,7 @@ TEST_F(WaitForObjects, ReturnsTheFirstReadyInOrderAndPollsNoneAfterIt) {
     Object c = ready("c", 6);
     EXPECT_EQ(waitFor({&a, &b, &c}, 1000), 5U);
     EXPECT_EQ(index, 1U);
-    EXPECT_EQ(log, (Log{"clock", "a(0)", "b(0)", "clock"})) << "and sleeps not at all";
+    EXPECT_EQ(log, (Log{"clock", "a(0)", "b(0)", "clock"})) << "it does not sleep";
 }
 
 TEST_F(WaitForObjects, SleepsAMillisecondAfterEachPassWithoutAReadyObject) {
@@ -143,7 +143,7 @@ TEST_F(WaitForObjects, WithoutLimitIsNotALimitOfThatManyMilliseconds) {
 
 TEST_F(WaitForObjects, TheLargestTimeoutWithALimitEnds) {
     Object a = idle("a");
-    a.onPoll = [this] { time.advance(0x7FFFFFFE); }; // twice that and two sleeps
+    a.onPoll = [this] { time.advance(0x7FFFFFFE); }; // two polls and two sleeps reach the timeout
     EXPECT_EQ(waitFor({&a}, withoutLimit - 1), 0U);
     EXPECT_EQ(time.sleeps().size(), 2U);
 }
@@ -166,7 +166,7 @@ TEST_F(WaitForObjects, PollsAnObjectAsOftenAsItIsNamed) {
 }
 
 TEST_F(WaitForObjects, MeasuresTheTimeAcrossTheWrapOfTheTickCount) {
-    time.set(4294967, 290000000); // six milliseconds before
+    time.set(4294967, 290000000); // six milliseconds before the wrap
     Object a = idle("a");
     EXPECT_EQ(waitFor({&a}, 10), 0U);
     EXPECT_EQ(time.sleeps().size(), 10U);
@@ -218,10 +218,10 @@ TEST(WaitForObjectsInRealTime, ReturnsAfterAboutTheTimeout) {
     auto const start = std::chrono::steady_clock::now();
     EXPECT_EQ(Wait({&a, &b}, 10, index), 0U);
     auto const elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(elapsed, std::chrono::milliseconds(9)) << "whole milliseconds are counted";
+    EXPECT_GE(elapsed, std::chrono::milliseconds(9)) << "Wait counts whole milliseconds";
     EXPECT_EQ(index, untouched);
     ASSERT_GE(log.size(), 2U);
-    EXPECT_EQ(log.size() % 2, 0U) << "whole passes";
+    EXPECT_EQ(log.size() % 2, 0U) << "each pass polls both objects";
 }
 
 // Sleeping
@@ -259,14 +259,14 @@ TEST(WaitExclusive, IsWaitWithTheSameTimeout) {
     EXPECT_EQ(log, (Log{"a(12)", "a(4294967295)"}));
 }
 
-/// An object that tells exclusive waiting apart.
+/// An object whose waitExclusive differs from wait.
 class Exclusive : public Object {
 public:
     using Object::Object;
     unsigned int waitExclusive(unsigned int /*timeout*/) const override { return 9; }
 };
 
-TEST(WaitExclusive, CanBeToldApartBySubclasses) {
+TEST(WaitExclusive, CanBeOverridden) {
     Log log;
     Exclusive const object(log, "a", 5);
     WaitObject const& base = object;

@@ -178,9 +178,9 @@ TEST(ResolutionXml, WithoutANameUsesTheFormWithAName) {
     EXPECT_EQ(Subclass().toXML(), "override of Resolution");
 }
 
-// Subclasses with another listing
+// Subclasses with other members
 
-/// Lists its name, too, and calls its members by names.
+/// Lists the resolution's name as a third member, and defines XML names for all members.
 class Labelled : public Resolution {
 public:
     using Resolution::Resolution;
@@ -213,7 +213,7 @@ TEST(ResolutionSubclass, HasTheXmlFormOfItsNames) {
     EXPECT_EQ(resolution.toXML(), "<Resolution><h>480</h><n>V&lt;A</n><w>640</w></Resolution>");
     EXPECT_EQ(resolution.toXML("r"), "<r><h>480</h><n>V&lt;A</n><w>640</w></r>");
     EXPECT_EQ(resolution.toXML(noText), "");
-    EXPECT_FALSE(resolution.fromXML("<r><w>1</w></r>")) << "without a parser there are no children";
+    EXPECT_FALSE(resolution.fromXML("<r><w>1</w></r>")) << "needs a parser";
     EXPECT_EQ(resolution, Resolution(640, 480));
 }
 

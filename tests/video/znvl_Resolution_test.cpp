@@ -1,4 +1,4 @@
-// The resolution as a value. Its stored forms have their own tests.
+// The resolution's order, scaling and names. Another file tests its stored forms.
 
 #include "video/znvl_Resolution.h"
 
@@ -55,7 +55,7 @@ Resolution named(int width, int height, char const* name) {
     return resolution;
 }
 
-/// Width, height and name; the operator compares the first two only.
+/// Returns width, height and name, because operator== ignores the name.
 auto fields(Resolution const& resolution) {
     return std::tuple<int, int, std::string>(resolution.width.getValue(),
                                              resolution.height.getValue(), resolution.name);
@@ -202,8 +202,9 @@ TEST(ResolutionGetMax, HasNoName) {
 
 // Scaling
 
-/// One operation of single precision: carried out in double and rounded, which is exact for one
-/// addition, multiplication or division of floats, so that nothing can be fused or kept wider.
+/// Rounds the result of one double operation on floats to float. For one addition, multiplication
+/// or division, this equals the float operation. So the compiler cannot fuse operations or use
+/// excess precision.
 float single(double exact) { return static_cast<float>(exact); }
 
 int roundLiterally(float x) {
@@ -220,7 +221,7 @@ int roundLiterally(float x) {
     return 0; // not a number
 }
 
-/// Scaling step by step.
+/// Scales as the definition says, step by step.
 Resolution scaleLiterally(Resolution const& value, Resolution const& bounds) {
     int const boundsWidth = bounds.width.getValue();
     int const boundsHeight = bounds.height.getValue();
@@ -251,9 +252,9 @@ TEST(ResolutionScale, FitsTheBoundsWithTheSameAspect) {
         {{320, 240}, {640, 480}, {640, 480}}, // enlarges, too
         {{1, 1}, {640, 480}, {480, 480}},
         {{352, 288}, {1, 1}, {1, 1}},
-        {{1000, 1}, {10, 10}, {10, 0}}, // 0.01
+        {{1000, 1}, {10, 10}, {10, 0}}, // 0.01 is rounded to 0
         {{1, 1000}, {10, 10}, {0, 10}},
-        {{4, 2}, {3, 3}, {3, 2}}, // 1.5: halves go away from zero
+        {{4, 2}, {3, 3}, {3, 2}}, // 1.5: halves are rounded away from zero
         {{2, 4}, {3, 3}, {2, 3}},
         {{4, 2}, {5, 9}, {5, 3}},   // 2.5
         {{4, -2}, {3, 3}, {3, -2}}, // -1.5
@@ -269,16 +270,16 @@ TEST(ResolutionScale, FitsTheBoundsWithTheSameAspect) {
 
 TEST(ResolutionScale, ComputesInSinglePrecisionAndRoundsEveryStep) {
     Scaling const rows[] = {
-        // Double precision would result in 1 more.
+        // In double precision, the height would be larger by 1.
         {{160, 300}, {180, 352}, {180, 337}},
         {{144, 540}, {854, 3840}, {854, 3202}},
         {{144, 540}, {1050, 4096}, {1050, 3937}},
-        // Where a multiplication fused with the addition that rounds would differ.
+        // A fused multiply-add would return another width.
         {{90316, 42}, {23317624, 5883}, {12650692, 5883}},
         {{68868, 44}, {21379615, 6073}, {9505350, 6073}},
         {{37771, 30}, {36901541, 6852}, {8626896, 6852}},
         {{54547, 10}, {76957755, 6252}, {34102784, 6252}},
-        // Numbers that a float does not hold.
+        // These numbers have no exact float value.
         {{16777217, 16777216}, {100, 100}, {100, 100}},
         {{1, 1}, {16777217, 16777217}, {16777217, 16777216}},
         {{1, 1}, {INT_MAX, INT_MAX}, {INT_MAX, INT_MAX}},
@@ -297,7 +298,7 @@ TEST(ResolutionScale, SaturatesAt32Bits) {
         {{1, INT_MIN}, {5, 5}, {5, INT_MIN}},
         {{INT_MAX, 1}, {INT_MAX, INT_MAX}, {INT_MAX, 1}},
         {{INT_MIN, -1}, {INT_MAX, INT_MAX}, {INT_MAX, 1}},
-        // The height limits and the product is below 2147483648, or it would not limit.
+        // The bound of the height determines the size.
         {{INT_MAX, 2}, {INT_MAX, 1}, {1073741824, 1}},
     };
     for (Scaling const& row : rows) {
@@ -308,10 +309,11 @@ TEST(ResolutionScale, SaturatesAt32Bits) {
 
 TEST(ResolutionScale, FollowsTheArithmeticOfInfinities) {
     Scaling const rows[] = {
-        {{640, 0}, {320, 200}, {320, 0}},  // the aspect is infinite, the height 0
-        {{-640, 0}, {320, 200}, {320, 0}}, // minus infinite, minus 0
-        {{0, 480}, {320, 200}, {0, 200}},  // the aspect is 0, the height infinite
-        {{0, -480}, {320, 200}, {320, INT_MIN}}, {{0, 0}, {320, 200}, {320, 0}}, // not a number
+        {{640, 0}, {320, 200}, {320, 0}},        // the aspect is infinite, so the height is 0
+        {{-640, 0}, {320, 200}, {320, 0}},       // the aspect is minus infinity
+        {{0, 480}, {320, 200}, {0, 200}},        // the aspect is 0, so the height is infinite
+        {{0, -480}, {320, 200}, {320, INT_MIN}}, // the aspect is -0
+        {{0, 0}, {320, 200}, {320, 0}},          // the aspect is not a number
     };
     for (Scaling const& row : rows) {
         EXPECT_EQ(row.value.scale(row.bounds), row.scaled);
@@ -338,7 +340,7 @@ TEST(ResolutionScale, HasNoNameWhenItWasComputed) {
     EXPECT_EQ(fields(value.scale(named(320, 480, "bounds"))), fields(320, 240, ""));
     EXPECT_EQ(fields(value.scale(named(640, 240, "bounds"))), fields(320, 240, ""));
     EXPECT_EQ(fields(value.scale(named(640, 481, "bounds"))), fields(640, 480, ""))
-        << "even if it is the same size again";
+        << "even if the size has not changed";
 }
 
 TEST(ResolutionScale, AgreesWithItsStepsOnAGrid) {
@@ -487,7 +489,7 @@ TEST(ResolutionFromString, EndsAtTheFirstNul) {
     EXPECT_EQ(resolution, Resolution(352, 288));
 }
 
-/// Short texts, so that their numbers fit 32 bits.
+// The texts are short, so their numbers fit 32 bits.
 TEST(ResolutionFromString, AgreesWithScanf) {
     std::string const alphabet = "0159-+xxX \t\n.a";
     std::mt19937 random(20240303);
@@ -505,7 +507,7 @@ TEST(ResolutionFromString, AgreesWithScanf) {
             << '"' << text << '"';
         scanned += both;
     }
-    EXPECT_GT(scanned, 1000U) << "the texts do not reach the case that matters";
+    EXPECT_GT(scanned, 1000U) << "too few texts are resolutions";
 }
 
 TEST(ResolutionToNameString, IsTheNameOrTheNumbers) {
@@ -524,7 +526,7 @@ TEST(ResolutionToNameString, IsTheNameOrTheNumbers) {
     };
     for (Text const& row : rows)
         EXPECT_EQ(row.size.toNameString(), row.text);
-    EXPECT_EQ(named(352, 288, "other").toNameString(), "CIF") << "its own name plays no part";
+    EXPECT_EQ(named(352, 288, "other").toNameString(), "CIF") << "the member `name` is ignored";
 }
 
 TEST(ResolutionToNameString, IsUnderstoodByFromString) {
@@ -535,7 +537,7 @@ TEST(ResolutionToNameString, IsUnderstoodByFromString) {
     }
 }
 
-/// While it lives, a table has another string.
+/// Replaces a string of a table while it lives.
 class TableEntry {
 public:
     TableEntry(char const*& entry, char const* text) : entry_(entry), before_(entry) {
@@ -553,12 +555,12 @@ private:
 TEST(ResolutionTables, AreWhatTheLookUpsUse) {
     TableEntry const name(Resolution::NameStrings[1], "VGA");
     TableEntry const size(Resolution::ResolutionStrings[1], "640X480");
-    EXPECT_EQ(Resolution(640, 480).toNameString(), "VGA") << "but for letter case";
+    EXPECT_EQ(Resolution(640, 480).toNameString(), "VGA") << "letter case is ignored";
     EXPECT_EQ(Resolution(352, 288).toNameString(), "352x288");
 
     Resolution resolution(1, 2);
     EXPECT_FALSE(resolution.fromString("CIF"));
-    EXPECT_FALSE(resolution.fromString("vga")) << "its size is not a size text";
+    EXPECT_FALSE(resolution.fromString("vga")) << "fromString accepts no \"X\" between the numbers";
     EXPECT_EQ(resolution, Resolution(1, 2));
 
     TableEntry const readable(Resolution::ResolutionStrings[1], "640 x 480");
@@ -566,7 +568,7 @@ TEST(ResolutionTables, AreWhatTheLookUpsUse) {
     EXPECT_EQ(resolution, Resolution(640, 480));
 
     TableEntry const alias(Resolution::ResolutionStrings[1], "4cif");
-    EXPECT_TRUE(resolution.fromString("vga")) << "a name stands for another name";
+    EXPECT_TRUE(resolution.fromString("vga")) << "an entry may be another name instead of a size";
     EXPECT_EQ(resolution, Resolution(704, 576));
 }
 

@@ -1,4 +1,4 @@
-// Malicious documents, and the limits of well-formedness.
+// Malicious documents, and which documents are well-formed.
 
 #include "xml/znxml_DomIterator.h"
 
@@ -187,7 +187,7 @@ TEST(Entities, CannotMultiply) {
         EXPECT_LT(test::largestAllocation([&] { read = isRead(document); }), 100'000U);
         EXPECT_FALSE(read) << element;
     }
-    EXPECT_TRUE(isRead(laughs + "<a/>")) << "declared, but not used";
+    EXPECT_TRUE(isRead(laughs + "<a/>")) << "no element uses the entities";
 }
 
 TEST(DefaultAttributes, CannotMultiply) {
@@ -243,7 +243,7 @@ TEST(DeepDocument, ThatIsMalformedIsRefusedOnASmallStack) {
 }
 
 TEST(ManySiblings, AreWalkedInLinearTime) {
-    // Quadratic work on so many would take minutes.
+    // Quadratic time would take minutes.
     constexpr int count = 300'000;
     std::string const document = "<a xmlns:p='q'>" + repeat(count, "<p:b/>x<!---->") + "</a>";
     DomIterator const root = DomIterator::parse(document);
@@ -353,7 +353,7 @@ TEST(DocumentType, CanBeGivenToParse) {
     EXPECT_EQ(
         DomIterator::parse("<!DOCTYPE a [<!ATTLIST a b CDATA 'f'>]><a/>", "").getAttribute("b"),
         "f")
-        << "without a second text the document's own counts";
+        << "an empty doctype leaves the document's own";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The content that the DOM iterator finds in a document, in a program linked with zn::xml.
+// The DOM iterator's results for documents, in a program linked with zn::xml.
 
 #include "xml/znxml_DomIterator.h"
 
@@ -36,7 +36,7 @@ Names namesOfChildrenBackwards(DomIterator const& element) {
     return names;
 }
 
-/// The namespace and the local name.
+/// Returns the namespace and the local name.
 std::string resolvedName(DomIterator const& element) {
     String nameSpace("before");
     String const name = element.getName(nameSpace);
@@ -103,11 +103,11 @@ TEST(Siblings, BeginAndEndAtTheEnd) {
     child.previousSibling();
     EXPECT_TRUE(child.atEnd());
     child.previousSibling();
-    EXPECT_EQ(child.getName(), "c") << "from the end to the last";
+    EXPECT_EQ(child.getName(), "c") << "from the end, previousSibling moves to the last child";
     child.nextSibling();
     EXPECT_TRUE(child.isEqual(root.childrenEnd()));
     child.nextSibling();
-    EXPECT_TRUE(child.isEqual(root.childrenEnd())) << "the end is where it stays";
+    EXPECT_TRUE(child.isEqual(root.childrenEnd())) << "nextSibling stays at the end";
 }
 
 TEST(Siblings, AreNotThoseOfTheRootElement) {
@@ -188,7 +188,7 @@ TEST(NameOfAnElement, HasANamespaceByItsPrefix) {
         names.push_back(resolvedName(child));
     EXPECT_EQ(names, (Names{"two|b", "|c", "one|c", "three|d", "two|e", "|q:f",
                             "http://www.w3.org/XML/1998/namespace|g", "<|f"}));
-    EXPECT_EQ(root.childrenBegin().getName(), "p:b") << "as it is written";
+    EXPECT_EQ(root.childrenBegin().getName(), "p:b") << "with its prefix";
 }
 
 TEST(ToXml, IsTheTextOfTheElementItself) {
@@ -230,7 +230,7 @@ TEST(ToXml, ReturnsASeparateDocument) {
         EXPECT_EQ(namesOfChildren(root), (Names{"c", "d"}));
         EXPECT_EQ(namesOfChildrenBackwards(root), (Names{"d", "c"}));
         root.nextSibling();
-        EXPECT_TRUE(root.atEnd()) << "without the siblings that it has elsewhere";
+        EXPECT_TRUE(root.atEnd()) << "the siblings in the original document are not reachable";
         root.previousSibling();
         EXPECT_EQ(root.getName(), "b");
         root.previousSibling();
@@ -286,7 +286,8 @@ TEST(Iterators, OfDifferentDocumentsHaveSomeOrder) {
     DomIterator const one = DomIterator::parse("<a><b/></a>");
     DomIterator const other = DomIterator::parse("<a><b/></a>");
     EXPECT_NE(one < other, other < one);
-    EXPECT_EQ(one < other, one.childrenBegin() < other) << "all of one before all of the other";
+    EXPECT_EQ(one < other, one.childrenBegin() < other)
+        << "positions of one document stay together";
     EXPECT_EQ(one < other, one < other.childrenBegin());
     EXPECT_FALSE(DomIterator() < DomIterator());
     EXPECT_TRUE(DomIterator() < one);
@@ -347,7 +348,7 @@ TEST(Iterators, OutliveTheThreadThatReadTheDocument) {
     std::thread([&child] { child.reset(); }).join();
 }
 
-/// All iterators that are at their end.
+/// Returns iterators at their end, from every operation that returns one.
 std::vector<std::pair<char const*, DomIterator>> iteratorsAtTheirEnd() {
     DomIterator const root = DomIterator::parse("<a xmlns='n' b='1'>t<c/></a>");
     DomIterator afterRoot = root;
@@ -378,7 +379,7 @@ TEST(AtTheEnd, AllAnswersAreEmpty) {
         EXPECT_EQ(iterator.getAttribute("b"), "");
         EXPECT_EQ(iterator.attributes(), Attributes{});
         EXPECT_EQ(iterator.getName(), "");
-        EXPECT_EQ(resolvedName(iterator), "before|") << "the argument is not touched";
+        EXPECT_EQ(resolvedName(iterator), "before|") << "the argument is unchanged";
         EXPECT_EQ(iterator.toXML(), "");
         for (DomIterator const& other : {iterator.childrenBegin(), iterator.childrenEnd(),
                                          iterator.findChild("c"), iterator.searchChild("c")}) {

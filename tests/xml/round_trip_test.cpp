@@ -30,7 +30,7 @@ std::size_t randomBelow(std::size_t end) {
     return std::uniform_int_distribution<std::size_t>(0, end - 1)(generator());
 }
 
-/// Text of characters that XML can hold, many of which mean something in it.
+/// Returns random text of characters that XML can represent, much of it markup.
 String randomText() {
     static std::vector<std::string> const pieces{"&",
                                                  "<",
@@ -73,7 +73,7 @@ int randomInt() {
     return std::uniform_int_distribution<int>(INT_MIN, INT_MAX)(generator());
 }
 
-/// A number in sets.
+/// An Integer with an order, for sets.
 class Number : public Integer {
 public:
     using Integer::Integer;
@@ -81,7 +81,7 @@ public:
     bool operator<(Number const& other) const { return getValue() < other.getValue(); }
 };
 
-/// A class with members of every kind, some of which are sets.
+/// A class with a number, a string and a set as members.
 class Thing : public znsl::Serializable {
 public:
     Integer id{0};
@@ -123,7 +123,7 @@ Thing randomThing() {
     Thing thing;
     thing.id.setValue(randomInt());
     thing.label = randomText();
-    // An empty set has no children and leaves what it is read into as it was.
+    // The set must not be empty: an empty set has no children, so fromXML would return false.
     do {
         thing.tags.insert(randomText());
     } while (randomBelow(3) != 0);
@@ -171,7 +171,7 @@ TEST(RoundTrip, OfEveryCharacterThatXmlHoldsIsExact) {
         bool const isRead = read.fromXML(text.toXML().c_str());
         if (code == '\r') {
             EXPECT_TRUE(isRead);
-            EXPECT_EQ(read, "\n") << "XML knows one line end";
+            EXPECT_EQ(read, "\n") << "XML has only one line end";
         } else {
             ASSERT_EQ(isRead, isHeld) << code;
             ASSERT_EQ(read, isHeld ? text : String("before")) << code;

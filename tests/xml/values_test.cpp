@@ -1,4 +1,4 @@
-// Reading the storable values from XML in a program linked with zn::xml.
+// Reading storable values from XML, in a program linked with zn::xml.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
@@ -28,7 +28,7 @@ namespace {
 
 char const* const noText = nullptr;
 
-// Documents without an element.
+// Documents that contain no element.
 char const* const noElements[] = {"",    "text", "<",       "<>",   "<a",
                                   "<a ", "<a>",  "<a></b>", "</a>", noText};
 
@@ -128,13 +128,13 @@ constexpr znsl::Members::Place here{"tests/Size", 1, "test::Size"};
 using List = std::list<Serializable*>;
 using Table = std::map<std::string, Serializable*>;
 
-/// An element for sets: two numbers and a text, all of them named.
+/// An element for sets, with two numbers and a string. All members have XML names.
 class Size : public Serializable {
 public:
     Integer width{0};
     Integer height{0};
     String label;
-    bool withoutLabel = false; // a name without a member
+    bool withoutLabel = false; // if true, the member "label" is a null pointer
 
     Size() = default;
     Size(int w, int h, char const* text) : width(w), height(h), label(text) {}
@@ -171,7 +171,7 @@ std::string describe(Object const& size) {
            " " + size.label;
 }
 
-/// The same with a description in place of a listing.
+/// The same class, derived from Struct.
 class DescribedSize : public znsl::Struct<DescribedSize> {
 public:
     Integer width = 0;
@@ -192,7 +192,7 @@ class MembersFromXml : public testing::Test {};
 using ListedAndDescribed = testing::Types<Size, DescribedSize>;
 TYPED_TEST_SUITE(MembersFromXml, ListedAndDescribed);
 
-TYPED_TEST(MembersFromXml, HandsTheChildrenToTheMembersOfTheirNames) {
+TYPED_TEST(MembersFromXml, PassesEachChildToTheMemberOfItsName) {
     struct {
         char const* xml;
         char const* size;
@@ -292,7 +292,7 @@ TEST(SetFromXml, SkipsUnknownChildren) {
     EXPECT_EQ(describe(sizes), (std::vector<std::string>{"1x0 ", "2x0 "}));
 
     sizes = oldSizes();
-    EXPECT_TRUE(sizes.fromXML("<s><e/></s>")) << "even if that is all";
+    EXPECT_TRUE(sizes.fromXML("<s><e/></s>")) << "even if all children are unknown";
     EXPECT_TRUE(sizes.empty());
 }
 
@@ -328,9 +328,9 @@ TEST(SetFromXml, PassesOnWhatAnElementThrows) {
         test::throws<zntl::Exception>("../../../../../libraries/src/video/znvl_Resolution (26): "
                                       "znvl::Resolution::fromXML() - Not implemented",
                                       [&] { set.fromXML("<s><Resolution/></s>"); }));
-    EXPECT_TRUE(set.empty()) << "cleared before the first element was read";
+    EXPECT_TRUE(set.empty()) << "the set is cleared before the first element is read";
     set.insert(Resolution(1, 2));
-    EXPECT_FALSE(set.fromXML("<s/>")) << "no element is asked";
+    EXPECT_FALSE(set.fromXML("<s/>")) << "fromXML of the elements, which throws, is not called";
     EXPECT_EQ(set.size(), 1U);
 }
 

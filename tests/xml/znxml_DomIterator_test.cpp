@@ -1,4 +1,4 @@
-// The DOM iterator without a parser: the complete interface, with fixed results.
+// The DOM iterator without a parser: every operation has a fixed result.
 
 #include "xml/znxml_DomIterator.h"
 
@@ -24,7 +24,7 @@ namespace {
 
 char const* const document = "<!DOCTYPE a><a b='c'>text<d/><d/></a>";
 
-/// Iterators from every operation that returns one.
+/// Returns iterators from every operation that returns one.
 std::vector<std::pair<char const*, DomIterator>> iteratorsOfEveryOrigin() {
     DomIterator const root = DomIterator::parse(document);
     DomIterator assigned;
@@ -36,7 +36,7 @@ std::vector<std::pair<char const*, DomIterator>> iteratorsOfEveryOrigin() {
     iterators.emplace_back("parsed from null", DomIterator::parse(nullptr));
     iterators.emplace_back("parsed with a document type", DomIterator::parse(document, "dtd"));
     iterators.emplace_back("first child", root.childrenBegin());
-    iterators.emplace_back("behind the last child", root.childrenEnd());
+    iterators.emplace_back("past the last child", root.childrenEnd());
     iterators.emplace_back("searched child", root.searchChild("d"));
     iterators.emplace_back("found child", root.findChild("d"));
     iterators.emplace_back("copied", DomIterator(root));
@@ -93,7 +93,7 @@ TEST(DomIterator, AssignmentReturnsTheTarget) {
     expectEmptyAnswers(iterator);
 }
 
-/// The text that an iterator holds, which no operation fills or shows.
+/// Returns the private string of an iterator, which no operation sets or returns.
 String& textOf(DomIterator& iterator) {
     return *reinterpret_cast<String*>(reinterpret_cast<unsigned char*>(&iterator) + sizeof(void*));
 }
@@ -106,7 +106,7 @@ TEST(DomIterator, CopyingAndAssigningCarryNoTextOver) {
     DomIterator target;
     textOf(target) = "target";
     target = source;
-    EXPECT_EQ(textOf(target), "target") << "the target is left as it was";
+    EXPECT_EQ(textOf(target), "target") << "assignment does not change the target";
     EXPECT_EQ(textOf(source), "source");
 }
 
