@@ -1,4 +1,5 @@
-// Binary forms of values, read from any bytes of any length. The first byte chooses the class.
+// `fromBin` of each class reads any bytes of any length. The first byte of the input chooses the
+// class.
 
 #include "fuzz.h"
 
@@ -20,7 +21,7 @@ using Sizes = std::set<std::pair<int, int>>;
 
 namespace {
 
-/// The result of reading; nothing when it throws the library's exception.
+/// Returns the result of `fromBin`; nullopt if it throws the library's exception.
 std::optional<unsigned int> read(znsl::Serializable& value, fuzz::Input const& input) {
     try {
         return value.fromBin(input.data(), input.size());
@@ -56,10 +57,10 @@ void runResolution(fuzz::Input const& input) {
     int const width = input.size() >= 4 ? numberAt(input, 0) : -7;
     int const height = consumed ? numberAt(input, 4) : -8;
     require(resolution == znvl::Resolution(width, height), "the resolution's value");
-    require(resolution.name == "kept", "the name is untouched");
+    require(resolution.name == "kept", "the name is unchanged");
 }
 
-/// Reads the set's binary form literally as it is defined.
+/// The result of `readForm`, which reads a set's binary form literally as it is defined.
 struct Form {
     enum { unreadable, notRecords, otherType, partial, complete } verdict;
     Sizes sizes;
@@ -80,7 +81,8 @@ Form readForm(fuzz::Input const& input) {
         return {Form::notRecords, {}, 0};
 
     position = 4;
-    // The payload of the next record, when it is of this type and long enough; 0 otherwise.
+    // Returns the position of the next record's payload if the record has this type and at least
+    // `least` bytes; otherwise 0.
     auto const next = [&](std::uint16_t type, std::uint32_t least) -> std::uint64_t {
         std::uint16_t found;
         if (position == end)

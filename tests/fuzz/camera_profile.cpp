@@ -1,4 +1,4 @@
-// Profiles of the stand-in camera: every line is a size, nothing, or reported by its number.
+// Profiles of the stand-in camera: every line is a size, is empty, or is reported with its number.
 
 #include "fuzz.h"
 
@@ -21,7 +21,7 @@ bool readNumber(char const*& at, char const* end, int& number) {
     return read;
 }
 
-/// The content of a line, read with the C++ library.
+/// Reads a line with the C++ library; returns what it contains.
 profile_item readLine(std::string line, int& width, int& height) {
     char const* const blanks = " \t\r";
     line.erase(std::min(line.find('#'), line.size()));

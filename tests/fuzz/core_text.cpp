@@ -1,5 +1,5 @@
-// The core string operations against the C library, or against a plain definition.
-// Input: two strings with a unit separator between them.
+// Compares the core string operations with the C library, or with a simple definition.
+// Input: two strings with a unit separator (0x1F) between them.
 
 #include "fuzz.h"
 
@@ -33,7 +33,8 @@ std::string lowered(std::string text) {
     return text;
 }
 
-/// Blanks, a sign, digits with at most one point, blanks; at least something between the blanks.
+/// Whether the text is: blanks, a sign, digits with at most one point, blanks. Between the blanks,
+/// at least one character is required.
 bool isNumber(std::string const& text, bool& isInteger) {
     char const* const blanks = " \t";
     std::size_t const first = text.find_first_not_of(blanks);

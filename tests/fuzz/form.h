@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-// Binary forms built by hand. They record the offsets of their fields, so that tests can corrupt
-// each one alone.
+// Builds binary forms byte by byte, and records the offsets of their fields, so that tests can
+// corrupt single fields.
 
 namespace fuzz {
 
@@ -87,7 +87,7 @@ inline Form entry(std::string const& text) {
            set(501, {string("a"), string("bc")});
 }
 
-/// A form that the reader of this type accepts and consumes whole.
+/// Returns a form that the reader of this type accepts and consumes completely.
 inline Form formOf(unsigned int type) {
     switch (type) {
     case 501:
@@ -124,8 +124,8 @@ inline Form formOf(unsigned int type) {
     }
 }
 
-/// Values of a number at which a reader's arithmetic may go wrong, when `value` is the right one
-/// and so many bytes follow it.
+/// Returns values of a field at which a reader's arithmetic may go wrong. `value` is the correct
+/// value, and `following` is the number of bytes after the field.
 inline std::set<std::uint32_t> boundaries(std::uint32_t value, std::size_t following) {
     auto const rest = static_cast<std::uint32_t>(following);
     std::set<std::uint32_t> all = {0,        1,         3,          4,         5,
@@ -137,13 +137,13 @@ inline std::set<std::uint32_t> boundaries(std::uint32_t value, std::size_t follo
     return all;
 }
 
-/// The few of them that matter when two numbers are wrong at once.
+/// Returns the most important of these values, for tests with two wrong fields.
 inline std::set<std::uint32_t> extremes(std::uint32_t value, std::size_t following) {
     return {0, value + 1, static_cast<std::uint32_t>(following), 0x7FFFFFFF, 0xFFFFFFFC};
 }
 
-/// Shows the form's bytes to `visit` as they are; with each number at each boundary; with two that
-/// are near each other wrong; with each NUL missing; cut at each place.
+/// Calls `visit` with the form's bytes: unchanged; with each field at each boundary value; with two
+/// nearby fields wrong; with more and more NULs replaced; and truncated at each position.
 template <class Visit>
 void forEachFault(Form const& form, Visit visit) {
     visit(form.bytes);

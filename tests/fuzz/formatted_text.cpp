@@ -1,5 +1,6 @@
-// Formatted text against the C library's printf. Input: which conversions, a number, a float, its
-// decimals, then, with unit separators, a string and the parts before, between and after.
+// Compares formatted text with that of the C library's printf. Input: a byte that chooses the
+// conversions, an integer, a float, its number of decimals; then, with unit separators (0x1F)
+// between them, a string and the literal parts before, between and after the conversions.
 
 #include "fuzz.h"
 
@@ -21,7 +22,7 @@ constexpr char const* textConversions[] = {"%s", "%9s", "%-9s", "%.3s"};
 std::string printed(char const* format, ...) {
     std::va_list args;
     va_start(args, format);
-    char text[16384]; // more than an input is long
+    char text[16384]; // longer than any input
     std::vsnprintf(text, sizeof text, format, args);
     va_end(args);
     return text;
@@ -36,7 +37,7 @@ Value take(fuzz::Input& input) {
     return value;
 }
 
-/// A literal part of a format.
+/// Returns the text as a literal part of a format.
 std::string literal(std::string const& text) {
     std::string escaped;
     for (char const c : text)

@@ -4,29 +4,31 @@
 #include <memory>
 #include <string>
 
-// What the fuzz targets share. A target is one source that defines fuzz::run(); linked with
-// libFuzzer it searches for inputs that break something, linked with replay.cpp it is fed files.
+// Shared by all fuzz targets. A target is a source that defines fuzz::run(). Linked with libFuzzer,
+// it searches for inputs that break something; linked with replay.cpp, it runs with the inputs in
+// files.
 
 namespace fuzz {
 
-/// An input in a heap block of exactly its size, so that a sanitizer sees the first byte read
-/// after it. Bytes are taken from the front.
+/// An input in a heap block of exactly its size, so sanitizers detect reads past its end. Bytes are
+/// taken from the front.
 class Input {
 public:
     Input(unsigned char const* data, std::size_t size);
 
-    /// What has not been taken yet.
+    /// The remaining bytes.
     unsigned char const* data() const { return block_.get() + taken_; }
     unsigned int size() const { return size_ - taken_; }
     bool isEmpty() const { return size() == 0; }
 
-    /// The next byte; 0 when there is none left.
+    /// Takes the next byte; returns 0 if none is left.
     unsigned char takeByte();
-    /// The next `count` bytes, or as many as there are.
+    /// Takes the next `count` bytes, or all if fewer are left.
     std::string takeBytes(unsigned int count);
-    /// The text up to the next unit separator (0x1F), which is taken too; all when there is none.
+    /// Takes the bytes up to the next unit separator (0x1F), and the separator; all bytes if there
+    /// is none.
     std::string takeField();
-    /// All that is left.
+    /// Takes all remaining bytes.
     std::string takeRest();
 
 private:
@@ -35,14 +37,14 @@ private:
     unsigned int taken_ = 0;
 };
 
-/// What a target does with one input. It ends the program when something is wrong.
+/// Each target defines this: it tests one input, and ends the program if a promise is broken.
 void run(Input& input);
 
-/// Throws std::logic_error when a promise is broken. Nobody catches it in a fuzz target, so that it
-/// ends the program as a crash that the fuzzer keeps.
+/// Throws std::logic_error if `promise` is false. In a fuzz target nothing catches it, so the
+/// program crashes, and the fuzzer saves the input.
 void require(bool promise, char const* what);
 
-/// A file in memory, for operations that want a path.
+/// A file in memory, for operations that need a path.
 class File {
 public:
     File();

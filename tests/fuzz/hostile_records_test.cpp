@@ -1,5 +1,5 @@
-// Every value in every nesting, with each of its fields wrong in turn: whatever the bytes are, they
-// are read or refused, and cost no more memory than a small multiple of their number.
+// Corrupts each field of every kind of value, in streams, nested streams and files. The library
+// must read or reject the bytes, and must not allocate more than a small multiple of their number.
 
 #include "form.h"
 #include "fuzz.h"
@@ -20,13 +20,13 @@ using test::Bytes;
 
 std::string textOf(Bytes const& bytes) { return {bytes.begin(), bytes.end()}; }
 
-/// The limit of memory that is allocated at one time. It is proportional to the input, because sets
-/// in sets, their streams, and the copies that are compared here hold the bytes again at each
-/// level. A constant is added for the largest object and its fault's message.
+/// The limit of memory allocated at one time: `perByte` for each byte of input, plus `beside`. Each
+/// level of nested sets and streams copies the bytes, and so do the comparisons of this test.
+/// `beside` is for the largest object and an exception's message.
 constexpr std::size_t perByte = 16;
 constexpr std::size_t beside = 1024;
 
-/// Runs `read` on these bytes; it must keep its promises and stay within its memory.
+/// Runs `read` with these bytes. It must not throw, and must stay below the limit of memory.
 template <class Read>
 void expectHarmless(Bytes const& bytes, Read read) {
     std::string const text = textOf(bytes);
@@ -55,7 +55,7 @@ TEST_P(HostileRecords, StartFromAFormThatIsReadAsAWhole) {
 }
 
 TEST_P(HostileRecords, AreReadOrRefusedFromAStream) {
-    // With a whole record after them, for what runs on.
+    // A whole record follows, which a reader that runs too far would reach.
     fuzz::Form const records = fuzz::record(type, form) + fuzz::record(501, fuzz::string("next"));
     fuzz::forEachFault(records, [](Bytes const& bytes) {
         expectHarmless(bytes,
@@ -78,7 +78,7 @@ TEST_P(HostileRecords, AreReadOrRefusedDirectly) {
 }
 
 TEST_P(HostileRecords, AreReadOrRefusedFromAFile) {
-    // A call of the system for each is what takes the time.
+    // Only every fifth fault is tested, because files need system calls, which are slow.
     unsigned int number = 0;
     fuzz::forEachFault(form, [&](Bytes const& bytes) {
         if (++number % 5 == 0)

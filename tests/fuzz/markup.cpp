@@ -1,5 +1,5 @@
-// Markup operations against their literal definitions. Input: a position, then, with unit
-// separators, the text, an element's name and a replacement.
+// Compares the markup operations with their literal definitions. Input: a position; then, with unit
+// separators (0x1F) between them, the text, an element's name and a replacement.
 
 #include "fuzz.h"
 #include "support/literal_text.h"

@@ -13,14 +13,15 @@
 #include <memory>
 #include <string>
 
-// One reader of each kind, the library's types in one another and in classes of a user.
+// Storable classes of every kind: the library's own, nested in each other, and classes such as a
+// user of the library would write.
 
 namespace fuzz {
 
 using znsl::MemIOStream;
 using znsl::Serializable;
 
-/// A class that lists members of every kind.
+/// A class that lists members of several types.
 class Entry : public Serializable {
 public:
     static constexpr unsigned int typeId = 901;
@@ -51,7 +52,7 @@ public:
     }
 };
 
-/// A class described by its members, which list members themselves.
+/// A class derived from Struct. Some of its members have members themselves.
 class Folder : public znsl::Struct<Folder> {
 public:
     static constexpr unsigned int typeId = 902;
@@ -66,7 +67,7 @@ public:
                      znsl::member(&Folder::entries), znsl::member(&Folder::text));
 };
 
-/// The two classes whose own `fromBin` trusts its bytes, under types of their own.
+// Subclasses, with other type ids, of the two classes whose `fromBin` trusts its bytes.
 class Label : public zntl::String {
 public:
     static constexpr unsigned int typeId = 903;
@@ -80,7 +81,7 @@ public:
     unsigned int getTypeId() const override { return typeId; }
 };
 
-/// A class that reads a string by hand and does not ask whether its bytes hold one.
+/// A class whose `fromBin` calls that of a string without calling `canReadBin` first.
 class Note : public Serializable {
 public:
     static constexpr unsigned int typeId = 905;
@@ -99,7 +100,7 @@ public:
     }
 };
 
-/// A reader of this type; null for a type that none is for.
+/// Returns a new object of the class with this type id; null for an unknown type id.
 inline std::unique_ptr<Serializable> makeReader(unsigned int type) {
     switch (type) {
     case 6:
@@ -137,7 +138,7 @@ inline std::unique_ptr<Serializable> makeReader(unsigned int type) {
     }
 }
 
-/// All types that there is a reader for.
+/// The type ids that `makeReader` knows.
 constexpr unsigned int readableTypes[] = {6,
                                           501,
                                           504,

@@ -1,5 +1,5 @@
-// Values of every type in any nesting, from any bytes. The first byte chooses the type, the second
-// the operation. The fuzzer discovers the form of the rest.
+// Reads values of every type, in any nesting, from any bytes. The first byte of the input chooses
+// the type, the second the operation. The rest are the bytes to read.
 
 #include "fuzz.h"
 #include "read_everything.h"

@@ -1,5 +1,5 @@
-// Object stream files: `load` judges any bytes correctly, and every operation on the loaded content
-// is safe and consistent.
+// Object stream files: `load` returns the right result for any bytes, and every operation on the
+// loaded content is safe and consistent.
 
 #include "fuzz.h"
 
@@ -41,7 +41,7 @@ struct Records {
     bool whole;
 };
 
-/// The expected results of `count` and `validate`.
+/// Returns the expected results of `count` and `validate`.
 Records recordsIn(std::string const& bytes) {
     std::uint64_t position = 0;
     unsigned int count = 0;
@@ -53,7 +53,7 @@ Records recordsIn(std::string const& bytes) {
     return {count, position == bytes.size()};
 }
 
-/// The result of the operation; nothing when it throws the library's exception.
+/// Returns the result of the operation; nullopt if it throws the library's exception.
 template <class Operation>
 std::optional<unsigned int> attempt(Operation operation) {
     try {
@@ -107,7 +107,7 @@ void readNext(MemIOStream& stream) {
     }
 }
 
-/// A copy, so that the caller's stream does not change.
+/// Reads all records of a copy, so the caller's stream does not change.
 void readAll(MemIOStream stream) {
     while (stream.size() >= 8)
         readNext(stream);
@@ -201,11 +201,11 @@ void fuzz::run(Input& input) {
     skipAll(stream);
     readAll(stream);
 
-    // Loads again into a stream with a buffer.
+    // Loads again, into a stream that has content.
     if (!bytes.empty() && stream.size() >= 8) {
         stream.skip();
-        require(stream.load(file.path()) == loaded, "load does not depend on what was there");
-        require(content(stream) == bytes, "load replaces what was there");
+        require(stream.load(file.path()) == loaded, "load does not depend on the old content");
+        require(content(stream) == bytes, "load replaces the old content");
     }
     stream.purge();
     require(stream.capacity() == 0 && stream.isEmpty(), "purge");

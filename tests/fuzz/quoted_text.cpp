@@ -1,5 +1,5 @@
-// Finding and splitting outside quoted sections, against the literal definition. Input, with unit
-// separators: the text, the characters to find and the quotes.
+// Compares finding and splitting outside quoted sections with their literal definitions. Input,
+// with unit separators (0x1F) between them: the text, the characters to find and the quotes.
 
 #include "fuzz.h"
 #include "support/literal_text.h"
@@ -16,7 +16,7 @@ using zntl::String;
 
 namespace {
 
-/// The result of the operation; nothing when it throws the error of an open quote.
+/// Returns the result of the operation; nullopt if it throws the exception for an open quote.
 template <class Operation>
 auto attempt(Operation operation) -> std::optional<decltype(operation())> {
     try {

@@ -12,12 +12,13 @@
 #include <string>
 #include <vector>
 
-// Every way to read a value from bytes of anybody's, and what is promised of each: a result or the
-// library's exception, a peek that agrees with the read, a value that can be written again.
+// Reads values from untrusted bytes in every possible way, and checks the promises: each operation
+// returns a result or throws the library's exception, `peek` agrees with `read`, and a value that
+// was read can be written again.
 
 namespace fuzz {
 
-/// What the operation returns; nothing when it throws the library's exception.
+/// Returns the result of the operation; nullopt if it throws the library's exception.
 template <class Operation>
 std::optional<unsigned int> attempt(Operation operation) {
     try {
@@ -34,7 +35,7 @@ inline std::string contentOf(MemIOStream const& stream) {
     return data ? std::string(reinterpret_cast<char const*>(data), length) : std::string();
 }
 
-/// A stream of exactly these bytes, whole records or not, with no room after them.
+/// Returns a stream with these bytes, whole records or not, and without room after them.
 inline MemIOStream streamOf(std::string const& bytes) {
     auto const size = static_cast<unsigned int>(bytes.size());
     MemIOStream stream(size);
@@ -44,22 +45,22 @@ inline MemIOStream streamOf(std::string const& bytes) {
     return stream;
 }
 
-/// What came in goes out again as a value of the same type and the same bytes.
+/// Requires that a copy of the value, made through its binary form, has the same binary form.
 inline void requireWritable(Serializable const& value) {
     std::unique_ptr<Serializable> const again = makeReader(value.getTypeId());
     std::vector<unsigned char> form(value.getBinLength());
     require(value.toBin(form.data()) == form.size(), "getBinLength is exact");
     auto const length = static_cast<unsigned int>(form.size());
     require(attempt([&] { return again->fromBin(form.data(), length); }) == length,
-            "a value reads what it wrote");
+            "a value reads the form that it wrote");
     std::vector<unsigned char> formAgain(again->getBinLength());
     again->toBin(formAgain.data());
-    require(formAgain == form, "and is the same value");
+    require(formAgain == form, "the value that was read is the same");
 }
 
 void readRecords(MemIOStream stream);
 
-/// Goes into what has been read, as far as more may be in it.
+/// Reads the records of the streams that the value contains.
 inline void readWithin(Serializable const& value) {
     if (auto const* const stream = dynamic_cast<MemIOStream const*>(&value))
         readRecords(*stream);
@@ -71,7 +72,7 @@ inline void readWithin(Serializable const& value) {
     }
 }
 
-/// Reads every record of a stream that somebody else filled, or skips it.
+/// Reads every record of a stream with untrusted bytes, and skips those that cannot be read.
 inline void readRecords(MemIOStream stream) {
     while (stream.size() >= 8) {
         std::string const before = contentOf(stream);
@@ -85,8 +86,8 @@ inline void readRecords(MemIOStream stream) {
         require(contentOf(stream) == before, "peeking consumes nothing");
         auto const consumed = attempt([&] { return stream.read(*object); });
         require(consumed == peeked, "reading agrees with peeking");
-        require(consumed || contentOf(stream) == before, "what cannot be read stays");
-        require(!consumed || stream.size() < before.size(), "what was read is gone");
+        require(consumed || contentOf(stream) == before, "an unreadable record stays");
+        require(!consumed || stream.size() < before.size(), "a record that was read is removed");
         if (!consumed) {
             stream.skip();
             continue;
@@ -96,7 +97,7 @@ inline void readRecords(MemIOStream stream) {
     }
 }
 
-/// Reads a value of the type from a typed file with this payload.
+/// Reads a value of this type from a typed file with this payload.
 inline void readTypedFile(unsigned int type, std::string const& payload) {
     static File file;
     auto const type16 = static_cast<std::uint16_t>(type);
@@ -106,7 +107,7 @@ inline void readTypedFile(unsigned int type, std::string const& payload) {
     bytes += payload;
     file.fill(bytes.data(), bytes.size());
 
-    // A string's file is the text itself.
+    // A string has no typed file: it reads the whole file as text.
     std::unique_ptr<Serializable> const value = makeReader(type);
     if (!value->fromFile(file.path()) || dynamic_cast<zntl::String const*>(value.get()))
         return;
@@ -114,8 +115,8 @@ inline void readTypedFile(unsigned int type, std::string const& payload) {
     readWithin(*value);
 }
 
-/// Reads a value of the type from the bytes themselves, or, of a type that trusts a direct caller,
-/// after asking.
+/// Calls `fromBin` of a value of this type. For types whose `fromBin` trusts its bytes, calls
+/// `canReadBin` first.
 inline void readDirectly(unsigned int type, std::string const& payload) {
     std::vector<unsigned char> const exact(payload.begin(), payload.end());
     auto const length = static_cast<unsigned int>(exact.size());
@@ -130,7 +131,7 @@ inline void readDirectly(unsigned int type, std::string const& payload) {
     require(!consumed || *consumed <= length, "no more is consumed than there is");
 }
 
-/// Reads a stream file of these records.
+/// Loads an object stream file with these records, and reads them.
 inline void readStreamFile(std::string const& records) {
     static File file;
     file.fill(records.data(), records.size());

@@ -1,5 +1,5 @@
-// Feeds a fuzz target without a fuzzer: each file of the named folders, then every truncation of
-// it, then the file with each of its bytes changed in turn.
+// Runs a fuzz target without a fuzzer. The inputs are each file of the given folders, the file
+// truncated at every position, and the file with each of its bytes changed in turn.
 
 #include <algorithm>
 #include <cstddef>
@@ -40,7 +40,7 @@ void feedChanges(Bytes bytes, std::size_t step) {
     }
 }
 
-/// All files in the folders, in the same order on every machine.
+/// Returns all files in the folders, in the same order on every machine.
 std::vector<std::filesystem::path> filesIn(std::vector<std::string> const& folders) {
     std::vector<std::filesystem::path> files;
     for (std::string const& folder : folders) {
@@ -63,9 +63,9 @@ int main(int count, char** arguments) {
     }
     for (auto const& file : files) {
         std::printf("%s\n", file.c_str());
-        std::fflush(stdout); // so that the last line names the input that broke something
+        std::fflush(stdout); // after a crash, the last line is the input that caused it
         Bytes const bytes = readFile(file);
-        // The number of positions tried in a long input.
+        // In a long input, only about this many positions are tried.
         constexpr std::size_t places = 200;
         std::size_t const step = 1 + bytes.size() / places;
         feed(bytes);

@@ -1,4 +1,4 @@
-// Scaling and the maximum of any two sizes. Input: four numbers of 32 bits.
+// The scaling and the maximum of any two sizes. Input: four 32-bit numbers.
 
 #include "fuzz.h"
 
@@ -33,7 +33,8 @@ int rounded(float x) {
     return static_cast<int>(std::trunc(sum));
 }
 
-/// Each step rounded to single precision, because it is stored.
+/// Scales step by step. Each step is stored in a volatile float, so it is rounded to single
+/// precision.
 Resolution scaled(int width, int height, int boundsWidth, int boundsHeight) {
     float volatile const w = static_cast<float>(width);
     float volatile const h = static_cast<float>(height);

@@ -1,4 +1,5 @@
-// Resolutions from text and back, against the C library's scanning.
+// Compares resolutions that are read from text with those that the C library's sscanf reads, and
+// converts them back to text.
 
 #include "fuzz.h"
 
@@ -44,7 +45,7 @@ void fuzz::run(Input& input) {
     auto const expected = scan(text.c_str());
     require(taken == expected.has_value(), "fromString takes what the C library scans");
     require(resolution == expected.value_or(Resolution(-7, -8)), "fromString");
-    require(resolution.name == "kept", "the name is untouched");
+    require(resolution.name == "kept", "the name is unchanged");
 
     std::string const name = resolution.toNameString();
     require(scan(name.c_str()) == resolution, "toNameString is the way back");

@@ -22,7 +22,7 @@ using fuzz::require;
 
 namespace {
 
-/// Prints the file with this kind of listing, and returns what was printed.
+/// Returns the output of zn-dump for the file, in this kind of listing.
 template <class Listing>
 std::string print(dump::Bytes file, dump::Form form, std::optional<std::size_t>& damage) {
     char* text = nullptr;
@@ -40,7 +40,7 @@ std::string print(dump::Bytes file, dump::Form form, std::optional<std::size_t>&
     return {text, size};
 }
 
-/// Whether brackets outside of strings match, and nothing follows the last.
+/// Whether all brackets outside of strings match, and no string is left open.
 bool isCompleteJson(std::string const& document) {
     std::string open;
     bool inString = false;
@@ -65,8 +65,8 @@ bool isCompleteJson(std::string const& document) {
     return !inString && open.empty();
 }
 
-/// Whether the library reads the next record of the stream; types that it does not know are
-/// skipped.
+/// Returns whether the library can read the next record of the stream. Skips records of unknown
+/// types.
 bool readNext(znsl::MemIOStream& stream) {
     zntl::Integer integer;
     zntl::String string;
@@ -99,7 +99,7 @@ void fuzz::run(Input& input) {
         std::optional<std::size_t> sameDamage;
         std::string const json = print<dump::JsonListing>(file, form, damage);
         std::string const text = print<dump::TextListing>(file, form, sameDamage);
-        require(damage == sameDamage, "both listings find the same");
+        require(damage == sameDamage, "both listings find the same damage");
         require(!damage || *damage <= file.size(), "damage is in the file");
         require(isCompleteJson(json), "the JSON document is complete");
         // An escape and a line of a listing are longer than the byte or header that they represent.
@@ -113,6 +113,6 @@ void fuzz::run(Input& input) {
         znsl::MemIOStream stream;
         stream.setBuffer(file.data(), static_cast<unsigned int>(file.size()));
         while (!stream.isEmpty())
-            require(readNext(stream), "what is not damaged can be read");
+            require(readNext(stream), "the library reads an undamaged record");
     }
 }

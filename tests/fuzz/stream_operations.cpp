@@ -18,7 +18,7 @@ using znsl::MemIOStream;
 
 namespace {
 
-/// The unread bytes, and the buffer that they are in.
+/// A model of a memory stream: its unread bytes and the positions in its buffer.
 struct Model {
     std::string unread;
     test::BufferModel buffer;
@@ -119,7 +119,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         if (model.unread.size() >= 8)
             model.take(std::size_t{8} + model.lengthAt(0));
         break;
-    case 3: // trusts its content
+    case 3: // reading; this model covers whole records only
         if (model.isWhole())
             readBlob(stream, model, n);
         break;
@@ -140,7 +140,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         model.buffer.makeRoom(n);
         break;
     case 8:
-    case 9: { // any bytes; releases some of the room
+    case 9: { // appends any bytes, and in case 9 releases half of the room
         std::string const bytes = input.takeBytes(n % 64);
         auto const kept = static_cast<unsigned int>(bytes.size() / (1 + operation % 2));
         unsigned char* out = nullptr;
@@ -165,7 +165,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         model = expected;
         break;
     }
-    case 12: { // the stream's own bytes
+    case 12: { // setBuffer with some of the stream's own bytes
         unsigned char const* data;
         unsigned int length;
         stream.getBuffer(data, length);
@@ -175,7 +175,7 @@ void step(unsigned char operation, fuzz::Input& input, MemIOStream& stream, Mode
         model.set(bytes);
         break;
     }
-    case 13: { // over another stream and back
+    case 13: { // assigns to another stream and back
         MemIOStream other(n);
         other = stream;
         requireSame(other, model);
@@ -205,7 +205,7 @@ void fuzz::run(Input& input) {
     MemIOStream stream(input.takeByte());
     Model model;
     model.buffer.capacity = stream.capacity();
-    // Writing a stream into itself doubles it.
+    // The size is limited, because writing a stream into itself doubles it.
     while (!input.isEmpty() && model.unread.size() < 4096) {
         step(input.takeByte(), input, stream, model);
         requireSame(stream, model);

@@ -1,5 +1,5 @@
-// The text operations against their literal definitions. Input: a number, then three strings with
-// unit separators between them.
+// Compares the text operations with their literal definitions. Input: a number; then three strings
+// with unit separators (0x1F) between them.
 
 #include "fuzz.h"
 #include "support/literal_text.h"

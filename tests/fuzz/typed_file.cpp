@@ -1,6 +1,6 @@
 // Files of single values: `fromFile` accepts exactly the files with a value of its class, and the
-// value can be written again. The first byte chooses the class. (Streams are left out: their typed
-// files must be trusted.)
+// value can be written again. The first byte of the input chooses the class. (nested_records.cpp
+// reads typed files of streams.)
 
 #include "fuzz.h"
 
@@ -27,7 +27,7 @@ std::string binaryForm(znsl::Serializable const& value) {
     return form;
 }
 
-/// Reads the value literally as the file form is defined.
+/// Reads the value from the file's bytes, literally as the typed file is defined.
 bool take(std::string const& file, znsl::Serializable& value) {
     std::uint16_t type;
     std::uint32_t length;
@@ -60,8 +60,8 @@ void runValue(fuzz::File const& file) {
     static fuzz::File written;
     Value again;
     require(fromFile.toFile(written.path()), "toFile");
-    require(again.fromFile(written.path()), "what was written loads");
-    require(binaryForm(again) == binaryForm(fromFile), "what was written is the same value");
+    require(again.fromFile(written.path()), "fromFile accepts the file that toFile wrote");
+    require(binaryForm(again) == binaryForm(fromFile), "the value is the same after toFile");
 }
 
 void runString(fuzz::File const& file) {

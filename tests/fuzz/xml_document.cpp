@@ -1,5 +1,5 @@
-// The XML reader against its parser: both accept the same documents, and a walk over the elements
-// finds everything that the parser reports. Input: a document.
+// Compares the XML reader with Expat: both accept the same documents, and a walk over the elements
+// finds everything that Expat reports. Input: a document.
 
 #include "fuzz.h"
 
@@ -21,7 +21,7 @@ using znxml::DomIterator;
 
 namespace {
 
-/// What the parser reports: start tags with their attributes, end tags, and each element's own
+/// The content of a document: start tags with their attributes, end tags, and each element's own
 /// text.
 struct Events {
     std::string tags;
@@ -41,7 +41,7 @@ Events eventsOf(std::string const& document) {
             auto& all = *static_cast<Events*>(data);
             all.tags.append("<").append(name);
             all.open.emplace_back();
-            // An iterator has its attributes sorted.
+            // Sorted, because an iterator returns the attributes sorted.
             std::map<std::string, std::string> sorted;
             for (; *attributes; attributes += 2)
                 sorted.emplace(attributes[0], attributes[1]);
@@ -68,7 +68,7 @@ Events eventsOf(std::string const& document) {
     return events;
 }
 
-/// The same, from a walk. Input is short, so its depth is no danger.
+/// Collects the same content with iterators. The recursion is safe, because inputs are short.
 void walk(DomIterator const& element, Events& events) {
     events.tags.append("<").append(element.getName());
     for (auto const& [name, value] : element.attributes()) {
@@ -96,8 +96,7 @@ Events walked(DomIterator const& root) {
     return events;
 }
 
-/// Every element's text is a document that says the same, but for the document type's influence on
-/// what is in it.
+/// Requires that `toXML` of every element returns a document with the same name and values.
 void requireTextsAlone(DomIterator const& element) {
     String const text = element.toXML();
     DomIterator const alone = DomIterator::parse(String(text + "\n"));
@@ -118,10 +117,11 @@ void fuzz::run(Input& input) {
     Events const expected = eventsOf(document);
     DomIterator const root = DomIterator::parse(document);
 
-    require(root.atEnd() || expected.isWellFormed, "what is malformed is refused");
-    // A document type can declare entities, which are refused where they are used.
+    require(root.atEnd() || expected.isWellFormed, "a malformed document is rejected");
+    // A document with a document type may be rejected: it can declare entities, which may not be
+    // used.
     require(!root.atEnd() || !expected.isWellFormed || expected.hasDoctype,
-            "what is well-formed is read");
+            "a well-formed document is accepted");
     if (!root.atEnd()) {
         Events const found = walked(root);
         require(found.tags == expected.tags, "elements and attributes");

@@ -5,15 +5,15 @@
 
 namespace test {
 
-/// What a memory stream's buffer is, without its bytes: how large it is, how many bytes of it have
-/// been read, and how many follow that have not. Each operation is one of the stream's, step by
-/// step.
+/// A model of a memory stream's buffer, without its bytes: the capacity, the number of bytes that
+/// have been read, and the number of unread bytes after them. Each operation corresponds to one of
+/// the stream's.
 struct BufferModel {
     std::size_t capacity = 0;
     std::size_t consumed = 0;
     std::size_t unread = 0;
 
-    /// Appending, with room for `n` bytes of which only so many stay.
+    /// Makes room for `n` bytes and appends `staying` of them.
     void append(std::size_t n, std::size_t staying) {
         if (capacity < unread + n) {
             capacity = 2 * capacity + n;

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-// Bytes as tests read and write them: "80 02 00 00 e0 01 00 00".
+// Conversions between bytes and hexadecimal text such as "80 02 00 00 e0 01 00 00".
 
 namespace test {
 
@@ -30,7 +30,8 @@ std::string toHex(Container const& bytes) {
     return toHex(bytes.data(), bytes.size());
 }
 
-/// Pairs of hexadecimal digits, in any letter case, with blanks and line ends between them.
+/// Converts pairs of hexadecimal digits, in any letter case, to bytes. Ignores blanks and line
+/// ends.
 inline Bytes fromHex(std::string_view text) {
     std::string digits;
     for (char const c : text) {
@@ -46,10 +47,10 @@ inline Bytes fromHex(std::string_view text) {
     return bytes;
 }
 
-/// The characters of a text as bytes.
+/// Returns the characters of a string as bytes.
 inline Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
 
-/// The parts one after another.
+/// Returns the parts one after another.
 template <class... Parts>
 Bytes concat(Parts const&... parts) {
     Bytes all;

@@ -1,10 +1,10 @@
 #pragma once
 
 // Replaces the global operators new and delete of the executable, so that tests can make any
-// allocation fail and count the blocks that are alive. Include it in ONE source of an executable;
-// a second one does not link. Sanitizers keep working: they see the malloc() and free() beneath.
-// They cannot see which operator allocated a block, so this file itself detects a `delete` for a
-// `new[]`, in every build: it ends the test.
+// allocation fail and count the live blocks. Include it in only one source of an executable;
+// otherwise it does not link. Sanitizers still work, because these operators call malloc() and
+// free(). But sanitizers cannot detect a `delete` of a block from `new[]`, so this file does: it
+// ends the test.
 
 #include <gtest/gtest.h>
 
@@ -25,18 +25,18 @@ inline std::atomic<long> liveBlocks{0};
 inline std::atomic<std::size_t> liveBytes{0};
 inline std::atomic<std::size_t> peakBytes{0};
 inline thread_local std::size_t largest = 0;
-// The number of allocations of this thread up to and including the failing one; 0: none fails.
+// The number of this thread's allocations up to and including the one that fails; 0 if none fails.
 inline thread_local long countdown = 0;
 
 enum class Kind : std::uint32_t { object = 0xA110C1, array = 0xA110C2 };
 
-// The header before each block, which the block's owner does not see.
+// The header before each block, invisible to the block's owner.
 struct alignas(std::max_align_t) Prefix {
     std::size_t size;
     Kind kind;
 };
 
-// Neither is inlined: the compiler would take new and free() for a mismatched pair.
+// Not inlined, because the compiler would warn of a mismatch of new and free().
 [[gnu::noinline]] inline void* allocate(std::size_t size, Kind kind) noexcept {
     largest = std::max(largest, size);
     if (countdown > 0 && --countdown == 0)
@@ -74,7 +74,7 @@ struct alignas(std::max_align_t) Prefix {
 /// The number of blocks obtained from new and not yet deleted.
 inline long liveBlocks() { return heap::liveBlocks; }
 
-/// The size of the largest block that the operation asked for; 0 when it asked for none.
+/// Runs the operation; returns the size of the largest block that it allocates, 0 if none.
 template <class Operation>
 std::size_t largestAllocation(Operation operation) {
     heap::largest = 0;
@@ -82,8 +82,8 @@ std::size_t largestAllocation(Operation operation) {
     return heap::largest;
 }
 
-/// The most bytes that are allocated at one time during the operation, beyond those before it.
-/// Other threads' blocks count too.
+/// Runs the operation; returns the maximum of allocated bytes meanwhile, less those before it.
+/// Includes the blocks of other threads.
 template <class Operation>
 std::size_t peakAllocation(Operation operation) {
     std::size_t const before = heap::liveBytes;
@@ -92,8 +92,8 @@ std::size_t peakAllocation(Operation operation) {
     return heap::peakBytes - before;
 }
 
-/// Makes one allocation fail, the `k`-th (counted from 1; 0: none) that this thread makes in the
-/// guard's scope; those before and after it succeed.
+/// While it lives, makes the `k`-th allocation of this thread fail, counted from 1; none if `k` is
+/// 0. All other allocations succeed.
 class AllocationFailure {
 public:
     explicit AllocationFailure(long k) { heap::countdown = k; }
@@ -101,7 +101,7 @@ public:
     AllocationFailure& operator=(AllocationFailure const&) = delete;
     ~AllocationFailure() { heap::countdown = 0; }
 
-    /// Whether there were that many allocations.
+    /// Whether the allocation that had to fail has happened.
     bool happened() const { return heap::countdown == 0; }
 };
 
@@ -127,7 +127,7 @@ public:
         }
     }
 
-    /// Whether the operation made that many allocations.
+    /// Whether the operation made at least `k` allocations, so that one failed.
     bool happened() const { return happened_; }
 
 private:
@@ -135,9 +135,9 @@ private:
     bool happened_ = false;
 };
 
-/// Plays `scenario` with the first allocation of its operation failing, with the second one, and so
-/// on, until the operation needs no more. After each run, all its blocks must be freed. Returns the
-/// number of failed allocations, so that a test can check that there were some.
+/// Runs `scenario` repeatedly: in run k, the k-th allocation of its operation fails. Stops when the
+/// operation makes fewer than k allocations. Expects that each run frees all its blocks. Returns
+/// the number of failed allocations; tests check that it is not 0.
 ///
 ///     long const failures = test::failEachAllocation([](test::FailingRun& run) {
 ///         zntl::String text("before");
@@ -157,24 +157,24 @@ long failEachAllocation(Scenario scenario) {
         if (!run.happened())
             return k - 1;
     }
-    ADD_FAILURE() << "the operation never came to its end";
+    ADD_FAILURE() << "the operation makes too many allocations";
     return tooMany;
 }
 
-/// Returns whether the operation allocates. Its first allocation fails.
+/// Runs the operation with its first allocation failing; returns whether it threw std::bad_alloc.
 template <class Operation>
 bool asksForMemory(Operation operation) {
     FailingRun noMemory(1);
     return noMemory.runsOutOfMemory(operation);
 }
 
-/// The same for an operation without lasting effects that must throw std::bad_alloc on every
-/// failure.
+/// As failEachAllocation, for an operation that can be repeated and must throw std::bad_alloc on
+/// every failure.
 template <class Operation>
 long failEachAllocationOf(Operation operation) {
     return failEachAllocation([&](FailingRun& run) {
         bool const outOfMemory = run.runsOutOfMemory(operation);
-        EXPECT_EQ(outOfMemory, run.happened()) << "std::bad_alloc exactly when one failed";
+        EXPECT_EQ(outOfMemory, run.happened()) << "std::bad_alloc exactly if an allocation failed";
     });
 }
 

@@ -17,7 +17,7 @@ void replaceAll(std::string& text, std::string const& what, std::string const& b
     }
 }
 
-/// The text from `start` up to `end`, truncated at its first NUL.
+/// Returns the text from `start` up to `end`, truncated at its first NUL.
 std::string piece(std::string const& text, std::size_t start, std::size_t end) {
     return text.substr(start, end - start).c_str();
 }

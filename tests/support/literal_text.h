@@ -5,10 +5,9 @@
 #include <string>
 #include <vector>
 
-/// The text and markup operations of zntl::String, implemented literally as they are defined: whole
-/// passes over the text, fresh searches, recursion, copies of substrings. They are slow and use
-/// much stack, but are easy to check by reading, and share no code with the library. Tests compare
-/// the library's results with theirs.
+/// A second implementation of the text and markup operations of zntl::String, literally as they are
+/// defined. It is slow and uses much stack, but it is easy to verify by reading, and it shares no
+/// code with the library. Tests compare the library's results with its results.
 namespace literal {
 
 std::string trim(std::string const& text);
@@ -17,10 +16,10 @@ bool toBool(std::string const& text);
 std::string extract(std::string const& text, std::string const& begin, std::string const& end);
 std::string abbreviate(std::string const& text, std::size_t length);
 
-/// Throws std::out_of_range as the operation does.
+/// Throws std::out_of_range as String::findAll does.
 std::vector<unsigned int> findAll(std::string const& text, std::string const& chars,
                                   std::string const& quotes);
-/// Throws std::out_of_range as the operation does.
+/// Throws std::out_of_range as String::tokenize does.
 std::vector<std::string> tokenize(std::string const& text, std::string const& separators,
                                   std::string const& quotes);
 

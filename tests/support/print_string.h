@@ -9,7 +9,7 @@
 
 namespace zntl {
 
-/// Assertions print a string as text instead of a list of characters.
+/// Makes assertions print a String as text instead of a list of characters.
 inline void PrintTo(String const& text, std::ostream* out) {
     *out << testing::PrintToString(static_cast<std::string const&>(text));
 }

@@ -8,7 +8,7 @@
 
 namespace test {
 
-/// Returns whether two strings are equal. For strings that are too long to print.
+/// Compares strings that are too long to print. On failure prints only the parts that differ.
 inline testing::AssertionResult sameText(std::string const& actual, std::string const& expected) {
     if (actual == expected)
         return testing::AssertionSuccess();

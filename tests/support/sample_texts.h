@@ -8,10 +8,10 @@
 
 namespace test {
 
-/// Characters or longer pieces that strings are built from.
+/// Characters or longer pieces from which strings are built.
 using Pieces = std::vector<std::string>;
 
-/// Each character of a text as a piece.
+/// Returns each character of a string as a piece.
 inline Pieces letters(std::string const& text) {
     Pieces pieces;
     for (char const c : text)
@@ -19,12 +19,12 @@ inline Pieces letters(std::string const& text) {
     return pieces;
 }
 
-/// Strings of random pieces, the same in each run and on each machine.
+/// Generates strings of random pieces, the same ones in each run and on each machine.
 class RandomTexts {
 public:
     explicit RandomTexts(Pieces pieces) : pieces_(std::move(pieces)) {}
 
-    /// A string of up to `most` pieces; each number of pieces is equally likely.
+    /// Returns a string of up to `most` pieces; each number of pieces is equally likely.
     std::string next(std::size_t most) {
         std::string text;
         for (std::size_t left = random_() % (most + 1); left > 0; --left)
@@ -37,7 +37,7 @@ private:
     std::minstd_rand random_{301};
 };
 
-/// Calls `visit` with every text of up to `most` of the pieces, the empty one included.
+/// Calls `visit` with every sequence of up to `most` pieces, the empty one included.
 template <class Visit>
 void forEachText(Pieces const& pieces, std::size_t most, Visit const& visit,
                  std::string const& text = {}) {
@@ -48,7 +48,7 @@ void forEachText(Pieces const& pieces, std::size_t most, Visit const& visit,
         forEachText(pieces, most - 1, visit, text + piece);
 }
 
-/// The text `count` times.
+/// Returns the string repeated `count` times.
 inline std::string repeated(std::string const& text, std::size_t count) {
     std::string all;
     all.reserve(text.size() * count);

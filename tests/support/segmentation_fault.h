@@ -9,8 +9,8 @@ extern "C" void __tsan_init() __attribute__((weak)); // NOLINT(bugprone-reserved
 
 namespace test {
 
-/// Returns whether a segmentation fault ended a process, for EXPECT_EXIT. Sanitizers catch the
-/// signal and exit with their own status.
+/// For EXPECT_EXIT: returns whether a segmentation fault ended a process. Sanitizers catch the
+/// signal and exit with another status.
 inline bool diedOfASegmentationFault(int status) {
     if (__asan_init || __tsan_init)
         return status != 0;

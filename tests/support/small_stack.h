@@ -9,9 +9,9 @@
 
 namespace test {
 
-/// Runs `operation` in a thread with a stack of this size and returns its result. (The stack is
-/// larger if the machine requires it.) An operation whose stack grows with its input crashes. The
-/// operation must not throw.
+/// Runs `operation` in a thread with a stack of this size, or of the machine's minimum if that is
+/// larger, and returns its result. An operation whose recursion depth grows with its input overflows
+/// the stack and crashes. The operation must not throw.
 template <class Operation>
 auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} * 1024) {
     struct Work {

@@ -1,8 +1,8 @@
 #pragma once
 
-// Replaces the file functions of the C library in the executable, so that tests can see the calls
-// that an operation makes and make any of them fail. Include it in ONE source of an executable.
-// Without a test::SystemCalls, they behave like the C library's.
+// Replaces the C library's functions for files in the executable, so that tests can record the
+// calls of an operation and make any of them fail. Include it in only one source of an executable.
+// While no test::SystemCalls object lives, the functions behave like those of the C library.
 
 #include <cerrno>
 #include <cstddef>
@@ -18,8 +18,9 @@
 
 namespace test {
 
-/// While it lives, records each call of open, fstat, read, write and close, and fakes the results
-/// of some. Reading or writing 0 bytes does not count. Use one at a time, in one thread.
+/// While it lives, records each call of open, fstat, read, write and close, and replaces the
+/// results of chosen calls. Calls that read or write 0 bytes do not count. Use one object at a
+/// time, in one thread.
 class SystemCalls {
 public:
     SystemCalls() { current() = this; }
@@ -27,34 +28,35 @@ public:
     SystemCalls& operator=(SystemCalls const&) = delete;
     ~SystemCalls() { current() = nullptr; }
 
-    /// The `k`-th call (counted from 1) of this function fails with this error and is not made;
-    /// close is made and then fails, as on Linux.
+    /// Makes the `k`-th call (counted from 1) of this function fail with this error, without
+    /// calling the system. Only close does call the system, because on Linux a failed close has
+    /// closed the file.
     SystemCalls& fail(std::string const& function, unsigned int k, int error) {
         answers_[{function, k}] = {-1, error};
         return *this;
     }
 
-    /// The `k`-th call of this function is not made and returns this result.
+    /// Makes the `k`-th call of this function return this result without calling the system.
     SystemCalls& answer(std::string const& function, unsigned int k, std::ptrdiff_t result) {
         answers_[{function, k}] = {result, 0};
         return *this;
     }
 
-    /// The `k`-th call of `read` or `write` moves no more than `count` bytes.
+    /// Limits the `k`-th call of `read` or `write` to `count` bytes.
     SystemCalls& limit(std::string const& function, unsigned int k, std::size_t count) {
         limits_[{function, k}] = count;
         return *this;
     }
 
-    /// fstat reports this size.
+    /// Makes fstat report this size.
     SystemCalls& pretendSize(std::int64_t size) {
         pretendedSize_ = size;
         return *this;
     }
 
-    /// The calls in their order, as "open fstat read(24) close".
+    /// The calls in their order, such as "open fstat read(24) close".
     std::string const& log() const { return log_; }
-    /// How often this function was called.
+    /// The number of calls of this function.
     unsigned int count(std::string const& function) const {
         auto const entry = counts_.find(function);
         return entry == counts_.end() ? 0 : entry->second;
@@ -71,13 +73,13 @@ public:
         return calls;
     }
 
-    /// Notes a call; true when `result` is its answer.
+    /// Records a call. Returns true, with `result` set, if the test has chosen the call's result.
     bool meets(std::string const& function, std::ptrdiff_t& result) {
         log_ += (log_.empty() ? "" : " ") + function;
         return takesOver(function, result);
     }
 
-    /// As `meets`, for calls that move `count` bytes, which may become fewer.
+    /// The same for calls that read or write `count` bytes; may reduce `count`.
     bool meets(std::string const& function, void const* bytes, std::size_t& count,
                std::ptrdiff_t& result) {
         log_ += (log_.empty() ? "" : " ") + function + "(" + std::to_string(count) + ")";
@@ -118,14 +120,14 @@ private:
 
 namespace system_calls {
 
-/// The C library's own function.
+/// Returns the C library's function of this name.
 template <class Function>
 Function original(char const* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-// The functions are defined under other names than they are called by, so that the C library's
-// headers, which may define some of them inline, do not get in the way.
+// These functions have other names in C++ than in the object file. Otherwise they could conflict
+// with inline definitions in the C library's headers.
 extern "C" int replacedOpen(char const* path, int flags, mode_t mode) __asm__("open64");
 extern "C" int replacedStatus(int descriptor, struct stat64* status) __asm__("fstat64");
 extern "C" ssize_t replacedRead(int descriptor, void* bytes, std::size_t count) __asm__("read");

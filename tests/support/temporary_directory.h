@@ -12,7 +12,7 @@
 
 namespace test {
 
-/// A directory for one test. The destructor removes it and its content.
+/// A new directory for one test. The destructor removes it with its content.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
@@ -30,15 +30,15 @@ public:
 
     /// The path of the directory itself.
     std::string path() const { return path_.string(); }
-    /// The path of a file in the directory, whether it exists or not.
+    /// The path of a file in the directory, which need not exist.
     std::string operator/(std::string const& name) const { return (path_ / name).string(); }
 
 private:
     std::filesystem::path path_;
 };
 
-/// A device of this machine through a symbolic link. Tests run as root, so faulty code that removes
-/// or replaces its file must hit the link and not the device.
+/// A symbolic link to a device of this machine. Tests may run as root: faulty code that removes or
+/// replaces its file must affect the link, not the device.
 class Device {
 public:
     explicit Device(std::string const& target) : path_(directory_ / "device") {
@@ -54,7 +54,7 @@ private:
     std::string path_;
 };
 
-/// The whole content of a file. Throws when it cannot be read.
+/// Returns the content of a file. Throws std::runtime_error if it cannot be read.
 inline Bytes readFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
     Bytes bytes{std::istreambuf_iterator<char>(file), {}};
@@ -63,7 +63,7 @@ inline Bytes readFile(std::string const& path) {
     return bytes;
 }
 
-/// Makes a file of these bytes and nothing else. Throws when it cannot be written.
+/// Creates or replaces a file with these bytes. Throws std::runtime_error if it cannot be written.
 inline void writeFile(std::string const& path, Bytes const& bytes) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(reinterpret_cast<char const*>(bytes.data()),

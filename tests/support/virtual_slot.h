@@ -5,9 +5,9 @@
 
 namespace test {
 
-/// The index of a virtual operation in its class's virtual table, counted from 0; -1 for an
-/// operation that is not virtual. The destructor has the first two slots. Reads the member pointer
-/// in the layout of the C++ ABI of Linux.
+/// Returns the index of an operation in its class's virtual table, counted from 0; -1 if the
+/// operation is not virtual. A virtual destructor has two slots. Relies on the layout of member
+/// pointers in the C++ ABI of Linux.
 template <class Member, class Class>
 std::ptrdiff_t virtualSlot(Member Class::*member) {
     std::ptrdiff_t words[2];
@@ -15,7 +15,7 @@ std::ptrdiff_t virtualSlot(Member Class::*member) {
     std::memcpy(words, &member, sizeof words);
     constexpr std::ptrdiff_t slotSize = sizeof(void*);
 #if defined(__arm__) || defined(__aarch64__)
-    // ARM marks virtual operations in the adjustment, because code addresses use their lowest bit.
+    // On ARM the adjustment marks virtual operations, because code addresses use their lowest bit.
     bool const isVirtual = (words[1] & 1) != 0;
     return isVirtual ? words[0] / slotSize : -1;
 #else

@@ -1,8 +1,8 @@
 #pragma once
 
-// Replaces clock_gettime() and usleep() in the executable, so that tests can set the clock and see
-// every sleep. Include it in ONE source of an executable. Without a test::VirtualTime, both behave
-// like the system's.
+// Replaces clock_gettime() and usleep() in the executable, so that tests can set the clock and
+// record every sleep. Include it in only one source of an executable. While no test::VirtualTime
+// object lives, both functions behave like those of the C library.
 
 #include <cerrno>
 #include <cstddef>
@@ -17,8 +17,8 @@
 
 namespace test {
 
-/// While it lives, only sleeps advance the monotonic clock, and they return at once. Use one at a
-/// time, in one thread.
+/// While it lives, only sleeps and the test itself advance the monotonic clock, and sleeps return at
+/// once. Use one object at a time, in one thread.
 class VirtualTime {
 public:
     explicit VirtualTime(std::int64_t seconds = 1000, long nanoseconds = 0) {
@@ -34,17 +34,17 @@ public:
     }
     void advance(std::int64_t milliseconds) { nanoseconds_ += milliseconds * 1000000; }
 
-    /// From now on the clock cannot be read.
+    /// Makes all later readings of the clock fail.
     void fail() { failing_ = true; }
 
-    /// Called in each sleep, after the clock has moved on.
+    /// Sets a function that each sleep calls after it has advanced the clock.
     void onSleep(std::function<void()> action) { onSleep_ = std::move(action); }
-    /// Called before each reading of the clock.
+    /// Sets a function that is called before each reading of the clock.
     void onRead(std::function<void()> action) { onRead_ = std::move(action); }
 
-    /// The sleeps so far, in microseconds as usleep() was given them.
+    /// The arguments of all calls of usleep() so far, in microseconds.
     std::vector<unsigned int> const& sleeps() const { return sleeps_; }
-    /// How often the monotonic clock was read.
+    /// The number of readings of the monotonic clock so far.
     unsigned int readings() const { return readings_; }
 
     // Used by the replaced functions.
@@ -69,7 +69,7 @@ public:
 
     void sleep(unsigned int microseconds) {
         if (sleeps_.size() == endless)
-            std::abort(); // instead of recording sleeps until memory runs out
+            std::abort(); // the code under test waits for ever
         sleeps_.push_back(microseconds);
         nanoseconds_ += std::int64_t{microseconds} * 1000;
         if (onSleep_)

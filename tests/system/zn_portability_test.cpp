@@ -109,7 +109,7 @@ TEST(Strcpy, CutsAndAlwaysEndsTheText) {
     }
 }
 
-// Contract: size 0 writes the byte before the destination, because programs rely on it.
+// Contract: zn_strcpy does not check for size 0, so the final NUL goes to the byte before.
 TEST(Strcpy, OfSizeZeroWritesTheByteBefore) {
     char memory[] = "........";
     char* const destination = memory + 4;
