@@ -1,5 +1,6 @@
-// One feature of the library: a program that uses FEATURE, one of these functions, a hundred times.
-// On ARM, its size is the cost of the feature. On this machine, its instructions are counted.
+// A program that uses one feature of the library a hundred times. The build defines FEATURE as one
+// of these functions. On ARM, the program's size shows the size of the feature; on this machine,
+// its instructions are counted.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_SmartArray.h"

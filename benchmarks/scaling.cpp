@@ -1,14 +1,14 @@
-// Measures how time and memory grow with the input, for everything that may be large: text
-// operations on their worst inputs, streams, sets, files.
+// Measures how time and memory grow with the input: text operations with their worst inputs,
+// streams, sets and files.
 //
 //     scaling [--quick] [FILTER]
 //
-// For each operation: the processor time for n and for 2n (the best of several runs), their ratio,
-// the time for one of the 2n, and the peak of the memory that the operation allocates. 2n is 64 MB
-// or a million objects, with --quick a sixteenth of that; FILTER picks the lines that contain it.
-// Every run has a stack of 64 KB and begins with cold caches. The exit status is 1 when a time
-// ratio is 2.5 or more (3.5 for sets), when memory grows faster than that, or when a queue in a
-// steady state grows.
+// Prints for each operation the processor time for n and for 2n (the best of several runs), their
+// ratio, the time for one byte or object, and the peak of the allocated memory. 2n is 64 MB or a
+// million objects, with --quick a sixteenth of that. FILTER selects the lines that contain it.
+// Every run has a stack of 64 KB and starts with cold caches. The exit status is 1 if a time ratio
+// is 2.5 or more (3.5 for sets), if memory grows faster than that, or if a queue in a steady state
+// grows.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_Markup.h"
@@ -38,7 +38,7 @@
 
 namespace {
 
-// Memory in use, and the most that was, as the library asks for it.
+// The memory that is allocated now, and its peak.
 
 std::size_t inUse = 0;
 std::size_t peak = 0;
@@ -74,7 +74,7 @@ using zntl::String;
 using znvl::Resolution;
 using Resolutions = znsl::Set<Resolution>;
 
-/// One run; returns something that depends on all of the result, so that nothing is optimised away.
+/// One run. It returns a number that depends on the whole result, so the compiler removes nothing.
 using Work = std::function<std::size_t()>;
 
 struct Case {
@@ -89,7 +89,8 @@ struct Case {
 
 constexpr std::size_t megabytes64 = std::size_t{64} << 20;
 
-/// `before`, then about so many bytes of `piece` and as many of `second`, then `behind`.
+/// Builds a text of about the given size: `before`, `piece` repeated, `second` repeated as often,
+/// `behind`.
 struct Text {
     Text(char const* only) : piece(only) {}
     Text(std::string only) : piece(std::move(only)) {}
@@ -138,7 +139,7 @@ auto openTag(std::string const& name) {
         return std::size_t{zntl::findOpenTag(text, 0, name, start, end, selfClosing)} + end;
     };
 }
-/// Of the element "a" that begins with the text.
+/// Finds the closing tag of the element "a" that starts at the beginning of the text.
 std::size_t closeTag(String const& text) {
     unsigned int start = 0;
     unsigned int end = 0;
@@ -268,7 +269,7 @@ Work reading(std::size_t n) {
     };
 }
 
-/// Copied, assigned, nested in another stream and read from it.
+/// Copies and assigns a stream, writes it to another stream and reads it back.
 Work copying(std::size_t n) {
     return [content = filled(n / 12)] {
         MemIOStream copy(*content);
@@ -293,13 +294,13 @@ Work saving(std::size_t n) {
 
 bool grew = false;
 
-/// `n` objects through a queue of 1000, which must not grow once it is warm. `room` is the capacity
-/// in records; with 0 the queue finds its own.
+/// Writes and reads `n` objects in a queue of 1000, whose buffer must not grow after the start.
+/// `room` is the initial capacity in records; with 0 the queue chooses its capacity.
 std::function<Work(std::size_t)> passing(unsigned int room) {
     return [=](std::size_t n) {
         return [=] {
             constexpr std::size_t depth = 1000;
-            MemIOStream queue(room * 12); // bytes of a record
+            MemIOStream queue(room * 12); // a record of an Integer has 12 bytes
             for (std::size_t i = 0; i < depth; ++i)
                 queue << Integer(1);
             Integer integer;
@@ -316,7 +317,7 @@ std::function<Work(std::size_t)> passing(unsigned int room) {
     };
 }
 
-/// Trees take n log n steps, and each step longer as the elements leave the caches.
+/// Trees take n log n steps, and each step takes longer if the elements do not fit in the caches.
 constexpr double tooMuchOrdered = 3.5;
 
 std::vector<Resolution> randomSizes(std::size_t n) {
@@ -357,17 +358,16 @@ std::vector<Case> objectCases() {
 
 // --- measuring ---
 
-/// Fills the processor's caches with something else, so that a run finds them cold whatever its
-/// size is. Otherwise memory speed alone looks like growth between a size that fits the caches and
-/// one that does not.
+/// Fills the processor's caches with other data, so every run starts with cold caches. Otherwise an
+/// operation would appear to grow faster if n fits in the caches and 2n does not.
 void leaveCaches() {
     static std::vector<unsigned char> other(std::size_t{96} << 20);
     for (std::size_t i = 0; i < other.size(); i += 64)
         ++other[i];
 }
 
-/// Keeps what is released with the process, so that a run after the first finds its memory there.
-/// Otherwise the system's clearing of new pages is measured between n and 2n.
+/// Lets the process keep memory that it frees, so later runs need no new pages. Otherwise the times
+/// would include the kernel's clearing of new pages.
 void keepMemory() {
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_MAX, 0);
@@ -410,7 +410,7 @@ bool report(Case const& c, std::size_t most) {
     constexpr double someMemory = 4096;
     Cost once{};
     Cost twice{};
-    // A busy machine is given another chance, for both sizes, because its speed comes in phases.
+    // Repeats both measurements if they are bad, because the speed of a busy machine varies.
     for (int attempt = 0;
          attempt == 0 || (attempt < 4 && twice.seconds >= c.tooMuch * once.seconds); ++attempt) {
         once = measure(c, most / 2);

@@ -4,9 +4,9 @@ if(ZN_SANITIZE)
     add_link_options(-fsanitize=${ZN_SANITIZE})
 endif()
 
-# Clang counts the conditions of the source. GCC counts the jumps that it compiles them to, and adds
-# those to the cleanup after an exception. Every program merges its counts into one file, whatever its
-# environment and working directory. Only C++ is counted, because the C code is the simulator.
+# Coverage needs Clang, which counts the conditions of the source; GCC counts the jumps of the compiled
+# code, including those to exception cleanup. Every program merges its counts into one file, independent
+# of its environment and working directory. Only C++ is counted, because all C code is the simulator's.
 if(ZN_COVERAGE)
     set(profile "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m.profraw")
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:${profile};-fcoverage-mapping>")

@@ -24,7 +24,7 @@ if(NOT zn_architecture)
     message(FATAL_ERROR "There is no package architecture for \"${CMAKE_CXX_LIBRARY_ARCHITECTURE}\".")
 endif()
 
-# A program runs with the C library that it was built with, and with newer ones.
+# Programs need at least the version of the C library with which they were built.
 execute_process(
     COMMAND "${CMAKE_C_COMPILER}" -dM -E -include features.h -x c /dev/null
     OUTPUT_VARIABLE zn_macros ERROR_QUIET)

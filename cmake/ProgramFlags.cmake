@@ -1,5 +1,5 @@
-# Flags for small code, a quick start and hardening. There are three sets, and each includes the one
-# before it.
+# Flags for small code, a quick start and hardening. There are three sets; each includes the previous
+# one.
 
 # For all installed code.
 add_library(zn-flags-installed INTERFACE)
@@ -23,7 +23,8 @@ target_link_options(zn-flags-program INTERFACE
     # Drops unreachable sections and unused libraries.
     -Wl,--gc-sections
     -Wl,--as-needed
-    # Only symbols that the SDK needs are exported, and there is one hash table: the loader does less.
+    # To save the loader work, the program exports only symbols that the SDK needs, and has one hash
+    # table instead of two.
     -Wl,--exclude-libs,ALL
     -Wl,--hash-style=gnu
     # The loader binds everything at start and then makes the tables read-only.
@@ -35,9 +36,9 @@ if(NOT ZN_SANITIZE)
     target_link_options(zn-flags-program INTERFACE -static-libstdc++ -static-libgcc)
 endif()
 
-# zn_find_stand_in_sdk(TARGET PATH): makes the program find the stand-in SDK by its PATH from the
-# program's folder, so that the build tree can be moved. (CMake's own run path would end in an empty
-# element, and the loader would search the working directory.)
+# zn_find_stand_in_sdk(TARGET PATH): sets a run path to the stand-in SDK. PATH is relative to the program's
+# folder, so the build tree can be moved. (CMake's own run path would end with an empty element, for which
+# the loader searches the working directory.)
 function(zn_find_stand_in_sdk target path)
     set_target_properties(${target} PROPERTIES
         SKIP_BUILD_RPATH ON

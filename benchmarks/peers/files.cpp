@@ -1,5 +1,5 @@
-// Files: object streams saved and loaded, texts, typed values. They are in TMPDIR; name one in
-// memory, because the disk is not the question.
+// Files: saving and loading object streams, text and typed values. The files are in TMPDIR, which
+// should be in memory, so that the disk's speed does not matter.
 
 #include "support/data.h"
 #include "support/row.h"
@@ -25,8 +25,8 @@ std::string file(std::string const& name) {
     return folder / name;
 }
 
-// The same bytes to a file and back, as each library's users do it. Writing returns whether all was
-// written; reading reuses a string's buffer.
+// Write bytes to a file and read them back, as users of each library do. Writing returns whether
+// all bytes were written; reading reuses a string's buffer.
 
 bool writeStream(std::string const& path, std::string const& bytes) {
     std::ofstream out(path, std::ios::binary);
@@ -59,7 +59,7 @@ bool readStdio(std::string const& path, std::string& bytes) {
     return isRead;
 }
 
-/// Rows for content that `write` and `read` move, compared with the same bytes moved by the peers.
+/// Adds two rows: `write` and `read`, each compared with the peers, which write and read `bytes`.
 template <class Write, class Read>
 void addRows(std::string const& written, std::string const& readName, std::string const& name,
              std::shared_ptr<std::string const> bytes, Write write, Read read) {
@@ -121,7 +121,7 @@ auto typed(Write write, Read read, std::string const& path) {
     };
 }
 
-/// Two numbers after a type and a length, written and read back.
+/// Writes a type, a length and two numbers, and reads them back.
 void addTypedRow() {
     Row("file: write and read a resolution")
         .library([path = file("typed"), written = znvl::Resolution(640, 480),

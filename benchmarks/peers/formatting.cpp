@@ -1,4 +1,4 @@
-// Formatted text: sizes, integers, floats, long texts.
+// Formatting sizes, integers, floats and long strings.
 
 #include "support/data.h"
 #include "support/row.h"
@@ -18,7 +18,7 @@ namespace bench {
 
 namespace {
 
-/// snprintf as most use it: into a buffer that is large enough, and a string from that.
+/// Uses snprintf as most programs do: formats into a large buffer, and copies that into a string.
 template <class... Arguments>
 std::string formatted(char const* format, Arguments... arguments) {
     char buffer[256];
@@ -26,7 +26,7 @@ std::string formatted(char const* format, Arguments... arguments) {
     return buffer;
 }
 
-/// A copy whose value no contender's compiler knows.
+/// Returns a copy whose value the compiler does not know.
 template <class Value>
 Value hidden(Value value) {
     Value volatile copy = value;
@@ -61,7 +61,7 @@ void addTextRow(std::string const& name, std::string const& text) {
         .library([=] { return zntl::String::fromFormat("%s (%d): %d", text.c_str(), 272, 640); })
         .peer("snprintf",
               [=] {
-                  // Measured first: the text is of any length.
+                  // The first call returns the length, because the text can have any length.
                   auto const length =
                       std::snprintf(nullptr, 0, "%s (%d): %d", text.c_str(), 272, 640);
                   std::string all(static_cast<std::size_t>(length), '\0');

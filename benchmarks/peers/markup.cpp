@@ -1,4 +1,4 @@
-// Markup: encoded, decoded, replaced, searched.
+// Encoding and decoding markup, replacing elements, searching tags.
 
 #include "support/data.h"
 #include "support/row.h"
@@ -25,7 +25,7 @@ using zntl::String;
 constexpr std::pair<std::string_view, char> entities[] = {
     {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&apos;", '\''}, {"&quot;", '"'}};
 
-// What a user of the standard library writes: one pass, appending.
+// The code that a user of the standard library would write: one pass that appends to the result.
 
 std::string stdEncode(std::string const& text) {
     std::string result;
@@ -75,7 +75,7 @@ std::string abslDecode(std::string const& text) {
         text, {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&apos;", "'"}, {"&quot;", "\""}});
 }
 
-/// One character in `spacing` is markup; none when it is 0.
+/// Returns text in which about one of `spacing` characters is markup; none if `spacing` is 0.
 std::string markupText(std::size_t length, int spacing) {
     generator().seed(5);
     std::string text = randomText(length);
@@ -98,15 +98,15 @@ void addEscapeRows(std::string const& name, std::string const& plain) {
         .peer("absl", [=] { return abslDecode(encoded); });
 }
 
-// Elements: no peer knows them, so a user writes the loop. `isOpening` checks the text after
+// No peer replaces elements, so a user would write the loop. `isOpening` checks the character after
 // "<name".
 
 bool isOpening(std::string_view text, std::size_t afterName) {
     return afterName < text.size() && std::strchr(" \t\r\n/>", text[afterName]) != nullptr;
 }
 
-/// The end of the element whose opening tag ends at `from`: every tag of the name on the way counts
-/// up or down. npos when it is not closed.
+/// Returns the end of the element whose opening tag ends at `from`; npos if it is not closed.
+/// Counts nested elements of the same name.
 std::size_t stdElementEnd(std::string_view text, std::string_view open, std::string_view close,
                           std::size_t from) {
     std::size_t depth = 1;

@@ -1,4 +1,4 @@
-// Ordered sets of resolutions: filled, and carried through their binary form.
+// Ordered sets of resolutions: inserting, and converting to bytes and back.
 
 #include "objects.pb.h"
 #include "support/data.h"
@@ -60,7 +60,7 @@ std::size_t sumOf(Set const& set) {
     return sum;
 }
 
-// Writes to a reused buffer and reads into a reused set.
+// These functions write a set to a reused buffer and read it into a reused set.
 
 using ZnSet = znsl::Set<znvl::Resolution>;
 using PeerSet = std::set<Size>;
@@ -78,7 +78,7 @@ auto zn(int count) {
     };
 }
 
-/// `pass` carries a set through the buffer into another one.
+/// `pass` writes a set to the buffer and reads another set from it.
 template <class Buffer, class Pass>
 auto passing(int count, Pass pass) {
     return [=, set = makeSet<PeerSet>(count), read = PeerSet(),

@@ -1,4 +1,4 @@
-// Queues of objects: written, read, and in a steady state.
+// Queues of objects: writing, reading, and a steady state of both.
 
 #include "objects.pb.h"
 #include "support/data.h"
@@ -44,9 +44,9 @@ void requireKind(Kind found, Value const& value) {
         throw std::runtime_error("type mismatch");
 }
 
-// Each contender is a queue of objects of any kind: `put` appends one with its kind, `nextKind`
-// returns what comes next, `get` takes one and throws when it is of another kind. Between writing
-// and reading comes `turnAround`, after reading `clear`.
+// Each contender is a queue of objects of different kinds. `put` appends an object with its kind,
+// `nextKind` returns the kind of the next object, and `get` removes it; `get` throws for an object
+// of another kind. `turnAround` is called between writing and reading, `clear` after reading.
 
 struct Zn {
     using Integer = zntl::Integer;
@@ -141,7 +141,7 @@ struct Msgpack : PeerValues {
     }
     template <class Value>
     void get(Value& value) {
-        unpacked().convert(value); // throws when it is of another kind
+        unpacked().convert(value); // throws for an object of another kind
         next.reset();
     }
     Kind nextKind() {
@@ -222,7 +222,7 @@ struct Protobuf : PeerValues {
     std::optional<io::CodedInputStream> decoder;
 };
 
-// The objects in a queue: one kind, or all in turn.
+// A queue contains objects of one kind, or a mixture of all kinds.
 
 constexpr int count = 1000;
 enum Content { integers, shortTexts, longTexts, sizes, mixture };
@@ -300,7 +300,7 @@ template <Content content, class Queue>
 auto writing() {
     return [values = makeValues<Queue>()] {
         Queue queue;
-        auto* const reachable = &queue; // so that the compiler cannot drop the writes
+        auto* const reachable = &queue; // prevents the compiler from removing the writes
         benchmark::DoNotOptimize(reachable);
         putAll<content>(queue, *values);
         queue.turnAround();

@@ -1,4 +1,4 @@
-// Text: trimmed, filtered, folded, tested, cut into pieces, compared.
+// Text operations: trimming, filtering, changing letter case, testing, splitting, comparing.
 
 #include "support/data.h"
 #include "support/row.h"
@@ -91,7 +91,8 @@ void addNumericRow(std::string const& name, std::string const& plain) {
         });
 }
 
-/// Separators outside quotes; the peers' rules for backslashes differ, so the data has none.
+/// Finds separators outside quotes. The peers treat backslashes differently, so the data contains
+/// none.
 std::vector<unsigned int> stdFindAll(std::string const& text) {
     std::vector<unsigned int> found;
     std::size_t at = 0;
@@ -155,7 +156,7 @@ void addListRows(std::string const& name, int entries) {
             return text.findAll(chars, quotes);
         })
         .peer("std", [=] { return stdFindAll(quoted); });
-    // Boost.Tokenizer removes the quotes, so only the numbers of pieces are compared.
+    // Boost.Tokenizer removes the quotes, so the row compares only the number of pieces.
     Row("list: tokenize with quotes, " + name)
         .library([text = String(quoted), chars = String(",;"), quotes = String("'")] {
             return text.tokenize(chars, quotes).size();

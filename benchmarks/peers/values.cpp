@@ -1,4 +1,4 @@
-// Values: strings made and copied, arrays shared, XML forms, resolutions.
+// Constructing and copying strings, sharing arrays, XML forms, resolutions.
 
 #include "support/data.h"
 #include "support/objects.h"
@@ -53,7 +53,7 @@ auto copying(Array const& array) {
     };
 }
 
-/// `make` returns an array of so many characters.
+/// `make` returns an array of as many characters as its argument says.
 template <class Make>
 auto making(Make make) {
     return [=] {
@@ -73,7 +73,7 @@ auto filling(Make make, std::string const& text) {
 }
 
 void addArrayRows() {
-    // In a program with one thread std::shared_ptr does not count atomically.
+    // A second thread, because std::shared_ptr uses atomic counts only in programs with threads.
     std::thread([] { pause(); }).detach();
     auto const zn = [](std::size_t size) {
         return zntl::SmartArray<char>(new char[size], static_cast<unsigned int>(size));
@@ -202,7 +202,7 @@ public:
                      znsl::member(&Place::height, "height"), znsl::member(&Place::name, "name"));
 };
 
-/// The same members, listed at each call.
+/// The same class with Members, which list the members at each call.
 class ListedPlace : public Place {
 public:
     using Place::toXML;

@@ -1,4 +1,4 @@
-// Values read from the XML that the same library wrote.
+// Each library reads values from XML that it has written itself.
 
 #include "support/row.h"
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Through pointers, because compilers refuse mismatched pairs that they see.
+// Called through pointers, because compilers reject mismatched pairs of new and delete.
 using Allocate = void* (*)(std::size_t);
 using Release = void (*)(void*);
 Allocate volatile const newObject = &operator new;

@@ -6,7 +6,7 @@
 
 namespace bench {
 
-/// The same data in every run, so that runs can be compared.
+/// The generator of all random data. It produces the same data in every run.
 inline std::mt19937& generator() {
     static std::mt19937 engine(20240229);
     return engine;
@@ -23,7 +23,7 @@ inline std::string randomWord(std::size_t length) {
     return word;
 }
 
-/// Words and blanks, exactly `length` characters.
+/// Returns words and blanks, together exactly `length` characters.
 inline std::string randomText(std::size_t length) {
     std::string text;
     while (text.size() < length)

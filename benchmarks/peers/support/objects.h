@@ -12,8 +12,8 @@
 
 namespace bench {
 
-/// A resolution as a user of another library would write it. Like the library's, it has a size and
-/// a name, is ordered by its size and stores only its size.
+/// A resolution as a user of another library would write it. Like the library's class, it has a
+/// size and a name, is ordered by its size and stores only its size.
 struct Size {
     int width = 0;
     int height = 0;
@@ -34,11 +34,11 @@ void serialize(Archive& archive, Size& size) {
     archive(size.width, size.height);
 }
 
-/// A stream buffer over memory that can be emptied and refilled without an allocation, which
-/// std::stringbuf cannot. A careful user of a stream-based archive would write it.
+/// A stream buffer in memory that can be cleared and refilled without an allocation, unlike
+/// std::stringbuf. An expert user of a stream-based archive would write it.
 class MemoryBuffer : public std::streambuf {
 public:
-    /// The bytes written become the bytes read.
+    /// Makes the written bytes available for reading.
     void turnAround() { setg(pbase(), pbase(), pptr()); }
     void clear() { setp(storage_.data(), storage_.data() + storage_.size()); }
 

@@ -25,9 +25,9 @@ std::string printed(Result const& result) {
     }
 }
 
-/// One row of the comparison: the same work, done by the library and by its peers. A piece of work
-/// is a function object that returns its result. All contenders must return the same result before
-/// any timing starts.
+/// One row of the comparison: the same work, done by the library and by its peers. Each contender's
+/// work is a function object that returns the result. The row checks that all results are equal
+/// before it measures times.
 class Row {
 public:
     explicit Row(std::string name) : name_(std::move(name)) {}
