@@ -168,7 +168,7 @@ TEST(Integer, KeepsTheValueOnAllocationFailure) {
     EXPECT_GT(reading, 0);
 }
 
-TEST(Integer, XmlFormTakesMemoryForTheLongestNumberAtOnce) {
+TEST(Integer, XmlFormAllocatesOnceForTheLongestNumber) {
     Integer const least(INT_MIN);
     auto const render = [&] { least.toXML("an-element-with-a-long-name"); };
     EXPECT_EQ(test::failEachAllocationOf(render), 1);
@@ -176,7 +176,7 @@ TEST(Integer, XmlFormTakesMemoryForTheLongestNumberAtOnce) {
               sizeof "<an-element-with-a-long-name>-2147483648</an-element-with-a-long-name>");
 }
 
-TEST(Integer, BinaryFormNeedsNoMemory) {
+TEST(Integer, BinaryFormDoesNotAllocate) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         unsigned char bytes[4];
         Integer integer(7);

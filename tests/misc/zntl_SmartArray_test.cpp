@@ -106,7 +106,7 @@ TYPED_TEST(Handles, ThrowForAnElementOfAnEmptyHandle) {
     }
 }
 
-TYPED_TEST(Handles, DoNothingWhenNothingIsReleased) {
+TYPED_TEST(Handles, ReleaseNothingWhenTheyAreEmpty) {
     TypeParam handle;
     handle.removeReference();
     handle.removeReference();
@@ -114,7 +114,7 @@ TYPED_TEST(Handles, DoNothingWhenNothingIsReleased) {
     EXPECT_EQ(handle.getReferenceCount(), 0);
 }
 
-TYPED_TEST(Handles, ShareNothingWithCopiesOfNothing) {
+TYPED_TEST(Handles, AreEmptyAsCopiesOfEmptyHandles) {
     TypeParam const nothing;
     TypeParam copy(nothing);
     EXPECT_EQ(copy.getReferenceCount(), 0);
@@ -135,7 +135,7 @@ TYPED_TEST(Handles, ReturnTheFirstElement) {
     EXPECT_STREQ(&*handle, "abc");
 }
 
-TYPED_TEST(Handles, RaiseForAnIndexBelowTheSize) {
+TYPED_TEST(Handles, ThrowForAnIndexBelowTheSize) {
     TypeParam handle = abc<TypeParam>();
     for (unsigned int i = 0; i < 4; ++i) {
         EXPECT_TRUE(raises(outOfRange, [&] { handle[i]; })) << i;
@@ -237,7 +237,7 @@ TYPED_TEST(Handles, AreEmptyAfterARelease) {
     EXPECT_EQ(handle.getReferenceCount(), 0);
 }
 
-TYPED_TEST(Handles, ReleaseOnlyTheirOwnShare) {
+TYPED_TEST(Handles, DropOnlyTheirOwnReference) {
     TypeParam first = abc<TypeParam>();
     TypeParam second(first);
     first.removeReference();
@@ -246,7 +246,7 @@ TYPED_TEST(Handles, ReleaseOnlyTheirOwnShare) {
     EXPECT_STREQ(&*second, "abc");
 }
 
-TYPED_TEST(Handles, FreeTheBufferAndTheCountWithTheLastShare) {
+TYPED_TEST(Handles, FreeTheBufferAndTheCountWithTheLastReference) {
     long const before = test::liveBlocks();
     TypeParam first = abc<TypeParam>();
     TypeParam second(first);
@@ -257,7 +257,7 @@ TYPED_TEST(Handles, FreeTheBufferAndTheCountWithTheLastShare) {
     EXPECT_EQ(test::liveBlocks() - before, 0);
 }
 
-TYPED_TEST(Handles, ReleaseTheirShareWhenAssignedTo) {
+TYPED_TEST(Handles, DropTheirReferenceWhenAssignedTo) {
     long const before = test::liveBlocks();
     {
         TypeParam handle = abc<TypeParam>();
@@ -311,7 +311,7 @@ TEST(SmartArray, DestroysEachElementOnceInAnyOrderOfRelease) {
     }
 }
 
-TEST(SmartArray, FreesTheBufferWhenThereIsNoMemoryForTheCount) {
+TEST(SmartArray, FreesTheBufferWhenTheCountCannotBeAllocated) {
     auto* const elements = new Element[3];
     bool thrown = false;
     {
@@ -326,7 +326,7 @@ TEST(SmartArray, FreesTheBufferWhenThereIsNoMemoryForTheCount) {
     EXPECT_EQ(Element::alive, 0);
 }
 
-TYPED_TEST(Handles, NeedNoMemoryForCopies) {
+TYPED_TEST(Handles, AreCopiedWithoutAnAllocation) {
     TypeParam const handle = abc<TypeParam>();
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         EXPECT_FALSE(run.runsOutOfMemory([&] {
@@ -469,7 +469,7 @@ private:
     std::vector<std::thread> threads_;
 };
 
-TEST(SharedAcrossThreads, IsFreedOnceByWhoeverComesLast) {
+TEST(SharedAcrossThreads, IsFreedOnceByTheLastThread) {
     long const before = test::liveBlocks();
     for (int round = 0; round < 300; ++round) {
         Threads threads;
@@ -503,7 +503,7 @@ TEST(SharedAcrossThreads, CountsEveryCopyAndRelease) {
     EXPECT_STREQ(&*handle, "abc");
 }
 
-TEST(SharedAcrossThreads, ShowsTheLastOneWhatTheOthersWrote) {
+TEST(SharedAcrossThreads, IsFreedAfterAllWritesOfOtherThreads) {
     // Each thread writes its own element without a lock. The last thread frees the elements, which
     // must happen after all writes; the thread sanitizer would detect a race.
     for (int round = 0; round < 300; ++round) {

@@ -134,7 +134,7 @@ TEST_F(StringToFile, MakesAnEmptyFileOfTheEmptyString) {
     EXPECT_EQ(content(), "");
 }
 
-TEST_F(StringToFile, CutsAnExistingFile) {
+TEST_F(StringToFile, TruncatesAnExistingFile) {
     make(oldContent);
     EXPECT_TRUE(String("new").toFile(path().c_str()));
     EXPECT_EQ(content(), "new");
@@ -164,7 +164,7 @@ TEST_F(StringToFile, FollowsALinkToTheFile) {
     EXPECT_EQ(content(), "new");
 }
 
-TEST_F(StringToFile, MakesAFileForWhomTheProcessAllows) {
+TEST_F(StringToFile, CreatesAFileWithThePermissionsOfTheUmask) {
     for (mode_t const mask : {0000U, 0022U, 0177U}) {
         fs::remove(path());
         mode_t const before = umask(mask);
@@ -174,7 +174,7 @@ TEST_F(StringToFile, MakesAFileForWhomTheProcessAllows) {
     }
 }
 
-TEST_F(StringToFile, NeedsNotBeAllowedToRead) {
+TEST_F(StringToFile, DoesNotNeedReadPermission) {
     make(oldContent);
     fs::permissions(directory_.path(), fs::perms{0755});
     fs::permissions(path(), fs::perms{0222});
@@ -200,14 +200,14 @@ TEST_F(StringToFile, DoesNotAskTheSystemForANullPath) {
     EXPECT_EQ(calls.log(), "");
 }
 
-TEST_F(StringToFile, IsFalseWhereNoFileCanBe) {
+TEST_F(StringToFile, IsFalseWhenNoFileCanBeCreated) {
     for (std::string const& impossible : impossiblePaths())
         EXPECT_FALSE(String("abc").toFile(impossible.c_str())) << impossible;
     EXPECT_FALSE(String("abc").toFile(nullptr));
     EXPECT_FALSE(String().toFile(directory_.path().c_str())) << "even if there is nothing to write";
 }
 
-TEST_F(StringToFile, IsFalseWhereItMayNotWrite) {
+TEST_F(StringToFile, IsFalseWithoutWritePermission) {
     make(oldContent);
     fs::permissions(directory_.path(), fs::perms{0755});
     fs::permissions(path(), fs::perms{0444});
@@ -256,13 +256,13 @@ TEST_F(StringToFile, IsFalseWhenAnyWriteFails) {
     }
 }
 
-TEST_F(StringToFile, IsFalseWhenNothingIsTaken) {
+TEST_F(StringToFile, IsFalseWhenTheSystemWritesNothing) {
     SystemCalls calls;
     calls.answer("write", 1, 0);
     EXPECT_FALSE(String("abc").toFile(path().c_str()));
 }
 
-TEST_F(StringToFile, GoesOnAfterInterruptionsAndShortWrites) {
+TEST_F(StringToFile, ResumesAfterInterruptionsAndShortWrites) {
     SystemCalls calls;
     calls.fail("open", 1, EINTR);
     calls.fail("write", 1, EINTR).limit("write", 2, 2);
@@ -272,7 +272,7 @@ TEST_F(StringToFile, GoesOnAfterInterruptionsAndShortWrites) {
     EXPECT_EQ(content(), "abcdef");
 }
 
-TEST_F(StringToFile, NeedsNoMemory) {
+TEST_F(StringToFile, DoesNotAllocate) {
     String const text("abc");
     std::string const file = path();
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
@@ -297,7 +297,7 @@ protected:
 std::pair<bool, std::string> holding(std::string const& text) { return {true, text}; }
 std::pair<bool, std::string> const failedAndEmpty = {false, ""};
 
-TEST_F(StringFromFile, TakesTheWholeFileAsItIs) {
+TEST_F(StringFromFile, ReadsTheWholeFileUnchanged) {
     for (std::string const& text : {"abc"s, "line\n"s, awkward, everyByte(), "\0"s, "\n"s}) {
         make(text);
         EXPECT_EQ(read(), holding(text));
@@ -349,7 +349,7 @@ TEST_F(StringFromFile, ReadsOnAfterAShortRead) {
     EXPECT_EQ(read().second.size(), 20000U);
 }
 
-TEST_F(StringFromFile, TakesNoMoreMemoryThanTwiceTheFileAndAPage) {
+TEST_F(StringFromFile, AllocatesAtMostTwiceTheFileAndAPage) {
     std::string const file = path();
     for (std::size_t const length : {0U, 100U, 5000U, 20000U, 100000U}) {
         make(std::string(length, 'x'));
@@ -374,7 +374,7 @@ TEST_F(StringFromFile, ReadsNothingWithoutAFile) {
     EXPECT_EQ(calls.log(), "open");
 }
 
-TEST_F(StringFromFile, IsFalseAndEmptyWhereNoFileCanBe) {
+TEST_F(StringFromFile, IsFalseAndEmptyWhenNoFileCanExist) {
     for (std::string const& impossible : impossiblePaths())
         EXPECT_EQ(read(impossible), failedAndEmpty) << impossible;
     EXPECT_EQ(read(directory_ / "missing"), failedAndEmpty);
@@ -383,7 +383,7 @@ TEST_F(StringFromFile, IsFalseAndEmptyWhereNoFileCanBe) {
     EXPECT_EQ(text, ""s);
 }
 
-TEST_F(StringFromFile, IsFalseAndEmptyWhereItMayNotRead) {
+TEST_F(StringFromFile, IsFalseAndEmptyWithoutReadPermission) {
     make("secret");
     fs::permissions(directory_.path(), fs::perms{0755});
     fs::permissions(path(), fs::perms{0});
@@ -398,7 +398,7 @@ TEST_F(StringFromFile, IsFalseAndEmptyForADirectory) {
     EXPECT_EQ(read(directory_ / "link"), failedAndEmpty);
 }
 
-TEST_F(StringFromFile, TakesNoMemoryForTheSizeThatADirectoryPretendsToHave) {
+TEST_F(StringFromFile, DoesNotAllocateTheSizeThatADirectoryReports) {
     String text;
     std::string const directory = directory_.path();
     EXPECT_LE(test::largestAllocation([&] { text.fromFile(directory.c_str()); }), 4097U);
@@ -443,7 +443,7 @@ TEST_F(StringFromFile, IsFalseAndEmptyWhenALongFileFailsLate) {
     }
 }
 
-TEST_F(StringFromFile, GoesOnAfterInterruptionsAndShortReads) {
+TEST_F(StringFromFile, ResumesAfterInterruptionsAndShortReads) {
     make(awkward);
     SystemCalls calls;
     calls.fail("open", 1, EINTR).fail("open", 2, EINTR);
@@ -484,7 +484,7 @@ TEST_F(StringFromFile, TakesAFileWhoseSizeIsNotKnown) {
     EXPECT_EQ(read(), holding(text));
 }
 
-TEST_F(StringFromFile, ReadsAFileOfUnknownSize) {
+TEST_F(StringFromFile, ReadsAFileThatTheKernelGenerates) {
     // The kernel generates this file when it is read, and reports size 0 before.
     std::ifstream file("/proc/version");
     std::string const version{std::istreambuf_iterator<char>(file), {}};

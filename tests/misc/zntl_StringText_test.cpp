@@ -65,13 +65,13 @@ TEST(StringTrim, RemovesBlanksAtBothEndsOnly) {
     EXPECT_EQ(String("x \t\n\r y").trim(), "x \t\n\r y");
 }
 
-TEST(StringTrim, LeavesNothingOfBlanksAlone) {
+TEST(StringTrim, OfBlanksIsEmpty) {
     EXPECT_EQ(String().trim(), "");
     EXPECT_EQ(String("\n\n").trim(), "");
     EXPECT_EQ(String(" \t\n\r").trim(), "");
 }
 
-TEST(StringTrim, KnowsExactlyFourBlanks) {
+TEST(StringTrim, RemovesExactlyFourCharacters) {
     for (std::string const& c : everyCharacter())
         EXPECT_EQ(String(c + "x" + c).trim(), isTrimmed(c) ? "x" : c + "x" + c);
 }
@@ -267,14 +267,14 @@ TEST(StringExtract, AgreesWithItsDefinition) {
 
 // --- abbreviate ---
 
-TEST(StringAbbreviate, EndsInThreeDotsWhatIsTooLong) {
+TEST(StringAbbreviate, EndsALongTextInThreeDots) {
     EXPECT_EQ(String("abcdefgh").abbreviate(7), "abcd...");
     EXPECT_EQ(String("abcdefgh").abbreviate(5), "ab...");
     EXPECT_EQ(String("abcdefgh").abbreviate(4), "a...");
     EXPECT_EQ(String("abcd").abbreviate(3), "...");
 }
 
-TEST(StringAbbreviate, LeavesWhatFits) {
+TEST(StringAbbreviate, LeavesAShortTextUnchanged) {
     EXPECT_EQ(String("abc").abbreviate(10), "abc");
     EXPECT_EQ(String("abc").abbreviate(3), "abc");
     EXPECT_EQ(String("a").abbreviate(3), "a");
@@ -437,7 +437,7 @@ TEST(StringTokenize, AppendsToTheContainer) {
     EXPECT_EQ(out.size(), 4U);
 }
 
-TEST(StringTokenize, LeavesTheContainerOfAFailedCallAsItWas) {
+TEST(StringTokenize, LeavesTheContainerUnchangedWhenItThrows) {
     std::vector<String> out{"before"};
     EXPECT_THROW(String::tokenize(R"(a,'b\,)", ",", out, "'"), std::out_of_range);
     EXPECT_EQ(out, std::vector<String>{"before"});

@@ -393,7 +393,7 @@ TEST(StringIsNumeric, TakesDigitsSignsAndAPointAlone) {
     }
 }
 
-TEST(StringPadEnd, FillsUpAndNeverCuts) {
+TEST(StringPadEnd, FillsUpAndNeverShortens) {
     struct {
         std::string text;
         unsigned int width;

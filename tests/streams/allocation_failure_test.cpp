@@ -48,7 +48,7 @@ struct Operation {
 
 class AllocationFailure : public testing::TestWithParam<Operation> {};
 
-TEST_P(AllocationFailure, NothingIsAskedFor) {
+TEST_P(AllocationFailure, CannotHappenWithoutAllocations) {
     EXPECT_EQ(test::largestAllocation(GetParam().run), 0U);
 }
 

@@ -176,7 +176,7 @@ TEST_P(FailingFileCalls, AreRetriedAfterAnInterruption) {
     });
 }
 
-TEST_P(FailingFileCalls, MayMoveByteByByte) {
+TEST_P(FailingFileCalls, MayTransferSingleBytes) {
     EXPECT_TRUE(run([&](SystemCalls& calls) {
         for (unsigned int k = 1; k < 100; ++k)
             calls.limit("read", k, 1).limit("write", k, 1);

@@ -130,7 +130,7 @@ TEST_F(GoldenStream, IsSavedBitForBit) {
     EXPECT_EQ(toHex(test::readFile(directory / "mixed")), toHex(golden("mixed.stream")));
 }
 
-TEST_F(GoldenStream, GivesItsObjectsBack) {
+TEST_F(GoldenStream, ReturnsItsObjects) {
     MemIOStream mixed;
     ASSERT_TRUE(mixed.load(goldenPath("mixed.stream").c_str()));
     EXPECT_EQ(mixed.count(), 7U);

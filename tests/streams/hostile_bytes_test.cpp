@@ -132,7 +132,7 @@ MemIOStream holding(Bytes const& content) {
     return stream;
 }
 
-/// Payloads with lengths, NULs and ends at positions that no writer produces.
+/// Returns payloads with lengths, NULs and sizes that no writer produces.
 std::vector<Bytes> payloads() {
     std::vector<Bytes> all;
     Bytes const starts[] = {
@@ -273,7 +273,7 @@ TEST(HostileBytes, AMemberLongerThanItsShareIsRefused) {
     EXPECT_EQ(entry.number.getValue(), 7);
 }
 
-TEST(HostileBytes, ATruncatedRecordIsReadAsFarAsItGoes) {
+TEST(HostileBytes, ATruncatedRecordIsReadUpToItsEnd) {
     MemIOStream stream = holding(concat(recordHeader(504, 100), fromHex("07 00 00 00")));
     Integer number(0);
     EXPECT_EQ(stream.peek(number), 108U);
@@ -282,7 +282,7 @@ TEST(HostileBytes, ATruncatedRecordIsReadAsFarAsItGoes) {
     EXPECT_TRUE(stream.isEmpty());
 }
 
-TEST(HostileBytes, ALengthFromAPipeClaimsNoMemory) {
+TEST(HostileBytes, ALengthFromAPipeCausesNoLargeAllocation) {
     test::TemporaryDirectory const directory;
     std::string const path = directory / "pipe";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

@@ -114,7 +114,7 @@ void endBeyond(rlim_t size) {
     std::signal(SIGXFSZ, SIG_DFL);
 }
 
-TEST_F(InterruptedSave, IsJudgedWhereverItWasCutOff) {
+TEST_F(InterruptedSave, LoadsOnlyWholeRecordsWhenCutOffAnywhere) {
     MemIOStream const stream = streamOf(3);
     for (unsigned int limit = 0; limit <= stream.size(); ++limit) {
         std::filesystem::remove(path);
@@ -132,7 +132,7 @@ TEST_F(InterruptedSave, LeavesNothingOfAnEarlierFile) {
     EXPECT_EQ(judge(path, stream), 50U);
 }
 
-TEST_F(InterruptedSave, IsJudgedAfterAKillAtAnyTime) {
+TEST_F(InterruptedSave, LoadsOnlyWholeRecordsAfterAKillAtAnyTime) {
     MemIOStream const stream = streamOf(50000);
     for (useconds_t delay = 0; delay < 2000; delay += 100) {
         std::filesystem::remove(path);
@@ -146,7 +146,7 @@ TEST_F(InterruptedSave, IsJudgedAfterAKillAtAnyTime) {
 }
 
 // The pipe is full and its reader reads only some bytes, so the save blocks inside write().
-TEST_F(InterruptedSave, IsJudgedAfterAPipe) {
+TEST_F(InterruptedSave, LoadsOnlyWholeRecordsAfterAKillInAPipe) {
     MemIOStream const stream = streamOf(20000);
     std::string const pipe = directory / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

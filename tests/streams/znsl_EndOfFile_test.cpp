@@ -28,7 +28,7 @@ TEST(EndOfFile, RendersAsAnEmptyElement) {
     EXPECT_EQ(EndOfFile().toXML(""), "</>");
 }
 
-TEST(EndOfFile, TakesTheElementNameAsItIs) {
+TEST(EndOfFile, DoesNotEncodeTheElementName) {
     EXPECT_EQ(EndOfFile().toXML("100%s%n"), "<100%s%n/>");
     EXPECT_EQ(EndOfFile().toXML("a&b"), "<a&b/>");
 }

@@ -77,7 +77,7 @@ TEST(IOStream, IsDestroyedThroughEitherHalf) {
     EXPECT_TRUE(gone);
 }
 
-TEST(IOStream, RecognisesTheEndThroughItsOwnAnswers) {
+TEST(IOStream, RecognisesTheEndThroughItsOwnOperations) {
     bool gone;
     Stream const stream(gone);
     EXPECT_TRUE(stream.isEOF());

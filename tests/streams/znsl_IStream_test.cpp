@@ -81,7 +81,7 @@ TEST(IStreamIsEOF, IsTrueExactlyForARecordOfTypeOne) {
     EXPECT_EQ(source.typeAsked, 7);
 }
 
-TEST(IStreamWait, ForNoTimeIsFalseAndDoesNotLookAtTheStream) {
+TEST(IStreamWait, WithATimeoutOfZeroIsFalseWithoutAskingTheStream) {
     test::VirtualTime const time;
     Source const source = sourceWithData();
     EXPECT_FALSE(source.wait(0));
@@ -99,7 +99,7 @@ TEST(IStreamWait, IsTrueAtOnceWhenThereIsData) {
     EXPECT_TRUE(time.sleeps().empty());
 }
 
-TEST(IStreamWait, LooksOnceAMillisecondUntilTheDeadline) {
+TEST(IStreamWait, AsksTheStreamEveryMillisecondUntilTheDeadline) {
     test::VirtualTime const time;
     Source const source;
     EXPECT_FALSE(source.wait(5));

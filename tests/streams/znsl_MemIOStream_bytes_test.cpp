@@ -89,7 +89,7 @@ TEST(MemIOStreamFinalize, ReturnsTheUnfilledBytes) {
     }
 }
 
-TEST(MemIOStreamFinalize, CountsFromTheAddressThatItIsGiven) {
+TEST(MemIOStreamFinalize, CountsFromTheGivenAddress) {
     MemIOStream stream(100);
     unsigned char* first = nullptr;
     unsigned char* second = nullptr;
@@ -329,7 +329,7 @@ TEST(MemIOStreamSetBuffer, LeavesTheStreamEmptyOnAllocationFailure) {
     EXPECT_EQ(failures, 1);
 }
 
-TEST(MemIOStreamSetBuffer, KeepsTheBytesEvenIfItsReportCannotBeAllocated) {
+TEST(MemIOStreamSetBuffer, KeepsTheBytesEvenIfItsExceptionCannotBeAllocated) {
     Bytes const bytes = fromHex("01 02 03 04 05");
     long const failures = test::failEachAllocation([&](test::FailingRun& run) {
         MemIOStream stream(100);

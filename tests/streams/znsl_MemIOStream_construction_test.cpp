@@ -207,7 +207,7 @@ TEST(MemIOStreamCopy, IsIndependent) {
     EXPECT_EQ(content(copy), concat(recordOfSize(505, 10), recordOfSize(1, 8)));
 }
 
-TEST(MemIOStreamCopy, TakesBytesThatAreNotWholeRecordsAsTheyAre) {
+TEST(MemIOStreamCopy, CopiesBytesThatAreNotWholeRecords) {
     MemIOStream source;
     append(source, fromHex("01 02 03"));
     EXPECT_EQ(content(MemIOStream(source)), fromHex("01 02 03"));

@@ -72,7 +72,7 @@ TEST_F(MemIOStreamSave, WritesTheUnreadRecordsAndNothingElse) {
     EXPECT_EQ(View(stream), before) << "the stream can still be read";
 }
 
-TEST_F(MemIOStreamSave, ReplacesWhatTheFileHeld) {
+TEST_F(MemIOStreamSave, ReplacesTheContentOfTheFile) {
     writeFile(path, Bytes(1000, 0xEE));
     EXPECT_TRUE(stream.save(path.c_str()));
     EXPECT_EQ(readFile(path), records);
@@ -93,7 +93,7 @@ TEST_F(MemIOStreamSave, OfAnEmptyStreamMakesAnEmptyFile) {
     }
 }
 
-TEST_F(MemIOStreamSave, WritesBytesThatAreNotWholeRecordsAsTheyAre) {
+TEST_F(MemIOStreamSave, WritesBytesThatAreNotWholeRecords) {
     append(stream, fromHex("01 02 03"));
     EXPECT_TRUE(stream.save(path.c_str()));
     EXPECT_EQ(readFile(path), concat(records, fromHex("01 02 03")));
@@ -107,7 +107,7 @@ TEST_F(MemIOStreamSave, MovesTheContentWithOneWriteStraightFromTheBuffer) {
     EXPECT_NE(calls.flags() & O_CLOEXEC, 0);
 }
 
-TEST_F(MemIOStreamSave, NeedsNoMemory) {
+TEST_F(MemIOStreamSave, DoesNotAllocate) {
     test::FailingRun noMemory(1);
     bool saved = false;
     EXPECT_FALSE(noMemory.runsOutOfMemory([&] { saved = stream.save(path.c_str()); }));
@@ -115,7 +115,7 @@ TEST_F(MemIOStreamSave, NeedsNoMemory) {
     EXPECT_FALSE(noMemory.happened());
 }
 
-TEST_F(MemIOStreamSave, IsFalseWhereNoFileCanBeMade) {
+TEST_F(MemIOStreamSave, IsFalseWhenNoFileCanBeCreated) {
     View const before(stream);
     EXPECT_FALSE(stream.save(directory.path().c_str()));
     EXPECT_FALSE(stream.save((directory / "missing/stream").c_str()));
@@ -183,7 +183,7 @@ TEST_F(MemIOStreamSave, DoesNotCloseTwice) {
     EXPECT_EQ(readFile(path), records);
 }
 
-TEST_F(MemIOStreamSave, WritesTheRestWhenTheSystemTakesOnlyAPart) {
+TEST_F(MemIOStreamSave, WritesTheRestAfterAShortWrite) {
     SystemCalls calls;
     calls.limit("write", 1, 7).limit("write", 2, 1);
     EXPECT_TRUE(stream.save(path.c_str()));
@@ -199,7 +199,7 @@ TEST_F(MemIOStreamSave, IsFalseWhenTheRestDoesNotFit) {
     EXPECT_EQ(readFile(path), Bytes(records.begin(), records.begin() + 7));
 }
 
-TEST_F(MemIOStreamSave, IsFalseWhenTheSystemTakesNothing) {
+TEST_F(MemIOStreamSave, IsFalseWhenTheSystemWritesNothing) {
     SystemCalls calls;
     calls.answer("write", 1, 0);
     EXPECT_FALSE(stream.save(path.c_str()));
@@ -339,7 +339,7 @@ TEST_F(MemIOStreamLoad, IsFalseForAPipeWhateverItHolds) {
     close(pipe);
 }
 
-TEST_F(MemIOStreamLoad, OfADeviceWithoutASizeIsThatOfAnEmptyFile) {
+TEST_F(MemIOStreamLoad, TreatsADeviceWithoutSizeAsAnEmptyFile) {
     for (char const* const device : {"/dev/null", "/dev/zero", "/dev/full"}) {
         fill(stream, 0, 20);
         EXPECT_TRUE(stream.load(test::Device(device).path())) << device;
@@ -347,7 +347,7 @@ TEST_F(MemIOStreamLoad, OfADeviceWithoutASizeIsThatOfAnEmptyFile) {
     }
 }
 
-TEST_F(MemIOStreamLoad, IsFalseForAFileOfUnknownSize) {
+TEST_F(MemIOStreamLoad, IsFalseForAFileThatTheKernelGenerates) {
     // The kernel generates this file when it is read, and reports size 0 before.
     View const before(stream);
     EXPECT_FALSE(stream.load("/proc/self/status"));
@@ -389,7 +389,7 @@ TEST_F(MemIOStreamLoad, IsFalseAndChangesNothingOnAllocationFailure) {
     EXPECT_EQ(failures, 1);
 }
 
-TEST_F(MemIOStreamLoad, IsFalseForTheLargestFileWithoutTheMemoryForIt) {
+TEST_F(MemIOStreamLoad, IsFalseForTheLargestFileOnAllocationFailure) {
     writeFile(path, recordOfSize(504, 12));
     std::filesystem::resize_file(path, 0xFFFFFFFF);
     View const before(stream);
@@ -423,7 +423,7 @@ TEST_F(MemIOStreamLoad, IsFalseWhenAnyCallFails) {
     }
 }
 
-TEST_F(MemIOStreamLoad, DoesNotMindAFailingClose) {
+TEST_F(MemIOStreamLoad, IgnoresAFailingClose) {
     writeFile(path, recordOfSize(504, 45));
     SystemCalls calls;
     calls.fail("close", 1, EIO);
@@ -431,7 +431,7 @@ TEST_F(MemIOStreamLoad, DoesNotMindAFailingClose) {
     EXPECT_EQ(calls.count("close"), 1U);
 }
 
-TEST_F(MemIOStreamLoad, TakesUpInterruptedCallsAgain) {
+TEST_F(MemIOStreamLoad, RetriesInterruptedCalls) {
     writeFile(path, recordOfSize(504, 45));
     SystemCalls calls;
     calls.fail("open", 1, EINTR).fail("read", 1, EINTR).fail("read", 2, EINTR);
@@ -543,7 +543,7 @@ TEST(MemIOStreamXml, IsNotImplemented) {
     EXPECT_EQ(View(stream), before);
 }
 
-TEST(MemIOStreamXml, IsAskedForByItsTypeName) {
+TEST(MemIOStreamXml, UsesTheTypeNameWithoutAnElementName) {
     class Rendering : public MemIOStream {
     public:
         using MemIOStream::toXML;

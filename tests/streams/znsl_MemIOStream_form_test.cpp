@@ -62,7 +62,7 @@ TEST(MemIOStreamBinaryForm, IsWrittenToAndReadFromAnyAddress) {
     }
 }
 
-TEST(MemIOStreamBinaryForm, IsReadWithoutRegardToTheLengthGiven) {
+TEST(MemIOStreamBinaryForm, IsReadWhateverTheGivenLength) {
     Bytes const bytes = fromHex("0c 00 00 00 f8 01 00 00 04 00 00 00 01 02 03 04 ff ff");
     for (unsigned int const available : {0U, 3U, 15U, 16U, 18U, 0xFFFFFFFFU}) {
         MemIOStream stream(30);
@@ -82,7 +82,7 @@ TEST(MemIOStreamBinaryForm, OfALengthOfZeroEmptiesTheStream) {
     EXPECT_EQ(stream.capacity(), 100U);
 }
 
-TEST(MemIOStreamBinaryForm, IsRefusedWhenItHoldsNoWholeRecords) {
+TEST(MemIOStreamBinaryForm, IsRefusedWhenItsRecordsAreNotWhole) {
     MemIOStream stream;
     Bytes const bytes = fromHex("09 00 00 00 01 02 03 04 05 06 07 08 09");
     EXPECT_TRUE(

@@ -55,7 +55,7 @@ TEST(MemIOStreamSkip, NeedsAWholeHeader) {
     }
 }
 
-TEST(MemIOStreamSkip, ChangesNothingWhenItsReportCannotBeAllocated) {
+TEST(MemIOStreamSkip, ChangesNothingWhenItsExceptionCannotBeAllocated) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(20);
         append(stream, Bytes(7, 0));
@@ -220,7 +220,7 @@ TEST(MemIOStreamPeekMany, OfMoreRecordsThanThereAreIsZeroButFillsWhatItCan) {
     EXPECT_EQ(stream.size(), 12U);
 }
 
-TEST(MemIOStreamPeekMany, OfFragmentsIsZeroWithoutAReport) {
+TEST(MemIOStreamPeekMany, OfFragmentsIsZeroWithoutAnException) {
     for (unsigned int n = 0; n <= 8; ++n) {
         MemIOStream stream(n);
         append(stream, Bytes(n, 0));

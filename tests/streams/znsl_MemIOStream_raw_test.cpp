@@ -34,7 +34,7 @@ using zntl::Integer;
 
 // Raw records
 
-TEST(MemIOStreamRawRecord, IsNotHandedOver) {
+TEST(MemIOStreamRawRecord, CannotBeReadFromAMemoryStream) {
     MemIOStream stream;
     stream << Integer(1);
     View const before(stream);
@@ -60,7 +60,7 @@ TEST(MemIOStreamRawRecord, IsAppendedAsItComesAndReleased) {
     EXPECT_EQ(test::liveBlocks(), blocks);
 }
 
-TEST(MemIOStreamRawRecord, ThatIsNotThereChangesNothing) {
+TEST(MemIOStreamRawRecord, OfAnEmptySourceChangesNothing) {
     MemIOStream stream(20);
     fill(stream, 0, 20);
     View const before(stream);
@@ -82,7 +82,7 @@ TEST(MemIOStreamRawRecord, OfNoBytesChangesNothing) {
     EXPECT_EQ(View(stream), before);
 }
 
-TEST(MemIOStreamRawRecord, ThatIsOnlyPromisedIsOneOfNoBytes) {
+TEST(MemIOStreamRawRecord, ThatTheSourceDoesNotSetChangesNothing) {
     class Promising : public test::RawSource {
     public:
         Promising() : RawSource({}) {}

@@ -153,7 +153,7 @@ TEST(MemIOStreamRead, IsWhatTheOperatorCalls) {
     EXPECT_EQ(stream.reads, 2);
 }
 
-TEST(MemIOStreamRead, HandsOverThePayloadInPlace) {
+TEST(MemIOStreamRead, PassesThePayloadInPlace) {
     MemIOStream stream(100);
     fill(stream, 20, 0);
     append(stream, record(9, fromHex("0a 0b 0c")));
@@ -169,7 +169,7 @@ TEST(MemIOStreamRead, HandsOverThePayloadInPlace) {
     EXPECT_EQ(size, 3U);
 }
 
-TEST(MemIOStreamRead, GoesByTheRecordAndNotByWhatTheObjectConsumed) {
+TEST(MemIOStreamRead, RemovesTheRecordWhateverTheObjectConsumed) {
     for (unsigned int const reported : {0U, 1U, 99U}) {
         MemIOStream stream;
         append(stream, concat(record(9, fromHex("0a 0b")), endOfFileRecord()));
@@ -390,7 +390,7 @@ TEST(MemIOStreamReaders, KeepTheRecordForAnotherTry) {
     }
 }
 
-TEST(MemIOStreamReaders, ChangeNothingWhenTheirReportsCannotBeAllocated) {
+TEST(MemIOStreamReaders, ChangeNothingWhenTheirExceptionsCannotBeAllocated) {
     for (Reader const& reader : readers()) {
         SCOPED_TRACE(reader.name);
         for (unsigned int const typeId : {1U, 8U, 9U}) {
@@ -416,7 +416,7 @@ TEST(MemIOStreamReaders, ChangeNothingWhenTheirReportsCannotBeAllocated) {
     }
 }
 
-TEST(MemIOStreamReaders, NeedNoMemoryOfTheirOwn) {
+TEST(MemIOStreamReaders, DoNotAllocate) {
     for (Reader const& reader : readers()) {
         SCOPED_TRACE(reader.name);
         MemIOStream stream;

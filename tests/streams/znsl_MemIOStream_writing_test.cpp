@@ -101,7 +101,7 @@ TEST(MemIOStreamWrite, LetsTheObjectWriteStraightIntoTheBuffer) {
     EXPECT_EQ(payload, writePosition(stream) - 2);
 }
 
-TEST(MemIOStreamWrite, GoesByTheAnnouncedLengthAndNotByWhatWasWritten) {
+TEST(MemIOStreamWrite, UsesTheAnnouncedLengthAndNotTheWrittenOne) {
     MemIOStream stream(30);
     Blob object(9, fromHex("01 02"));
     object.announced = 5;
@@ -154,7 +154,7 @@ TEST(MemIOStreamWrite, PassesOnWhatTheLengthAndTheTypeThrowWithTheContentUnchang
     }
 }
 
-TEST(MemIOStreamWrite, LeavesTheHeaderEvenIfItsReportCannotBeAllocated) {
+TEST(MemIOStreamWrite, LeavesTheHeaderEvenIfItsExceptionCannotBeAllocated) {
     long const failures = test::failEachAllocation([](test::FailingRun& run) {
         MemIOStream stream(100);
         Blob object(9, fromHex("01 02"));

@@ -106,7 +106,7 @@ TEST_F(SerializableToFile, KeepsTheLowSixteenBitsOfTheType) {
     EXPECT_EQ(content(), "78 56 01 00 00 00 01");
 }
 
-TEST_F(SerializableToFile, CutsAnExistingFile) {
+TEST_F(SerializableToFile, TruncatesAnExistingFile) {
     writeFile(path(), oldContent);
     EXPECT_TRUE(blob(7, fromHex("01")).toFile(path().c_str()));
     EXPECT_EQ(content(), "07 00 01 00 00 00 01");
@@ -198,7 +198,7 @@ TEST_F(SerializableToFile, IsFalseWhenTheFileMayNotGrow) {
     std::signal(SIGXFSZ, handler);
 }
 
-TEST_F(SerializableToFile, GoesOnAfterInterruptionsAndShortWrites) {
+TEST_F(SerializableToFile, ResumesAfterInterruptionsAndShortWrites) {
     test::SystemCalls calls;
     interruptAndCutShort(calls, "write");
     EXPECT_TRUE(blob(7, fromHex("01 02 03")).toFile(path().c_str()));
@@ -334,7 +334,7 @@ TEST_F(SerializableFromFile, ReadsNothingWithoutAFile) {
     EXPECT_EQ(calls.log(), "open");
 }
 
-TEST_F(SerializableFromFile, IsFalseForADirectoryWithoutAskingForMemory) {
+TEST_F(SerializableFromFile, IsFalseForADirectoryWithoutAnAllocation) {
     Blob value(7, fromHex("99"));
     std::string const folder = directory_.path();
     EXPECT_LT(test::largestAllocation([&] { EXPECT_FALSE(value.fromFile(folder.c_str())); }),
@@ -416,7 +416,7 @@ TEST_F(SerializableFromFile, IsFalseWhenAnOperationThrows) {
     }
 }
 
-TEST_F(SerializableFromFile, AsksForNoMemoryThatTheFileDoesNotPayFor) {
+TEST_F(SerializableFromFile, AllocatesNoMoreThanTheFileJustifies) {
     for (char const* const file : {"07 00 ff ff ff ff", "07 00 ff ff ff ff 01 02 03",
                                    "07 00 00 00 10 00 01 02 03", "07 00 04 00 00 00 01 02 03"}) {
         Blob value(7);
@@ -449,7 +449,7 @@ private:
     int readingEnd_;
 };
 
-TEST_F(SerializableFromFile, ReadsFromWhatCannotBeSoughtIn) {
+TEST_F(SerializableFromFile, ReadsAFileThatCannotSeek) {
     Blob value(7);
     value.reported = 3;
     EXPECT_TRUE(value.fromFile(Pipe(fromHex("07 00 03 00 00 00 01 02 03")).path().c_str()));
@@ -459,7 +459,7 @@ TEST_F(SerializableFromFile, ReadsFromWhatCannotBeSoughtIn) {
     EXPECT_FALSE(value.fromFile(Pipe({}).path().c_str()));
 }
 
-TEST_F(SerializableFromFile, GoesOnAfterInterruptionsAndShortReads) {
+TEST_F(SerializableFromFile, ResumesAfterInterruptionsAndShortReads) {
     writeFile(path(), fromHex("07 00 03 00 00 00 01 02 03"));
     Blob value(7);
     value.reported = 3;

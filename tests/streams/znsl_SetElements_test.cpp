@@ -121,14 +121,14 @@ TEST(SetElements, AreAskedForTypeAndNameByADefaultOne) {
     EXPECT_EQ(elements.toXML(), "<Element301Set>Element302</Element301Set>");
 }
 
-TEST(SetElements, AreWrittenBelowTheTypeOfADefaultOne) {
+TEST(SetElements, AreWrittenUnderTheTypeOfADefaultOne) {
     Elements const elements = oneOfAnotherType();
     Bytes form(elements.getBinLength());
     EXPECT_EQ(elements.toBin(form.data()), form.size());
     EXPECT_EQ(toHex(form), toHex(formWith(record(Element::otherType, fromHex("05")))));
 }
 
-TEST(SetElements, AreReadBelowTheTypeOfADefaultOne) {
+TEST(SetElements, AreReadUnderTheTypeOfADefaultOne) {
     Elements elements = oneOfAnotherType();
     Bytes const form = formWith(record(Element::defaultType, fromHex("06")));
     EXPECT_EQ(elements.fromBin(form.data(), static_cast<unsigned int>(form.size())), form.size());

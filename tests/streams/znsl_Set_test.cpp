@@ -149,7 +149,7 @@ TEST(Set, CopiesAssignsAndMovesItsElements) {
     EXPECT_TRUE(assigned.empty());
 }
 
-TEST(Set, IsOfTenThousandPlusTheElementsType) {
+TEST(Set, HasTheTypeIdOfItsElementsPlusTenThousand) {
     EXPECT_EQ(Resolutions().getTypeId(), 10815U);
     EXPECT_EQ(Items().getTypeId(), 10300U);
     EXPECT_EQ(znsl::Set<zntl::String>().getTypeId(), 10501U);
@@ -474,7 +474,7 @@ TEST(SetFromBin, ThatIsNotWholeRecordsThrowsAsTheStreamDoesAndLeavesTheSet) {
     }
 }
 
-TEST(SetFromBin, AsksForNoMemoryThatTheDataDoesNotPayFor) {
+TEST(SetFromBin, AllocatesNoMoreThanTheDataJustifies) {
     Items items;
     Bytes const hostile[] = {fromHex("ff ff ff ff 00 00 00 00"), streamOf(itemsHeader(INT_MAX))};
     for (Bytes const& data : hostile) {

@@ -18,7 +18,7 @@ Allocate volatile const newArray = &operator new[];
 Release volatile const deleteObject = &operator delete;
 Release volatile const deleteArray = &operator delete[];
 
-TEST(FailingAllocation, TakesBackWhatItGaveTheSameWay) {
+TEST(FailingAllocation, AcceptsADeleteThatMatchesTheNew) {
     long const before = test::liveBlocks();
     void* const object = newObject(0);
     void* const array = newArray(1000);

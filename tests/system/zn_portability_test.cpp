@@ -90,7 +90,7 @@ TEST(Strdup, OfNullIsTheEmptyText) {
     std::free(copy);
 }
 
-TEST(Strcpy, CutsAndAlwaysEndsTheText) {
+TEST(Strcpy, TruncatesAndAlwaysTerminatesTheText) {
     struct {
         char const* source;
         unsigned int size;

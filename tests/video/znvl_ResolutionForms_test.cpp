@@ -113,7 +113,7 @@ TEST(ResolutionBinaryForm, HasATypedFile) {
     EXPECT_EQ(read, Resolution(640, 480));
 }
 
-TEST(ResolutionBinaryForm, NeedsNoMemory) {
+TEST(ResolutionBinaryForm, DoesNotAllocate) {
     EXPECT_EQ(test::failEachAllocationOf([] {
                   unsigned char bytes[8];
                   Resolution resolution(640, 480);

@@ -264,7 +264,7 @@ TEST(ResolutionScale, FitsTheBoundsWithTheSameAspect) {
     };
     for (Scaling const& row : rows) {
         EXPECT_EQ(row.value.scale(row.bounds), row.scaled);
-        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the table agrees";
+        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the row is wrong";
     }
 }
 
@@ -286,7 +286,7 @@ TEST(ResolutionScale, ComputesInSinglePrecisionAndRoundsEveryStep) {
     };
     for (Scaling const& row : rows) {
         EXPECT_EQ(row.value.scale(row.bounds), row.scaled);
-        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the table agrees";
+        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the row is wrong";
     }
 }
 
@@ -303,7 +303,7 @@ TEST(ResolutionScale, SaturatesAt32Bits) {
     };
     for (Scaling const& row : rows) {
         EXPECT_EQ(row.value.scale(row.bounds), row.scaled);
-        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the table agrees";
+        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the row is wrong";
     }
 }
 
@@ -317,7 +317,7 @@ TEST(ResolutionScale, FollowsTheArithmeticOfInfinities) {
     };
     for (Scaling const& row : rows) {
         EXPECT_EQ(row.value.scale(row.bounds), row.scaled);
-        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the table agrees";
+        EXPECT_EQ(scaleLiterally(row.value, row.bounds), row.scaled) << "the row is wrong";
     }
 }
 
@@ -616,7 +616,7 @@ TEST(Resolution, CopiesLeaveTheTargetOnAllocationFailure) {
     EXPECT_EQ(test::failEachAllocationOf([&] { source.scale(Resolution(1, 1)); }), 0);
 }
 
-TEST(Resolution, NeedsNoMemoryForTheTextsOfCommonSizes) {
+TEST(Resolution, DoesNotAllocateForTheTextsOfCommonSizes) {
     String const text("1080p");
     EXPECT_EQ(test::failEachAllocationOf([&] {
                   Resolution resolution;

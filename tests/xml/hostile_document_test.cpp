@@ -286,7 +286,7 @@ TEST(Parsing, TakesMemoryInProportionToTheDocument) {
     }
 }
 
-TEST(AllocationFailure, LeavesNothingBehind) {
+TEST(AllocationFailure, LeaksNothing) {
     std::string const text(100, 'x');
     for (std::string const& document :
          {"<a><b>" + text + "</b></a>", "<a c='" + text + "'><b>" + text + "</b></a>",

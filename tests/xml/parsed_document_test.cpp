@@ -170,7 +170,7 @@ TEST(AttributesOfAnElement, MayBeNone) {
     EXPECT_EQ(root.attributes(), Attributes{});
 }
 
-TEST(AttributesOfAnElement, AreGivenByTheDocumentType) {
+TEST(AttributesOfAnElement, MayComeFromTheDocumentType) {
     DomIterator const root = DomIterator::parse(
         "<!DOCTYPE a [<!ATTLIST a b CDATA 'x\"&#10;' c CDATA #IMPLIED>]><a d='1'><a b='2'/></a>");
     EXPECT_EQ(root.attributes(), (Attributes{{"b", "x\"\n"}, {"d", "1"}}));

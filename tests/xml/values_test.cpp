@@ -115,7 +115,7 @@ TEST(StringFromXml, ReadsWhatToXmlWrote) {
     }
 }
 
-TEST(StringFromXml, MayBeGivenItsOwnCharacters) {
+TEST(StringFromXml, MayReadItsOwnCharacters) {
     String text("<a>value</a>");
     EXPECT_TRUE(text.fromXML(text.c_str()));
     EXPECT_EQ(text, "value");
