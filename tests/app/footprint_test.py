@@ -48,10 +48,10 @@ class Machinery(unittest.TestCase):
         self.names = [symbol.name for symbol in elf.symbols('--syms', '--demangle')]
         self.assertIn('main', self.names, 'the program has no symbol table')
 
-    def test_of_streams_is_not_linked_in(self):
+    def test_streams_are_not_linked_in(self):
         self.assertEqual([name for name in self.names if re.search(self.STREAMS, name)], [])
 
-    def test_of_locales_is_not_called(self):
+    def test_locale_functions_are_not_called(self):
         self.assertEqual([name for name in self.names if re.fullmatch(self.LOCALES, name)], [])
 
 

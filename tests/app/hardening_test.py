@@ -14,7 +14,7 @@ class Defences(unittest.TestCase):
     def test_everything_is_bound_at_start(self):
         self.assertRegex(elf.readelf('--dynamic'), r'\(FLAGS\).*\bBIND_NOW\b')
 
-    def test_what_is_bound_is_read_only(self):
+    def test_relocations_are_read_only_after_the_start(self):
         self.assertRegex(self.segment('GNU_RELRO'), r' R +0x')
 
     def test_stack_is_not_executable(self):

@@ -40,7 +40,7 @@ class Calls(ProgramTest):
             with self.subTest(code):
                 self.assert_answers(run(sizes=[], end_result=code), response())
 
-    def test_result_of_the_stop_means_nothing(self):
+    def test_result_of_the_stop_is_ignored(self):
         for code in (1, -1, LARGEST, SMALLEST):
             with self.subTest(code):
                 done = run(sizes=['1x2'], deinit_result=code)
@@ -59,7 +59,7 @@ class Handle(ProgramTest):
         self.assertEqual({(call['handle'], call['expected'])
                           for call in done.calls if call.name == NEXT}, {('1001', '1001')})
 
-    def test_is_read_afresh_for_every_call(self):
+    def test_is_read_again_for_every_call(self):
         done = run(sizes=['640x480', '1x2', '3x4'], new_handles=1)
         self.assert_answers(done, response('1x2', '3x4'))
         self.assertEqual([call['handle'] for call in done.calls if call.name == NEXT],
@@ -78,7 +78,7 @@ class Settings(ProgramTest):
         self.assertEqual(len(record), 40)
         return *struct.unpack_from(head, record), record[struct.calcsize(head):]
 
-    def test_named_ones_are_written_and_the_others_kept(self):
+    def test_five_fields_are_written_and_the_others_are_unchanged(self):
         start = run().calls[0]
         application, vendor, mode, option, flags, reserved = self.fields(start)
         self.assertEqual((start.name, start['application'], start['vendor']),

@@ -136,7 +136,7 @@ class Calls(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertIn(f'port {port} is in use', messages)
 
-    def test_port_that_is_none(self):
+    def test_invalid_port(self):
         for port in ('0', '65536', 'x', '-1', ''):
             with self.subTest(port):
                 status, messages = run('--port', port)
@@ -144,7 +144,7 @@ class Calls(unittest.TestCase):
                                  (2, f'camera: no such port: {port}; '
                                      'a port is a number from 1 to 65535'))
 
-    def test_target_that_is_none(self):
+    def test_unknown_target(self):
         status, messages = run('--target', 'arm64')
         self.assertEqual((status, messages.splitlines()[0]),
                          (2, 'camera: no such target: arm64; a camera is armhf or armel'))
@@ -156,7 +156,7 @@ class Calls(unittest.TestCase):
                 self.assertEqual((status, messages.splitlines()[0]),
                                  (2, f'camera: {option} needs a value'))
 
-    def test_profile_that_is_none(self):
+    def test_unknown_profile(self):
         status, messages = run('no-such-camera')
         self.assertEqual(status, 1)
         self.assertRegex(messages, r'^camera: no such camera profile: no-such-camera; .*indoor')
@@ -164,7 +164,7 @@ class Calls(unittest.TestCase):
     def test_two_profiles(self):
         self.assertEqual(run('indoor', 'full-hd')[0], 2)
 
-    def test_option_that_is_none(self):
+    def test_unknown_option(self):
         self.assertEqual(run('--colour')[0], 2)
 
     def test_help(self):

@@ -14,7 +14,7 @@ def debug(*arguments):
 
 class Debug(unittest.TestCase):
 
-    def test_stops_in_the_program_and_in_the_sdk_and_sees_what_is_there(self):
+    def test_stops_in_the_program_and_in_the_sdk_and_prints_variables(self):
         done = debug('indoor', '--', '-batch',
                      '-ex', 'break printEntries', '-ex', 'continue',
                      '-ex', 'print resolutions.size()',

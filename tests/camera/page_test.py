@@ -243,7 +243,7 @@ class Choice(PageTest):
 
 class Fault(PageTest):
 
-    def test_has_a_message_of_its_own_and_leaves_no_choice(self):
+    def test_has_its_own_message_and_leaves_no_choice(self):
         for name, answer, title in FAULTS:
             with self.subTest(name):
                 self.open(answer)
@@ -326,7 +326,7 @@ class Appearance(PageTest):
 
 class Requests(PageTest):
 
-    def test_go_to_the_camera_alone(self):
+    def test_go_only_to_the_camera(self):
         self.page.driver.get_log('performance')
         self.open()
         self.page.ask_again()

@@ -139,7 +139,7 @@ class PackagesTest(unittest.TestCase):
 class Builds(PackagesTest):
 
     @unittest.skipUnless(ARCHITECTURE in ('amd64', 'armhf'), 'takes long; two machines are enough')
-    def test_give_the_same_bytes_in_another_folder_at_another_time(self):
+    def test_produce_the_same_bytes_in_another_folder_at_another_time(self):
         # A compiler cache would return the files of the first build.
         again = make_packages(self.folder / 'somewhere/else', CCACHE_DISABLE='1')
         names = sorted(path.name for path in self.packages.iterdir())
@@ -158,7 +158,7 @@ class Lintian(PackagesTest):
             encoding='utf-8', stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
         self.assertEqual((done.returncode, done.stdout), (0, ''))
 
-    def test_overrides_give_their_reason(self):
+    def test_overrides_have_a_reason(self):
         for path in (self.root / 'usr/share/lintian/overrides').iterdir():
             lines = path.read_text().splitlines()
             for before, line in zip(['', *lines], lines):
@@ -168,7 +168,7 @@ class Lintian(PackagesTest):
 
 class Names(PackagesTest):
 
-    def test_tell_package_version_and_architecture(self):
+    def test_contain_package_version_and_architecture(self):
         found = {path.name for path in self.packages.iterdir()
                  if path.suffix in ('.deb', '.gz')}
         self.assertEqual(found, {
@@ -193,14 +193,14 @@ class Fields(PackagesTest):
         for package in DEBS:
             self.assertLessEqual(len(self.field(package, 'Description').splitlines()[0]), 72)
 
-    def test_dependencies_of_the_program_are_a_c_library_that_has_what_it_asks_for(self):
+    def test_dependencies_of_the_program_are_a_new_enough_c_library(self):
         self.assert_depends('zn-resolution', BUILD / 'resolution', [])
 
     def test_dependencies_of_the_library_are_its_languages_runtime(self):
         self.assert_depends(f'libzn{MAJOR}', self.root / f'usr/{LIBRARIES}/libzn.so.{VERSION}',
                             [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1'])
 
-    def test_dependencies_of_the_tools_are_a_c_library_that_has_what_they_ask_for(self):
+    def test_dependencies_of_the_tools_are_a_new_enough_c_library(self):
         self.assert_depends('zn-tools', self.root / 'usr/bin/zn-dump', [])
 
     def test_dependencies_of_the_xml_library_are_the_library_and_the_parser(self):
@@ -219,10 +219,10 @@ class Fields(PackagesTest):
         for dependency, pattern in zip(rest, others):
             self.assertRegex(dependency, f'^{pattern}$')
 
-    def test_development_needs_the_very_same_library(self):
+    def test_development_depends_on_the_library_of_the_same_version(self):
         self.assertEqual(self.field('libzn-dev', 'Depends'), f'libzn{MAJOR} (= {VERSION})')
 
-    def test_library_tells_the_loader_and_other_packages(self):
+    def test_library_has_its_triggers_and_shlibs(self):
         control = self.folder / 'control'
         call('dpkg-deb', '--control', self.deb(f'libzn{MAJOR}'), control)
         self.assertEqual((control / 'triggers').read_text(), 'activate-noawait ldconfig\n')
@@ -259,7 +259,7 @@ class Contents(PackagesTest):
         with tarfile.open(self.archive(name)) as archive:
             return set(self.members(archive, f'zn-{VERSION}-{ARCHITECTURE}/'))
 
-    def test_are_the_installed_files_and_what_the_distribution_asks_for(self):
+    def test_are_the_installed_files_and_those_that_the_distribution_requires(self):
         for package, files in DEBS.items():
             with self.subTest(package):
                 documents = {f'share/doc/{package}/copyright', f'share/doc/{package}/changelog.gz'}
@@ -301,7 +301,7 @@ class Contents(PackagesTest):
             self.assertEqual(architecture(path), ARCHITECTURE)
             self.assertNotIn('.symtab', call(READELF, '--sections', '--wide', path))
 
-    def test_name_no_folder_of_the_machine_that_made_them(self):
+    def test_contain_no_folder_of_the_machine_that_built_them(self):
         for path in self.root.rglob('*'):
             # A page may contain any folder in its examples.
             if path.suffix == '.md':
@@ -339,7 +339,7 @@ class Use(PackagesTest):
                 self.assertEqual(run(program), OUTPUT)
                 self.assertEqual(f'libzn.so.{MAJOR}' in needed(program), kind == 'shared')
 
-    def test_installed_library_reads_xml_where_it_is_asked_to(self):
+    def test_installed_library_reads_xml_only_if_linked_with_zn_xml(self):
         for libraries, answer in (('zn::zn', '1 0 0\n'), ('zn::zn;zn::xml', '1 42 2\n')):
             for shared in ('OFF', 'ON'):
                 with self.subTest(libraries, shared=shared):

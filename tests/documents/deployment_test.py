@@ -20,7 +20,7 @@ ANSWER = b'Content-Type: text/plain\r\n\r\n[{"resolution": "160x120", "default":
 
 class Configurations(unittest.TestCase):
 
-    def test_are_those_of_the_tests_of_servers(self):
+    def test_are_the_files_that_the_server_tests_use(self):
         quotes = {mark: code for mark, code in blocks(PAGE) if mark.endswith('.conf')}
         files = {str(path.relative_to(SOURCES)): path.read_text()
                  for path in SOURCES.glob('packaging/servers/*.conf')}

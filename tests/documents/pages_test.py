@@ -38,13 +38,13 @@ class Architecture(unittest.TestCase):
         self.by_sources = {name: folders_included(name, '*.cpp') - self.by_headers[name]
                            for name in FOLDERS}
 
-    def test_table_says_who_includes_whom(self):
+    def test_table_lists_the_includes(self):
         rows = {row[0].strip('`'): [set(re.findall(r'`(\w+)`', cell)) for cell in row[1:]]
                 for row in table('docs/architecture.md', 'only its sources include')}
         self.assertEqual(rows, {name: [self.by_headers[name], self.by_sources[name]]
                                 for name in FOLDERS})
 
-    def test_drawing_shows_the_same(self):
+    def test_drawing_shows_the_includes(self):
         drawn = set(re.findall(r'<line id="(\w+)-(\w+)" class="(\w+)"',
                                text('docs/architecture.svg')))
         expected = {(name, other, kind) for kind, graph in
@@ -90,7 +90,7 @@ class Links(unittest.TestCase):
         return {re.sub(r'[^\w -]', '', title).strip().lower().replace(' ', '-')
                 for title in titles}
 
-    def test_lead_somewhere(self):
+    def test_have_existing_targets(self):
         count = 0
         for page in PAGES:
             for target in re.findall(r'\]\(([^)\s]+)\)', page.read_text()):
@@ -133,7 +133,7 @@ class Reference(unittest.TestCase):
     def test_documents_everything_public(self):
         self.assertEqual(self.make(SOURCES), (0, '', True))
 
-    def test_notices_what_is_not_documented(self):
+    def test_detects_missing_documentation(self):
         with tempfile.TemporaryDirectory() as folder:
             tree = Path(folder)
             (tree / 'libraries/src').mkdir(parents=True)

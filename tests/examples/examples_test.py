@@ -110,7 +110,7 @@ class ObjectStreamReader(unittest.TestCase):
                 with self.assertRaises(object_stream_reader.Malformed, msg=size):
                     read_bytes(content[:size])
 
-    def test_says_what_is_wrong(self):
+    def test_reports_the_fault(self):
         with tempfile.NamedTemporaryFile() as file:
             file.write(record(504, b"\x07\0\0\0") + b"\x01\x02")
             file.flush()
@@ -119,7 +119,7 @@ class ObjectStreamReader(unittest.TestCase):
         self.assertEqual(result.stderr, f"{file.name}: a record's header is cut short\n")
         self.assertEqual(result.returncode, 1)
 
-    def test_survives_payloads_that_are_not_what_their_type_says(self):
+    def test_survives_malformed_payloads(self):
         for type_id in (1, 6, 501, 504, 815, 900, 10815):
             for payload in (b"", b"\x01", b"\xff" * 4, b"\0" * 12, b"\xff" * 64):
                 try:

@@ -96,7 +96,7 @@ class Mistakes(unittest.TestCase):
             'member(&Place::name, "a")', 'member(&Place::floor)', 'xmlMember(&Place::name, "b")'))
         self.assert_compiles(members=members('member(&Place::floor)', 'member(&Place::name)'))
 
-    def test_in_what_a_member_is(self):
+    def test_in_the_type_of_a_member(self):
         for wrong in ('&Place::number', '&Place::fixed', '&Place::rename'):
             self.assert_error('a member of a znsl::Struct is a znsl::Serializable that is not const',
                               members=members(f'member({wrong})'))

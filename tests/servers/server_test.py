@@ -79,7 +79,7 @@ class ServerTest:
             for answer in clients.map(lambda _: self.server.get(), range(REQUESTS)):
                 self.assert_answered(*answer)
 
-    def test_client_that_does_not_wait_harms_nobody(self):
+    def test_client_that_disconnects_does_not_affect_others(self):
         for _ in range(10):
             with self.server.connect() as client:
                 client.sendall(b'GET %s HTTP/1.0\r\n\r\n' % PATH.encode())

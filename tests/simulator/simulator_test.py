@@ -34,7 +34,7 @@ def delivered(**camera):
 
 class Camera(unittest.TestCase):
 
-    def test_has_six_sizes_when_nothing_is_said(self):
+    def test_has_six_sizes_by_default(self):
         self.assertEqual(delivered(),
                          ['640x480', '320x240', '176x144', '320x180', '160x120', '176x144'])
 
@@ -45,14 +45,14 @@ class Camera(unittest.TestCase):
     def test_has_the_sizes_of_its_profile_in_their_order(self):
         self.assertEqual(delivered(text=b'3x4\n1x2\n3x4\n'), ['3x4', '1x2', '3x4'])
 
-    def test_generates_as_many_sizes_as_told(self):
+    def test_generates_the_chosen_number_of_sizes(self):
         sizes = delivered(count=100_002)
         self.assertEqual(len(sizes), 100_002)
         self.assertEqual(sizes[:2], ['0x0', '1x0'])
         self.assertEqual(sizes[399:401], ['399x0', '0x1'])
         self.assertEqual(sizes[99_999:], ['399x249', '0x0', '1x0'])
 
-    def test_has_none_when_told_so(self):
+    def test_has_no_sizes_if_the_chosen_number_is_0(self):
         self.assertEqual(delivered(count=0), [])
 
     def test_starts_anew_in_each_session(self):
@@ -148,20 +148,20 @@ class Results(unittest.TestCase):
 
     NUMBERS = [1, -1, 42, 2147483647, -2147483648]
 
-    def test_start_fails_with_the_code_that_was_told(self):
+    def test_start_fails_with_the_chosen_code(self):
         for code in self.NUMBERS:
             with self.subTest(code):
                 self.assertEqual(probe('init', 'next', 'deinit', init_result=code).output.decode(),
                                  f'init {code}\nnext -1000\ndeinit -1000\n')
 
-    def test_list_ends_with_the_code_that_was_told(self):
+    def test_list_ends_with_the_chosen_code(self):
         for code in self.NUMBERS:
             with self.subTest(code):
                 self.assertEqual(probe('init', 'next', 'next', 'next', sizes=['1x2'],
                                        end_result=code).output.decode(),
                                  f'init 0\n1x2\nnext {code}\nnext {code}\n')
 
-    def test_stop_returns_the_code_that_was_told(self):
+    def test_stop_returns_the_chosen_code(self):
         for code in self.NUMBERS:
             with self.subTest(code):
                 self.assertEqual(probe('init', 'deinit', 'init', deinit_result=code).output.decode(),
@@ -215,7 +215,7 @@ class Handles(unittest.TestCase):
         self.assertEqual(probe('init', 'deinit', 'next', 'deinit').output,
                          b'init 0\ndeinit 0\nnext -1000\ndeinit -1000\n')
 
-    def test_second_start_is_refused_and_harms_nothing(self):
+    def test_second_start_is_refused_and_has_no_effect(self):
         session = probe('init', 'init', 'next', 'deinit')
         self.assertEqual(session.output, b'init 0\ninit -1000\n640x480\ndeinit 0\n')
         self.assertEqual(session.errors, 'csdk simulator: csdk_init() called twice\n')
@@ -235,7 +235,7 @@ class Record(unittest.TestCase):
             {'result': '-7', 'handle': '1001', 'expected': '1001', 'kept': '1'},
         ])
 
-    def test_tells_whether_the_variables_were_left_alone(self):
+    def test_reports_whether_the_variables_were_changed(self):
         for change in ('wider', 'higher'):
             with self.subTest(change):
                 calls = probe('init', 'next', change, 'next', 'next').calls

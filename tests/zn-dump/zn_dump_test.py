@@ -227,18 +227,18 @@ class Form(DumpTest):
         self.assertEqual(self.dump(reserved)['form'], 'stream')
         self.assertEqual(self.dump(typed_file(900, bytes(65536)))['form'], 'typed')
 
-    def test_goes_by_bytes_2_and_3_for_a_file_that_is_whole_in_both(self):
+    def test_depends_on_bytes_2_and_3_for_a_file_that_is_whole_in_both(self):
         both = typed_file(900, bytes(2))
         self.assertEqual(both, b'\x84\x03\x02\0\0\0\0\0')
         self.assertEqual(self.dump(both)['form'], 'typed')
         self.assertEqual(self.dump(both, '--stream')['values'][0]['length'], 0)
 
-    def test_goes_by_bytes_2_and_3_for_a_file_that_is_whole_in_none(self):
+    def test_depends_on_bytes_2_and_3_for_a_file_that_is_whole_in_none(self):
         for content, form in ((MIXED[:-1], 'stream'), (typed_file(504, b'abcd')[:-1], 'typed'),
                               (typed_file(504, b'abcd') + b'e', 'typed'), (b'\1\2\3', 'stream')):
             self.assertEqual(self.dump(content, status=1)['form'], form)
 
-    def test_is_what_an_option_says(self):
+    def test_can_be_chosen_by_an_option(self):
         self.assertEqual(self.dump(MIXED, '--typed', status=1)['form'], 'typed')
         self.assertEqual(self.dump(typed_file(504, b'abcd'), '--stream', status=1)['form'], 'stream')
 
@@ -293,14 +293,14 @@ class Damage(DumpTest):
             self.assertEqual(file['values'][1], {'offset': 8, 'damage': fault})
             self.assertEqual(file['values'][2]['value'], 5)
 
-    def test_in_a_nested_stream_is_found_where_it_is(self):
+    def test_in_a_nested_stream_is_reported_with_its_offset(self):
         content = record(6, stream(record(504, integer(5)), b'abc')) + record(504, integer(6))
         file = self.dump(content, status=1)
         self.assertEqual(file['values'][0]['values'][1],
                          {'offset': 24, 'damage': 'the header of a record is cut short'})
         self.assertEqual(file['values'][1]['value'], 6)
 
-    def test_in_a_set_is_found_where_it_is(self):
+    def test_in_a_set_is_reported_with_its_offset(self):
         head = record(504, integer(815)) + record(504, integer(2))
         size = record(815, resolution(1, 2))
         for elements, offset, fault in (
@@ -356,7 +356,7 @@ class Nesting(DumpTest):
         self.assertEqual(len(lines), 65)
         self.assertTrue(lines[-1].endswith('(nested too deeply to be shown)'), lines[-1])
 
-    def test_of_any_depth_is_survived(self):
+    def test_of_any_depth_does_not_crash(self):
         # Built from the innermost level outwards; each level adds 12 bytes at the front.
         levels = 20000
         size = 12
