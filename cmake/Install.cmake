@@ -97,7 +97,7 @@ if(TARGET resolution)
         COMPONENT program)
 endif()
 
-# Excludes the program's documents and those for work in this tree.
+# Installs all pages except those about the program and those for developers of this tree.
 file(GLOB zn_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md"
     "${PROJECT_SOURCE_DIR}/docs/*.svg")
 list(FILTER zn_pages EXCLUDE REGEX "/(deployment|developing|sdk-requirements)\\.md$")

@@ -5,7 +5,7 @@ set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 command=${0##*/}
-# The last sentence of most usages.
+# The last sentence of most commands' usage text.
 installs="Missing packages are installed first, through apt-get as root or with sudo."
 
 say() { echo "$command: $*" >&2; }

@@ -1,5 +1,5 @@
-// A program outside the project, with the same include lines as the library's sources. It passes objects
-// through a stream, and catches an exception of the library by its type.
+// A program outside the project, with the same include lines as the library's sources. It passes
+// objects through a stream, and catches an exception of the library by its type.
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Markup.h"

@@ -1,5 +1,5 @@
-// The examples of docs/text.md. Below "<!-- name -->", the page quotes the lines between "// [name]" and
-// "// [/name]". The last tests compare the page with this file.
+// The examples of docs/text.md. Below "<!-- name -->", the page quotes the lines between "//
+// [name]" and "// [/name]". The last tests compare the page with this file.
 
 #include "misc/zntl_Markup.h"
 #include "misc/zntl_SmartArray.h"

@@ -137,7 +137,7 @@ inline std::set<std::uint32_t> boundaries(std::uint32_t value, std::size_t follo
     return all;
 }
 
-/// Returns the most important of these values, for tests with two wrong fields.
+/// Returns the most important values of `boundaries`, for tests with two wrong fields.
 inline std::set<std::uint32_t> extremes(std::uint32_t value, std::size_t following) {
     return {0, value + 1, static_cast<std::uint32_t>(following), 0x7FFFFFFF, 0xFFFFFFFC};
 }

@@ -17,7 +17,7 @@ namespace {
 
 using zntl::String;
 
-// Too long for the small-string optimisation.
+// These strings are too long for the small-string optimisation, so each copy allocates.
 String const text =
     " one,'two,three',four <element>in here</element> &lt;five&gt; <element/> rest ";
 String const name = "element";

@@ -41,7 +41,7 @@ Value const values[] = {
     {INT_MIN, "00 00 00 80", "-2147483648"},
 };
 
-/// Records which operations call which.
+/// Overrides operations, so that results show which operations call them.
 class Subclass : public Integer {
 public:
     using Integer::Integer;
@@ -115,7 +115,7 @@ TEST(Integer, FromBinReadsFourBytesAndIgnoresTheRest) {
 TEST(Integer, FromBinOfFewerThanFourBytesThrowsAndLeavesTheValue) {
     for (unsigned int length = 0; length < 4; ++length) {
         Bytes const data(
-            length, 0x11); // of exactly this size, so that sanitizers detect out-of-bounds reads
+            length, 0x11); // exactly as long as announced: sanitizers detect out-of-bounds reads
         Integer integer(99);
         EXPECT_TRUE(test::throws<zntl::Exception>("znsl::Serializable::fromBin() - Failed!", [&] {
             integer.fromBin(data.data(), length);

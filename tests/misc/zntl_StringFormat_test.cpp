@@ -231,7 +231,7 @@ TEST(StringFromFloat, RoundsTheExactValueAndHalvesToEven) {
         EXPECT_EQ(String::fromFloat(row.value, row.decimals), row.text);
 }
 
-/// Any float. Extreme values, infinities and NaNs are as likely as others.
+/// Returns a float with random bits: infinities, NaNs and extreme values occur.
 float anyFloat(std::mt19937& random) {
     auto const bits = static_cast<std::uint32_t>(random());
     float value;

@@ -418,7 +418,7 @@ TEST(StringPadEnd, FillsUpAndNeverShortens) {
 
 // The storable value
 
-/// Records which operations call which.
+/// Overrides operations, so that results show which operations call them.
 class Subclass : public String {
 public:
     using String::String;

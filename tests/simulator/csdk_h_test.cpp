@@ -1,4 +1,5 @@
-// csdk.h compiles as C++, and everything that it declares can be used. Its functions have C linkage.
+// csdk.h compiles as C++, and everything that it declares can be used. Its functions have C
+// linkage.
 #include "csdk.h"
 
 int csdk_h_as_cpp();

@@ -53,7 +53,7 @@ znsl::MemIOStream streamOfOne() {
 Bytes const integerFile = test::fromHex("f8 01 04 00 00 00 fe ff ff ff");
 
 Functions const reading{"open", "read"};
-// Contract: only `save` checks the result of close.
+// Contract: only `save` checks the result of close; other operations ignore it.
 Functions const writing{"open", "write"};
 
 std::vector<Operation> const operations{

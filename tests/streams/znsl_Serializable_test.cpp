@@ -68,7 +68,7 @@ void cutShort(test::SystemCalls& calls, std::string const& function) {
         calls.limit(function, k, 1);
 }
 
-/// The same, and two interrupted calls precede each call that moves a byte.
+/// Like `cutShort`, and two interrupted calls precede each call that moves a byte.
 void interruptAndCutShort(test::SystemCalls& calls, std::string const& function) {
     cutShort(calls, function);
     for (unsigned int k = 1; k <= manyCalls; k += 3)

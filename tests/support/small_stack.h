@@ -10,8 +10,8 @@
 namespace test {
 
 /// Runs `operation` in a thread with a stack of this size, or of the machine's minimum if that is
-/// larger, and returns its result. An operation whose recursion depth grows with its input overflows
-/// the stack and crashes. The operation must not throw.
+/// larger, and returns its result. An operation whose recursion depth grows with its input
+/// overflows the stack and crashes. The operation must not throw.
 template <class Operation>
 auto onSmallStack(Operation operation, std::size_t stackSize = std::size_t{64} * 1024) {
     struct Work {

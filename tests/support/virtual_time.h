@@ -17,8 +17,8 @@
 
 namespace test {
 
-/// While it lives, only sleeps and the test itself advance the monotonic clock, and sleeps return at
-/// once. Use one object at a time, in one thread.
+/// While it lives, only sleeps and the test itself advance the monotonic clock, and sleeps return
+/// at once. Use one object at a time, in one thread.
 class VirtualTime {
 public:
     explicit VirtualTime(std::int64_t seconds = 1000, long nanoseconds = 0) {

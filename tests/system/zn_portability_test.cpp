@@ -168,7 +168,7 @@ TEST(Strlwr, StopsAtTheTextsEndWhateverTheTableMakesOfIt) {
     EXPECT_EQ(std::string(text, 3), std::string("b\0b", 3));
 }
 
-// Contract: the walk starts at the null address.
+// Contract: zn_strupr starts at address 0, so every call is a segmentation fault.
 TEST(StruprDeathTest, FaultsBeforeAnythingIsChanged) {
     for (char const* const text : {"abc", ""}) {
         char buffer[4];
