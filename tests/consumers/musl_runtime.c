@@ -1,5 +1,5 @@
-/* Defines the functions and the variable of glibc that the distribution's C++ runtime needs and musl
-   does not have. The C++ runtime of a musl toolchain does not need them. */
+/* Defines the functions and the variable of glibc that the distribution's C++ runtime needs and
+   musl does not have. The C++ runtime of a musl toolchain does not need them. */
 #include <link.h>
 #include <stdint.h>
 #include <stdlib.h>
