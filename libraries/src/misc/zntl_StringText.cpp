@@ -139,8 +139,7 @@ std::vector<String> String::tokenize(String const& separators, String const& quo
     forEachPiece([&](std::size_t, std::size_t) { ++count; });
     std::vector<String> pieces;
     pieces.reserve(count);
-    // A piece ends at its first NUL. Few strings have one, so the pieces of others are not
-    // searched.
+    // A piece ends at its first NUL. Most strings have none, and then no piece is searched for one.
     bool const hasNul = find('\0') != npos;
     forEachPiece([&](std::size_t start, std::size_t length) {
         char const* const piece = data() + start;

@@ -222,9 +222,8 @@ public:
     /// capacity. Never throws.
     ///
     /// Returns false:
-    /// - with the stream unchanged, if the file cannot be opened, has 4 GiB or more, or has no
-    /// known
-    ///   size (a directory, a pipe, a file in /proc), or if the allocation fails;
+    /// - with the stream unchanged, if the file cannot be opened, has 4 GiB or more or no size
+    ///   (a directory, a pipe, a file in /proc), or if the allocation fails;
     /// - with the unread bytes possibly overwritten, if reading the file fails;
     /// - with the bytes of the file in the stream, if they are not a whole number of records.
     bool load(char const* path);

@@ -28,8 +28,7 @@ public:
     }
 
 private:
-    // Comparing a short pattern at every position is faster, and linear because its size is
-    // limited.
+    // Comparing at every position is faster, and linear because the size is limited.
     bool isShort() const { return pattern_.size() <= 64; }
     std::size_t findShort(std::string_view text, std::size_t from) const;
 

@@ -20,8 +20,7 @@ struct Decimal {
 
 /// Reads a base-10 integer from the start of `text` as strtol does in the C locale (leading white
 /// space and a sign are accepted, parsing stops at the first non-digit, no digits give 0),
-/// saturated to 32 bits on every machine. No errno, no locale, nothing to bind when the program
-/// starts.
+/// saturated to 32 bits on every machine. Uses neither errno nor a locale.
 inline Decimal parseDecimal(char const* text) {
     char const* number = text;
     while (isSpace(*number))
