@@ -37,7 +37,7 @@ public:
                                     (directory_ / "warnings");
         std::ignore = std::system(compile.c_str());
         setenv("LOCPATH", directory_.path().c_str(), 1);
-        // By way of the global locale, because newlocale leaks its copy of LOCPATH.
+        // Not with newlocale, which leaks memory if LOCPATH is set.
         if (setlocale(LC_NUMERIC, "comma"))
             locale_ = duplocale(LC_GLOBAL_LOCALE);
         setlocale(LC_NUMERIC, "C");
