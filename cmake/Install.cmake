@@ -65,7 +65,7 @@ if(TARGET zn-dump)
 endif()
 
 if(TARGET resolution)
-    # The distribution's web servers look for CGI programs there.
+    # The distribution's web servers look for CGI programs in lib/cgi-bin.
     install(TARGETS resolution DESTINATION lib/cgi-bin COMPONENT program)
     # The installed program must not search the build tree for the stand-in SDK.
     install(CODE "file(RPATH_REMOVE FILE

@@ -9,8 +9,8 @@ target_compile_options(zn-flags-installed INTERFACE
     -fdata-sections
     "$<$<CONFIG:Release>:-O2;-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 
-# For the program's code and the library linked into it. Contract: at a fixed address, the loader
-# copies the SDK's two records into the program.
+# For the program's code and the library linked into it. Contract: the program has a fixed address, because
+# only then the loader copies the SDK's two records into it.
 add_library(zn-flags-fixed-address INTERFACE)
 target_link_libraries(zn-flags-fixed-address INTERFACE zn-flags-installed)
 target_compile_options(zn-flags-fixed-address INTERFACE -fno-pie)

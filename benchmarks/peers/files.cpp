@@ -25,8 +25,8 @@ std::string file(std::string const& name) {
     return folder / name;
 }
 
-// Write bytes to a file and read them back, as users of each library do. Writing returns whether
-// all bytes were written; reading reuses a string's buffer.
+// These functions write bytes to a file and read them back, as users of each library do. Writing
+// returns whether all bytes were written; reading reuses a string's buffer.
 
 bool writeStream(std::string const& path, std::string const& bytes) {
     std::ofstream out(path, std::ios::binary);

@@ -6,7 +6,7 @@ import unittest
 
 from program import ProgramTest, run
 
-# The folder of the camera with each initial value of the flags. Their handles are -1 and 0.
+# The test camera's folder for each initial value of the flags. The cameras' handles are -1 and 0.
 CAMERAS = {0xa5: os.environ['ZN_CAMERA_A5'], 0x2a: os.environ['ZN_CAMERA_2A']}
 
 HEADER = 'Content-Type: text/plain\r\n\r\n'

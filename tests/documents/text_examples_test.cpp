@@ -294,8 +294,8 @@ std::vector<std::string> linesOf(std::filesystem::path const& path) {
     return lines;
 }
 
-/// The part of `line` between `opening` and `closing`; nothing if it does not start and end with
-/// them.
+/// Returns the part of `line` between `opening` and `closing`; an empty string if the line does not
+/// start and end with them.
 std::string between(std::string const& line, std::string const& opening,
                     std::string const& closing) {
     bool const framed = line.size() > opening.size() + closing.size() &&
@@ -304,7 +304,7 @@ std::string between(std::string const& line, std::string const& opening,
     return framed ? line.substr(opening.size(), line.size() - opening.size() - closing.size()) : "";
 }
 
-/// The examples of this file, with the first line's indentation taken off all lines.
+/// Returns the examples of this file by name, each without the indentation of its first line.
 Examples examplesOfFile() {
     Examples examples;
     std::string name;
@@ -324,7 +324,7 @@ Examples examplesOfFile() {
     return examples;
 }
 
-/// The blocks of code of the page, each with the name above it.
+/// Returns the page's blocks of code by the names above them.
 Examples examplesOfPage() {
     Examples examples;
     std::string name = "(nameless)";
