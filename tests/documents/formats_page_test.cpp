@@ -17,13 +17,7 @@
 
 namespace {
 
-using test::append;
-using test::Bytes;
-using test::concat;
-using test::fromHex;
-using test::record;
-using test::recordHeader;
-using test::toHex;
+using namespace test;
 
 std::filesystem::path root() {
     return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();

@@ -13,9 +13,7 @@
 #include <string>
 #include <type_traits>
 
-using test::Bytes;
-using test::fromHex;
-using test::toHex;
+using namespace test;
 using zntl::Integer;
 
 static_assert(std::is_base_of_v<znsl::Serializable, Integer>);

@@ -24,11 +24,7 @@
 #include <utility>
 #include <vector>
 
-using test::Bytes;
-using test::bytesOf;
-using test::concat;
-using test::fromHex;
-using test::toHex;
+using namespace test;
 using zntl::String;
 
 static_assert(std::is_convertible_v<String*, std::string*>, "a public base");

@@ -20,9 +20,7 @@ using namespace std::string_literals;
 
 namespace {
 
-using test::Blob;
-using test::Bytes;
-using test::toHex;
+using namespace test;
 using znsl::EndOfFile;
 using znsl::MemIOStream;
 using zntl::Integer;

@@ -29,11 +29,7 @@
 
 namespace {
 
-using test::Bytes;
-using test::concat;
-using test::fromHex;
-using test::record;
-using test::recordHeader;
+using namespace test;
 using znsl::MemIOStream;
 using znsl::Serializable;
 using zntl::Integer;

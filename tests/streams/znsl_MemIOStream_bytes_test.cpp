@@ -16,22 +16,7 @@
 
 namespace {
 
-using test::append;
-using test::asksForMemory;
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::expectWithoutBuffer;
-using test::fill;
-using test::fromHex;
-using test::invalidMemory;
-using test::readPosition;
-using test::recordHeader;
-using test::recordOfSize;
-using test::sizeOf;
-using test::View;
-using test::writePosition;
+using namespace test;
 using znsl::MemIOStream;
 
 // Writing into the buffer

@@ -16,20 +16,7 @@
 
 namespace {
 
-using test::append;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::expectWithoutBuffer;
-using test::fill;
-using test::fromHex;
-using test::invalidMemory;
-using test::readPosition;
-using test::recordOfSize;
-using test::sizeOf;
-using test::View;
-using test::virtualSlot;
-using test::writePosition;
+using namespace test;
 using znsl::MemIOStream;
 
 // Layout and slots

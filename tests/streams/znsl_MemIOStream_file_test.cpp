@@ -23,25 +23,7 @@
 
 namespace {
 
-using test::append;
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::endOfFileRecord;
-using test::fault;
-using test::fill;
-using test::fromHex;
-using test::readFile;
-using test::readPosition;
-using test::recordHeader;
-using test::recordOfSize;
-using test::SystemCalls;
-using test::throws;
-using test::toHex;
-using test::View;
-using test::writeFile;
-using test::writePosition;
+using namespace test;
 using znsl::MemIOStream;
 using zntl::Integer;
 

@@ -13,16 +13,7 @@
 
 namespace {
 
-using test::append;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::fill;
-using test::fromHex;
-using test::invalidMemory;
-using test::recordOfSize;
-using test::toHex;
-using test::View;
+using namespace test;
 using znsl::MemIOStream;
 
 // The stream's own binary form

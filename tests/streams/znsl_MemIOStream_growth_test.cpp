@@ -19,18 +19,7 @@
 
 namespace {
 
-using test::append;
-using test::asksForMemory;
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::expectWithoutBuffer;
-using test::fill;
-using test::readPosition;
-using test::recordOfSize;
-using test::View;
-using test::writePosition;
+using namespace test;
 using znsl::MemIOStream;
 
 // Reserving

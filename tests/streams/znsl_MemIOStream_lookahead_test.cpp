@@ -14,20 +14,7 @@
 
 namespace {
 
-using test::append;
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::endOfFileRecord;
-using test::fault;
-using test::fill;
-using test::fromHex;
-using test::record;
-using test::recordHeader;
-using test::recordOfSize;
-using test::throws;
-using test::View;
+using namespace test;
 using znsl::EndOfFile;
 using znsl::MemIOStream;
 using zntl::Exception;

@@ -31,12 +31,7 @@
 
 namespace {
 
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::fault;
-using test::throws;
+using namespace test;
 using znsl::MemIOStream;
 using zntl::Exception;
 

@@ -17,17 +17,7 @@
 
 namespace {
 
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::endOfFileRecord;
-using test::fault;
-using test::fill;
-using test::fromHex;
-using test::record;
-using test::recordOfSize;
-using test::throws;
-using test::View;
+using namespace test;
 using znsl::MemIOStream;
 using zntl::Exception;
 using zntl::Integer;

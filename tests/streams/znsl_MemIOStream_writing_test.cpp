@@ -24,21 +24,7 @@
 
 namespace {
 
-using test::append;
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::content;
-using test::fault;
-using test::fill;
-using test::fromHex;
-using test::record;
-using test::recordHeader;
-using test::recordOfSize;
-using test::throws;
-using test::toHex;
-using test::View;
-using test::writePosition;
+using namespace test;
 using znsl::MemIOStream;
 using zntl::Exception;
 using zntl::Integer;

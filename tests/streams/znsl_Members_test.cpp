@@ -18,9 +18,7 @@
 #include <map>
 #include <string>
 
-using test::Bytes;
-using test::fromHex;
-using test::toHex;
+using namespace test;
 using znsl::Members;
 using znsl::Serializable;
 using zntl::Integer;

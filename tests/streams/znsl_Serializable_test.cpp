@@ -23,13 +23,7 @@
 #include <unistd.h>
 #include <vector>
 
-using test::Blob;
-using test::Bytes;
-using test::concat;
-using test::fromHex;
-using test::readFile;
-using test::toHex;
-using test::writeFile;
+using namespace test;
 
 static_assert(std::is_abstract_v<znsl::Serializable>);
 static_assert(std::has_virtual_destructor_v<znsl::Serializable>);

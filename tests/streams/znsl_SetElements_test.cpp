@@ -14,11 +14,7 @@
 #include <stdexcept>
 #include <string>
 
-using test::Bytes;
-using test::concat;
-using test::fromHex;
-using test::record;
-using test::toHex;
+using namespace test;
 
 namespace {
 

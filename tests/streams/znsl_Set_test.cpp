@@ -24,11 +24,7 @@
 #include <utility>
 #include <vector>
 
-using test::Bytes;
-using test::concat;
-using test::fromHex;
-using test::record;
-using test::toHex;
+using namespace test;
 using znsl::MemIOStream;
 using znvl::Resolution;
 using Resolutions = znsl::Set<Resolution>;

@@ -33,9 +33,7 @@
 #include <utility>
 #include <vector>
 
-using test::Bytes;
-using test::fromHex;
-using test::toHex;
+using namespace test;
 using znsl::member;
 using znsl::Serializable;
 using znsl::xmlMember;

@@ -16,9 +16,7 @@
 #include <map>
 #include <string>
 
-using test::Bytes;
-using test::fromHex;
-using test::toHex;
+using namespace test;
 using znsl::Serializable;
 using znvl::Resolution;
 
