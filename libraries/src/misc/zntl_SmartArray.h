@@ -106,7 +106,8 @@ private:
         size_ = 0;
     }
 
-    // The messages of both classes name "zntl::SmartArray".
+    // Contract: messages of both classes name "zntl::SmartArray" and contain fixed line numbers,
+    // because programs and logs may compare them.
     [[noreturn]] static void raise(int line, char const* text) {
         throw Exception(locatedMessage("../../../../../libraries/src/misc/zntl_SmartArray", line,
                                        "zntl::SmartArray", text));

@@ -67,6 +67,7 @@ public:
     static String fromFloat(float value, int decimals);
 
     /// Returns the value of an environment variable; the empty string if it is not set.
+    // Contract: programs use the misspelt name.
     static String fromEnvVarible(char const* name);
 
     // Comparison and conversion
