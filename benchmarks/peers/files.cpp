@@ -9,9 +9,7 @@
 #include "streams/znsl_MemIOStream.h"
 #include "video/znvl_Resolution.h"
 
-#include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -19,11 +17,6 @@
 namespace bench {
 
 namespace {
-
-std::string file(std::string const& name) {
-    static test::TemporaryDirectory const folder;
-    return folder / name;
-}
 
 // These functions write bytes to a file and read them back, as users of each library do. Writing
 // returns whether all bytes were written; reading reuses a string's buffer.
@@ -59,31 +52,24 @@ bool readStdio(std::string const& path, std::string& bytes) {
     return isRead;
 }
 
-/// Adds two rows: `write` and `read`, each compared with the peers, which write and read `bytes`.
+/// Adds two rows: `write` and `read`, which receive a path, each compared with the peers, which
+/// write and read the same bytes. All return whether they succeeded.
 template <class Write, class Read>
-void addRows(std::string const& written, std::string const& readName, std::string const& name,
-             std::shared_ptr<std::string const> bytes, Write write, Read read) {
-    std::string const path = file(name);
-    Row("file: " + written)
-        .library([=] { return write(path.c_str()); })
-        .peer("std::ofstream", [=] { return writeStream(path + ".stream", *bytes); })
-        .peer("stdio", [=] { return writeStdio(path + ".stdio", *bytes); });
+void addFileRows(std::string const& writing, std::string const& reading, Write write, Read read) {
+    static test::TemporaryDirectory const folder;
+    std::string const path = folder / writing;
+    auto const bytes = std::make_shared<std::string>();
+    write(path);
+    readStdio(path, *bytes);
+    Row("file: " + writing, path)
+        .library(write)
+        .peer("std::ofstream", [=](auto& own) { return writeStream(own + ".stream", *bytes); })
+        .peer("stdio", [=](auto& own) { return writeStdio(own + ".stdio", *bytes); });
     auto const content = std::make_shared<std::string>();
-    Row("file: " + readName)
-        .library([=] { return read(path.c_str()); })
-        .peer("std::ifstream", [=] { return readStream(path + ".stream", *content); })
-        .peer("stdio", [=] { return readStdio(path + ".stdio", *content); });
-}
-
-void addTextRows(std::string const& name, std::size_t size) {
-    generator().seed(4);
-    auto const text = std::make_shared<zntl::String const>(randomText(size));
-    addRows(
-        "write a text of " + name, "read a text of " + name, name, text,
-        [=](char const* path) { return text->toFile(path); },
-        [=, content = std::make_shared<zntl::String>()](char const* path) {
-            return content->fromFile(path) && content->size() == text->size();
-        });
+    Row("file: " + reading, path)
+        .library(read)
+        .peer("std::ifstream", [=](auto& own) { return readStream(own + ".stream", *content); })
+        .peer("stdio", [=](auto& own) { return readStdio(own + ".stdio", *content); });
 }
 
 void addStreamRows() {
@@ -91,57 +77,32 @@ void addStreamRows() {
     zntl::String const text = randomText(64 * 1024 - 13);
     while (records->size() < 64U * 1024 * 1024)
         *records << text;
-    unsigned char const* data;
-    unsigned int length;
-    records->getBuffer(data, length);
-    addRows(
-        "save an object stream of 64 MB", "load an object stream of 64 MB", "records",
-        std::make_shared<std::string const>(reinterpret_cast<char const*>(data), length),
-        [=](char const* path) { return records->save(path); },
-        [=, loaded = std::make_shared<znsl::MemIOStream>()](char const* path) {
-            return loaded->load(path) && loaded->size() == length;
+    addFileRows(
+        "save an object stream of 64 MB", "load an object stream of 64 MB",
+        [=](std::string const& path) { return records->save(path.c_str()); },
+        [loaded = std::make_shared<znsl::MemIOStream>()](std::string const& path) {
+            return loaded->load(path.c_str());
         });
 }
 
-struct Record {
-    std::uint16_t type;
-    std::uint32_t length;
-    int width, height;
-};
-
-template <class Write, class Read>
-auto typed(Write write, Read read, std::string const& path) {
-    return [=, bytes = std::string()]() mutable {
-        Record record{815, 8, 640, 480};
-        bytes.assign(reinterpret_cast<char const*>(&record), sizeof record);
-        write(path, bytes);
-        read(path, bytes);
-        bytes.copy(reinterpret_cast<char*>(&record), sizeof record);
-        return record.width;
-    };
+template <class Value>
+void addValueRows(std::string const& name, Value const& value) {
+    auto const written = std::make_shared<Value const>(value);
+    addFileRows(
+        "write " + name, "read " + name,
+        [=](std::string const& path) { return written->toFile(path.c_str()); },
+        [read = std::make_shared<Value>()](std::string const& path) {
+            return read->fromFile(path.c_str());
+        });
 }
-
-/// Writes a type, a length and two numbers, and reads them back.
-void addTypedRow() {
-    Row("file: write and read a resolution")
-        .library([path = file("typed"), written = znvl::Resolution(640, 480),
-                  read = znvl::Resolution()]() mutable {
-            written.toFile(path.c_str());
-            read.fromFile(path.c_str());
-            return read.width.getValue();
-        })
-        .peer("std::fstream", typed(writeStream, readStream, file("typed.stream")))
-        .peer("stdio", typed(writeStdio, readStdio, file("typed.stdio")));
-}
-
-[[maybe_unused]] bool const added = [] {
-    addStreamRows();
-    addTextRows("1 KB", 1024);
-    addTextRows("16 MB", 16 * 1024 * 1024);
-    addTypedRow();
-    return true;
-}();
 
 } // namespace
+
+void addRows() {
+    addStreamRows();
+    addValueRows("a text of 1 KB", zntl::String(randomText(1024)));
+    addValueRows("a text of 16 MB", zntl::String(randomText(16 * 1024 * 1024)));
+    addValueRows("a resolution", znvl::Resolution(640, 480));
+}
 
 } // namespace bench

@@ -1,9 +1,9 @@
-// Encoding and decoding markup, replacing elements, searching tags.
+// Encoding and decoding markup, replacing elements.
 
 #include "support/data.h"
 #include "support/row.h"
+#include "support/sample_texts.h"
 
-#include "misc/zntl_Markup.h"
 #include "misc/zntl_String.h"
 
 #include <absl/strings/str_replace.h>
@@ -75,27 +75,25 @@ std::string abslDecode(std::string const& text) {
         text, {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&apos;", "'"}, {"&quot;", "\""}});
 }
 
-/// Returns text in which about one of `spacing` characters is markup; none if `spacing` is 0.
-std::string markupText(std::size_t length, int spacing) {
-    generator().seed(5);
+/// Returns text in which about `percent` of a hundred characters are markup.
+std::string markupText(std::size_t length, int percent) {
     std::string text = randomText(length);
     for (char& c : text) {
-        if (spacing != 0 && randomInt(1, spacing) == 1)
+        if (randomInt(0, 99) < percent)
             c = "&<>'\""[randomInt(0, 4)];
     }
     return text;
 }
 
-void addEscapeRows(std::string const& name, std::string const& plain) {
-    Row("markup: encode " + name)
-        .library([text = String(plain)] { return String::encodeHtml(text); })
-        .peer("std", [=] { return stdEncode(plain); })
-        .peer("absl", [=] { return abslEncode(plain); });
-    std::string const encoded = stdEncode(plain);
-    Row("markup: decode " + name)
-        .library([text = String(encoded)] { return String::decodeHtml(text); })
-        .peer("std", [=] { return stdDecode(encoded); })
-        .peer("absl", [=] { return abslDecode(encoded); });
+void addEscapeRows(std::string const& name, String const& plain) {
+    Row("markup: encode " + name, plain)
+        .library(String::encodeHtml)
+        .peer("std", stdEncode)
+        .peer("absl", abslEncode);
+    Row("markup: decode " + name, String::encodeHtml(plain))
+        .library(String::decodeHtml)
+        .peer("std", stdDecode)
+        .peer("absl", abslDecode);
 }
 
 // No peer replaces elements, so a user would write the loop. `isOpening` checks the character after
@@ -154,70 +152,31 @@ std::string stdReplaceElement(std::string_view text, std::string const& name,
     return result;
 }
 
-std::string repeated(std::string const& text, int times) {
-    std::string all;
-    for (int i = 0; i < times; ++i)
-        all += text;
-    return all;
+auto addReplaceRow(std::string const& name, String const& text) {
+    return Row("element: replace " + name, text)
+        .library([](String const& all) { return all.replaceElement("item", "X"); })
+        .peer("std", [](std::string const& all) { return stdReplaceElement(all, "item", "X"); });
 }
-
-Row addReplaceRow(std::string const& name, std::string const& plain) {
-    return Row("element: replace " + name)
-        .library([text = String(plain)] { return text.replaceElement("item", "X"); })
-        .peer("std", [=] { return stdReplaceElement(plain, "item", "X"); });
-}
-
-void addTagRows(std::string const& word) {
-    std::string const far = repeated("<items>" + word + "</items>", 200) + "<item id='1'>";
-    Row("tag: find an opening tag behind 20 KB")
-        .library([text = String(far), name = String("item")] {
-            unsigned int start;
-            unsigned int end;
-            bool selfClosing;
-            zntl::findOpenTag(text, 0, name, start, end, selfClosing);
-            return std::size_t{start} + end;
-        })
-        .peer("std", [=] {
-            std::size_t start = far.find("<item");
-            while (!isOpening(far, start + 5))
-                start = far.find("<item", start + 5);
-            return start + far.find('>', start);
-        });
-
-    std::string const nested = repeated("<item>" + word, 200) + repeated(word + "</item>", 200);
-    Row("tag: find the closing tag of 200 nested ones")
-        .library([text = String(nested), name = String("item")] {
-            unsigned int start;
-            unsigned int end;
-            zntl::findCloseTag(text, 6, name, start, end);
-            return std::size_t{end};
-        })
-        .peer("std", [=] { return stdElementEnd(nested, "<item", "</item>", 6) - 1; });
-}
-
-[[maybe_unused]] bool const added = [] {
-    addEscapeRows("64 KB without markup", markupText(64 * 1024, 0));
-    addEscapeRows("64 KB, a tenth of it markup", markupText(64 * 1024, 10));
-    addEscapeRows("64 KB, all of it markup", markupText(64 * 1024, 1));
-    addEscapeRows("20 characters without markup", markupText(20, 0));
-    addEscapeRows("20 characters with markup", "if (a < b && c > d) ");
-
-    generator().seed(6);
-    std::string const word = randomText(40);
-    std::string const siblings =
-        repeated("<item id='1'>" + word + "</item><b>" + word + "</b>", 500);
-    static std::regex const element("<item[^>]*>[^<]*</item>");
-    addReplaceRow("500 siblings", siblings).peer("std::regex", [=] {
-        return std::regex_replace(siblings, element, "X");
-    });
-    addReplaceRow("500 nested", repeated("<item>" + word, 500) + repeated(word + "</item>", 500));
-    addReplaceRow("500 unclosed", repeated("<item>" + word, 500));
-    addReplaceRow("without a hit", repeated("<b>" + word + "</b>", 1000));
-    addReplaceRow("in a short text", "1<item>2</item>3<item/>4");
-    addTagRows(word);
-    return true;
-}();
 
 } // namespace
+
+void addRows() {
+    addEscapeRows("64 KB without markup", markupText(64 * 1024, 0));
+    addEscapeRows("64 KB, a tenth of it markup", markupText(64 * 1024, 10));
+    addEscapeRows("64 KB, all of it markup", markupText(64 * 1024, 100));
+    addEscapeRows("20 characters with markup", "if (a < b && c > d) ");
+
+    using test::repeated;
+    std::string const word = randomText(40);
+    std::string const sibling = "<item id='1'>" + word + "</item><b>" + word + "</b>";
+    addReplaceRow("500 siblings", repeated(sibling, 500))
+        .peer("std::regex", [](std::string const& text) {
+            static std::regex const element("<item[^>]*>[^<]*</item>");
+            return std::regex_replace(text, element, "X");
+        });
+    addReplaceRow("500 nested", repeated("<item>" + word, 500) + repeated(word + "</item>", 500));
+    addReplaceRow("500 unclosed", repeated("<item>" + word, 500));
+    addReplaceRow("in a short text", "1<item>2</item>3<item/>4");
+}
 
 } // namespace bench

@@ -29,67 +29,41 @@ namespace bench {
 
 namespace {
 
+using Numbers = std::vector<std::pair<int, int>>;
+using ZnSet = znsl::Set<znvl::Resolution>;
+using PeerSet = std::set<Size>;
+
 template <class Set>
-auto inserting(int count) {
-    generator().seed(2);
-    std::vector<std::pair<int, int>> sizes;
-    for (int i = 0; i < count; ++i)
-        sizes.emplace_back(randomInt(1, 1'000'000), randomInt(1, 2160));
-    return [sizes] {
-        Set set;
-        for (auto const& [width, height] : sizes)
-            set.emplace(width, height);
-        return set.size();
-    };
+Set makeSet(Numbers const& sizes) {
+    Set set;
+    for (auto const& [width, height] : sizes)
+        set.emplace(width, height);
+    return set;
 }
 
 template <class Set>
-Set makeSet(int count) {
-    generator().seed(2);
-    Set set;
-    for (int i = 0; i < count; ++i)
-        set.emplace(randomInt(1, 1'000'000), randomInt(1, 2160));
-    return set;
+std::size_t inserting(Numbers const& sizes) {
+    return makeSet<Set>(sizes).size();
 }
 
 template <class Set>
 std::size_t sumOf(Set const& set) {
     std::size_t sum = 0;
     for (auto const& size : set)
-        sum = sum * 3 + static_cast<unsigned int>(int{size.width});
+        sum = sum * 3 + checksum(size);
     return sum;
 }
 
 // These functions write a set to a reused buffer and read it into a reused set.
 
-using ZnSet = znsl::Set<znvl::Resolution>;
-using PeerSet = std::set<Size>;
-
-auto zn(int count) {
-    return [set = makeSet<ZnSet>(count), read = ZnSet(),
-            bytes = std::vector<unsigned char>()]() mutable {
-        bytes.resize(set.getBinLength());
-        set.toBin(bytes.data());
-        read.fromBin(bytes.data(), static_cast<unsigned int>(bytes.size()));
-        std::size_t sum = 0;
-        for (auto const& size : read)
-            sum = sum * 3 + static_cast<unsigned int>(size.width.getValue());
-        return sum;
-    };
-}
-
-/// `pass` writes a set to the buffer and reads another set from it.
-template <class Buffer, class Pass>
-auto passing(int count, Pass pass) {
-    return [=, set = makeSet<PeerSet>(count), read = PeerSet(),
-            buffer = std::make_shared<Buffer>()]() mutable {
-        buffer->clear();
-        pass(set, *buffer, read);
-        return sumOf(read);
-    };
+void zn(ZnSet const& set, std::vector<unsigned char>& buffer, ZnSet& read) {
+    buffer.resize(set.getBinLength());
+    set.toBin(buffer.data());
+    read.fromBin(buffer.data(), static_cast<unsigned int>(buffer.size()));
 }
 
 void cereal(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    buffer.clear();
     std::ostream out(&buffer);
     ::cereal::BinaryOutputArchive{out}(set);
     buffer.turnAround();
@@ -98,6 +72,7 @@ void cereal(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
 }
 
 void boost(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    buffer.clear();
     constexpr unsigned int flags = ::boost::archive::no_header | ::boost::archive::no_codecvt;
     ::boost::archive::binary_oarchive(buffer, flags) << set;
     buffer.turnAround();
@@ -105,6 +80,7 @@ void boost(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
 }
 
 void msgpack(PeerSet const& set, ::msgpack::sbuffer& buffer, PeerSet& read) {
+    buffer.clear();
     ::msgpack::pack(buffer, set);
     ::msgpack::unpack(buffer.data(), buffer.size()).get().convert(read);
 }
@@ -124,27 +100,38 @@ void protobuf(PeerSet const& set, std::string& buffer, PeerSet& read) {
         read.emplace_hint(read.end(), size.width(), size.height());
 }
 
-void addRows(int count) {
-    std::string const elements = std::to_string(count) + " resolutions";
-    Row("set: insert " + elements)
-        .library(inserting<ZnSet>(count))
-        .peer("std::set", inserting<PeerSet>(count))
-        .peer("boost::set", inserting<::boost::container::set<Size>>(count))
-        .peer("absl::btree_set", inserting<absl::btree_set<Size>>(count));
-    Row("set: to bytes and back, " + elements)
-        .library(zn(count))
-        .peer("cereal", passing<MemoryBuffer>(count, cereal))
-        .peer("boost", passing<MemoryBuffer>(count, boost))
-        .peer("msgpack", passing<::msgpack::sbuffer>(count, msgpack))
-        .peer("protobuf", passing<std::string>(count, protobuf));
+template <class Set, class Buffer>
+auto passing(Numbers const& sizes, void (*pass)(Set const&, Buffer&, Set&)) {
+    return [=, set = makeSet<Set>(sizes), read = Set(),
+            buffer = std::make_shared<Buffer>()]() mutable {
+        pass(set, *buffer, read);
+        return sumOf(read);
+    };
 }
 
-[[maybe_unused]] bool const added = [] {
-    addRows(100);
-    addRows(100'000);
-    return true;
-}();
+void addSetRows(int count) {
+    Numbers sizes;
+    for (int i = 0; i < count; ++i)
+        sizes.emplace_back(randomInt(1, 1'000'000), randomInt(1, 2160));
+    std::string const elements = std::to_string(count) + " resolutions";
+    Row("set: insert " + elements, sizes)
+        .library(inserting<ZnSet>)
+        .peer("std::set", inserting<PeerSet>)
+        .peer("boost::set", inserting<::boost::container::set<Size>>)
+        .peer("absl::btree_set", inserting<absl::btree_set<Size>>);
+    Row("set: to bytes and back, " + elements)
+        .library(passing(sizes, zn))
+        .peer("cereal", passing(sizes, cereal))
+        .peer("boost", passing(sizes, boost))
+        .peer("msgpack", passing(sizes, msgpack))
+        .peer("protobuf", passing(sizes, protobuf));
+}
 
 } // namespace
+
+void addRows() {
+    addSetRows(100);
+    addSetRows(100'000);
+}
 
 } // namespace bench

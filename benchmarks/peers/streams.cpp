@@ -1,7 +1,6 @@
 // Queues of objects: writing, reading, and a steady state of both.
 
 #include "objects.pb.h"
-#include "support/data.h"
 #include "support/objects.h"
 #include "support/row.h"
 
@@ -22,6 +21,7 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -71,67 +71,52 @@ struct PeerValues {
     using Size = bench::Size;
 };
 
-/// A queue in an archive that writes to and reads from a stream buffer.
-template <class Derived>
+/// A queue in two archives, which write to and read from a stream buffer.
+template <class Archives>
 struct Archive : PeerValues {
     template <class Value>
     void put(Value const& value) {
-        self().write(static_cast<unsigned char>(kindOf(value)));
-        self().write(value);
+        archives.writer << static_cast<unsigned char>(kindOf(value)) << value;
     }
     template <class Value>
     void get(Value& value) {
         requireKind(nextKind(), value);
-        self().read(value);
+        archives.reader >> value;
         next.reset();
     }
     Kind nextKind() {
         if (!next) {
             unsigned char kind;
-            self().read(kind);
+            archives.reader >> kind;
             next = static_cast<Kind>(kind);
         }
         return *next;
     }
     void turnAround() { buffer.turnAround(); }
     void clear() { buffer.clear(); }
-    Derived& self() { return static_cast<Derived&>(*this); }
 
     MemoryBuffer buffer;
+    Archives archives{&buffer};
     std::optional<Kind> next;
 };
 
-struct Cereal : Archive<Cereal> {
-    template <class Value>
-    void write(Value const& value) {
-        writer(value);
-    }
-    template <class Value>
-    void read(Value& value) {
-        reader(value);
-    }
+struct CerealArchives {
+    explicit CerealArchives(MemoryBuffer* buffer) : out(buffer), in(buffer) {}
 
-    std::ostream out{&buffer};
-    std::istream in{&buffer};
+    std::ostream out;
+    std::istream in;
     cereal::BinaryOutputArchive writer{out};
     cereal::BinaryInputArchive reader{in};
 };
 
-struct Boost : Archive<Boost> {
+struct BoostArchives {
     static constexpr unsigned int flags = boost::archive::no_header | boost::archive::no_codecvt |
                                           boost::archive::no_xml_tag_checking;
 
-    template <class Value>
-    void write(Value const& value) {
-        writer << value;
-    }
-    template <class Value>
-    void read(Value& value) {
-        reader >> value;
-    }
+    explicit BoostArchives(MemoryBuffer* buffer) : writer(*buffer, flags), reader(*buffer, flags) {}
 
-    boost::archive::binary_oarchive writer{buffer, flags};
-    boost::archive::binary_iarchive reader{buffer, flags};
+    boost::archive::binary_oarchive writer;
+    boost::archive::binary_iarchive reader;
 };
 
 struct Msgpack : PeerValues {
@@ -233,25 +218,16 @@ using Values = std::tuple<std::vector<typename Queue::Integer>, std::vector<type
 
 template <class Queue>
 std::shared_ptr<Values<Queue>> makeValues() {
-    generator().seed(1);
+    std::mt19937 random(1); // the same values for each queue
+    auto const upTo = [&](unsigned int most) { return static_cast<int>(1 + random() % most); };
     auto values = std::make_shared<Values<Queue>>();
     for (int i = 0; i < count; ++i) {
-        std::get<integers>(*values).emplace_back(randomInt(-1'000'000, 1'000'000));
-        std::get<shortTexts>(*values).emplace_back(randomWord(std::size_t(randomInt(4, 15))));
-        std::get<longTexts>(*values).emplace_back(randomText(std::size_t(randomInt(100, 500))));
-        std::get<sizes>(*values).emplace_back(randomInt(1, 4096), randomInt(1, 2160));
+        std::get<integers>(*values).emplace_back(upTo(2'000'000) - 1'000'000);
+        std::get<shortTexts>(*values).emplace_back(std::string(std::size_t(3 + upTo(12)), 's'));
+        std::get<longTexts>(*values).emplace_back(std::string(std::size_t(99 + upTo(401)), 'l'));
+        std::get<sizes>(*values).emplace_back(upTo(4096), upTo(2160));
     }
     return values;
-}
-
-std::size_t checksum(int value) { return static_cast<unsigned int>(value); }
-std::size_t checksum(zntl::Integer const& value) { return checksum(value.getValue()); }
-std::size_t checksum(std::string const& text) {
-    return text.size() + static_cast<unsigned char>(text.back());
-}
-std::size_t checksum(Size const& size) { return checksum(size.width) * 3 + checksum(size.height); }
-std::size_t checksum(znvl::Resolution const& size) {
-    return checksum(size.width) * 3 + checksum(size.height);
 }
 
 template <Content content, class Queue>
@@ -296,8 +272,12 @@ std::size_t getAll(Queue& queue) {
     return sum;
 }
 
+/// Selects a function by the type of its queue.
+template <class Queue>
+struct Type {};
+
 template <Content content, class Queue>
-auto writing() {
+auto writing(Type<Queue> /*type*/) {
     return [values = makeValues<Queue>()] {
         Queue queue;
         auto* const reachable = &queue; // prevents the compiler from removing the writes
@@ -310,7 +290,7 @@ auto writing() {
 
 /// The library copies and checks untrusted bytes. The peers read them in place.
 template <Content content, class Queue>
-auto reading() {
+auto reading(Type<Queue> /*type*/) {
     auto const queue = std::make_shared<Queue>();
     putAll<content>(*queue, *makeValues<Queue>());
     return [queue] {
@@ -328,7 +308,7 @@ auto reading() {
 }
 
 template <Content content, class Queue>
-auto passing() {
+auto passing(Type<Queue> /*type*/) {
     return [values = makeValues<Queue>(), queue = std::make_shared<Queue>()] {
         putAll<content>(*queue, *values);
         queue->turnAround();
@@ -338,37 +318,31 @@ auto passing() {
     };
 }
 
-template <Content content>
-void addRows(std::string const& name) {
-    Row("stream: write " + name)
-        .library(writing<content, Zn>())
-        .peer("cereal", writing<content, Cereal>())
-        .peer("boost", writing<content, Boost>())
-        .peer("msgpack", writing<content, Msgpack>())
-        .peer("protobuf", writing<content, Protobuf>());
-    Row("stream: read " + name)
-        .library(reading<content, Zn>())
-        .peer("cereal", reading<content, Cereal>())
-        .peer("boost", reading<content, Boost>())
-        .peer("msgpack", reading<content, Msgpack>())
-        .peer("protobuf", reading<content, Protobuf>());
-    Row("stream: steady queue of " + name)
-        .library(passing<content, Zn>())
-        .peer("cereal", passing<content, Cereal>())
-        .peer("boost", passing<content, Boost>())
-        .peer("msgpack", passing<content, Msgpack>())
-        .peer("protobuf", passing<content, Protobuf>());
+/// `make` receives the type of a queue and returns its work.
+template <class Make>
+void addRow(std::string const& name, Make make) {
+    Row("stream: " + name)
+        .library(make(Type<Zn>()))
+        .peer("cereal", make(Type<Archive<CerealArchives>>()))
+        .peer("boost", make(Type<Archive<BoostArchives>>()))
+        .peer("msgpack", make(Type<Msgpack>()))
+        .peer("protobuf", make(Type<Protobuf>()));
 }
 
-[[maybe_unused]] bool const added = [] {
-    addRows<integers>("integers");
-    addRows<shortTexts>("short strings");
-    addRows<longTexts>("long strings");
-    addRows<sizes>("resolutions");
-    addRows<mixture>("a mixture");
-    return true;
-}();
+template <Content content>
+void addContentRows(std::string const& name) {
+    addRow("write " + name, [](auto queue) { return writing<content>(queue); });
+    addRow("read " + name, [](auto queue) { return reading<content>(queue); });
+    addRow("steady queue of " + name, [](auto queue) { return passing<content>(queue); });
+}
 
 } // namespace
+
+void addRows() {
+    addContentRows<integers>("integers");
+    addContentRows<longTexts>("long strings");
+    addContentRows<sizes>("resolutions");
+    addContentRows<mixture>("a mixture");
+}
 
 } // namespace bench

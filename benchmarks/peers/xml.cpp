@@ -14,11 +14,12 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace bench {
 
 namespace {
+
+std::string textOf(int i) { return "Room " + std::to_string(i * 7919 % 100'000) + " & hall"; }
 
 struct ZnNumber : zntl::Integer {
     ZnNumber(int value = 0) : Integer(value) {}
@@ -29,7 +30,7 @@ struct ZnPlace : znsl::Struct<ZnPlace> {
     ZnNumber floor;
     zntl::String name;
     ZnPlace() = default;
-    ZnPlace(int number, std::string text) : floor(number), name(std::move(text)) {}
+    explicit ZnPlace(int i) : floor(i), name(textOf(i)) {}
     bool operator<(ZnPlace const& other) const { return floor < other.floor; }
     static constexpr auto schema =
         znsl::schema(2001, "Place", znsl::member(&ZnPlace::floor, "floor"),
@@ -40,7 +41,7 @@ struct Place {
     int floor = 0;
     std::string name;
     Place() = default;
-    Place(int number, std::string text) : floor(number), name(std::move(text)) {}
+    explicit Place(int i) : floor(i), name(textOf(i)) {}
     bool operator<(Place const& other) const { return floor < other.floor; }
     template <class Archive>
     void serialize(Archive& archive) {
@@ -48,80 +49,56 @@ struct Place {
     }
 };
 
-std::string textOf(int i) { return "Room " + std::to_string(i * 7919 % 100'000) + " & hall"; }
-
 std::string printed(ZnNumber const& value) { return std::to_string(value.getValue()); }
 std::string printed(ZnPlace const& value) { return printed(value.floor) + value.name; }
 std::string printed(Place const& value) { return std::to_string(value.floor) + value.name; }
-using bench::printed;
 
-template <class Set>
-std::string summary(Set const& set) {
-    return std::to_string(set.size()) + printed(*set.begin()) + printed(*set.rbegin());
-}
-
-template <class Element, class Make>
-auto zn(int count, Make make) {
-    znsl::Set<Element> set;
-    for (int i = 0; i < count; ++i)
-        set.insert(make(i));
-    return [xml = set.toXML()] {
-        znsl::Set<Element> read;
+template <class Value>
+auto znReading(Value const& value) {
+    return [xml = value.toXML()] {
+        Value read;
         read.fromXML(xml.c_str());
-        return summary(read);
+        return read;
     };
 }
 
-template <class Element, class Make>
-auto cereal(int count, Make make) {
-    std::set<Element> set;
-    for (int i = 0; i < count; ++i)
-        set.insert(make(i));
+template <class Value>
+auto cerealReading(Value const& value) {
     std::ostringstream out;
-    ::cereal::XMLOutputArchive{out}(set);
+    ::cereal::XMLOutputArchive{out}(value);
     return [xml = out.str()] {
-        std::set<Element> read;
+        Value read{};
         std::istringstream in(xml);
         ::cereal::XMLInputArchive{in}(read);
-        return summary(read);
+        return read;
     };
 }
 
-template <class ZnElement, class Element, class Make>
-void addRow(std::string const& what, Make make) {
-    constexpr int count = 1000;
-    Row("xml: read " + std::to_string(count) + " " + what)
-        .library(zn<ZnElement>(count, [&](int i) { return ZnElement(make(i)); }))
-        .peer("cereal", cereal<Element>(count, [&](int i) { return Element(make(i)); }));
+/// Reads sets of a thousand elements, which `makeZn(i)` and `makePeer(i)` return.
+template <class MakeZn, class MakePeer>
+void addSetRow(std::string const& elements, MakeZn makeZn, MakePeer makePeer) {
+    znsl::Set<decltype(makeZn(0))> zn;
+    std::set<decltype(makePeer(0))> peer;
+    for (int i = 0; i < 1000; ++i) {
+        zn.insert(makeZn(i));
+        peer.insert(makePeer(i));
+    }
+    Row("xml: read 1000 " + elements).library(znReading(zn)).peer("cereal", cerealReading(peer));
 }
 
-[[maybe_unused]] bool const added = [] {
-    addRow<ZnNumber, int>("numbers", [](int i) { return i * 7919 - 1'000'000; });
-    addRow<zntl::String, std::string>("strings", textOf);
-    constexpr int count = 1000;
-    Row("xml: read 1000 records of a number and a string")
-        .library(zn<ZnPlace>(count, [](int i) { return ZnPlace(i, textOf(i)); }))
-        .peer("cereal", cereal<Place>(count, [](int i) { return Place(i, textOf(i)); }));
-    Row("xml: read one number")
-        .library([xml = zntl::Integer(12345).toXML()] {
-            zntl::Integer read;
-            read.fromXML(xml.c_str());
-            return read.getValue();
-        })
-        .peer("cereal", [] {
-            static std::string const xml = [] {
-                std::ostringstream out;
-                ::cereal::XMLOutputArchive{out}(12345);
-                return out.str();
-            }();
-            int read = 0;
-            std::istringstream in(xml);
-            ::cereal::XMLInputArchive{in}(read);
-            return read;
-        });
-    return true;
-}();
-
 } // namespace
+
+void addRows() {
+    addSetRow(
+        "numbers", [](int i) { return ZnNumber(i); }, [](int i) { return i; });
+    addSetRow(
+        "strings", [](int i) { return zntl::String(textOf(i)); }, textOf);
+    addSetRow(
+        "records of a number and a string", [](int i) { return ZnPlace(i); },
+        [](int i) { return Place(i); });
+    Row("xml: read one number")
+        .library(znReading(ZnNumber(12345)))
+        .peer("cereal", cerealReading(12345));
+}
 
 } // namespace bench

@@ -6,14 +6,10 @@
 
 namespace bench {
 
-/// The generator of all random data. It produces the same data in every run.
-inline std::mt19937& generator() {
-    static std::mt19937 engine(20240229);
-    return engine;
-}
-
+/// Returns a random number. The sequence is the same in every run.
 inline int randomInt(int least, int most) {
-    return std::uniform_int_distribution<int>(least, most)(generator());
+    static std::mt19937 engine(20240229);
+    return std::uniform_int_distribution<int>(least, most)(engine);
 }
 
 inline std::string randomWord(std::size_t length) {

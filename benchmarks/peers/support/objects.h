@@ -1,5 +1,8 @@
 #pragma once
 
+#include "misc/zntl_Integer.h"
+#include "video/znvl_Resolution.h"
+
 #include <boost/serialization/level.hpp>
 #include <boost/serialization/tracking.hpp>
 #include <msgpack.hpp>
@@ -7,7 +10,6 @@
 #include <cstddef>
 #include <streambuf>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace bench {
@@ -32,6 +34,20 @@ struct Size {
 template <class Archive>
 void serialize(Archive& archive, Size& size) {
     archive(size.width, size.height);
+}
+
+// These return a number that depends on the value.
+
+inline std::size_t checksum(int value) { return static_cast<unsigned int>(value); }
+inline std::size_t checksum(zntl::Integer const& value) { return checksum(value.getValue()); }
+inline std::size_t checksum(std::string const& text) {
+    return text.size() + static_cast<unsigned char>(text.back());
+}
+inline std::size_t checksum(Size const& size) {
+    return checksum(size.width) * 3 + checksum(size.height);
+}
+inline std::size_t checksum(znvl::Resolution const& size) {
+    return checksum(size.width) * 3 + checksum(size.height);
 }
 
 /// A stream buffer in memory that can be cleared and refilled without an allocation, unlike

@@ -6,10 +6,14 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
 namespace bench {
+
+/// Each program defines this function, which adds its rows.
+void addRows();
 
 template <class Result>
 std::string printed(Result const& result) {
@@ -26,11 +30,13 @@ std::string printed(Result const& result) {
 }
 
 /// One row of the comparison: the same work, done by the library and by its peers. Each contender's
-/// work is a function object that returns the result. The row checks that all results are equal
-/// before it measures times.
+/// work is a function object that receives the row's inputs, whose values the compiler cannot know,
+/// and returns the result. The row checks that all results are equal before it measures times.
+template <class... Inputs>
 class Row {
 public:
-    explicit Row(std::string name) : name_(std::move(name)) {}
+    explicit Row(std::string name, Inputs... inputs)
+        : name_(std::move(name)), inputs_(std::move(inputs)...) {}
 
     template <class Work>
     Row& library(Work work) {
@@ -39,7 +45,10 @@ public:
 
     template <class Work>
     Row& peer(std::string const& contender, Work work) {
-        std::string const result = printed(work());
+        auto run = [work = std::move(work), inputs = inputs_]() mutable {
+            return std::apply(work, inputs);
+        };
+        std::string const result = printed(run());
         if (expected_.value_or(result) != result) {
             std::fprintf(stderr, "%s: %s returns\n%.500s\ninstead of\n%.500s\n", name_.c_str(),
                          contender.c_str(), result.c_str(), expected_->c_str());
@@ -47,9 +56,9 @@ public:
         }
         expected_ = result;
         benchmark::RegisterBenchmark((name_ + '/' + contender).c_str(),
-                                     [work](benchmark::State& state) mutable {
+                                     [run](benchmark::State& state) mutable {
                                          for (auto _ : state) {
-                                             benchmark::DoNotOptimize(work());
+                                             benchmark::DoNotOptimize(run());
                                              benchmark::ClobberMemory();
                                          }
                                      });
@@ -58,6 +67,7 @@ public:
 
 private:
     std::string name_;
+    std::tuple<Inputs...> inputs_;
     std::optional<std::string> expected_;
 };
 
