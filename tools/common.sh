@@ -46,6 +46,13 @@ find_profile() {
     printf '%s\n' "$profile"
 }
 
+# use_profile [PROFILE]: lets the stand-in camera read the profile, or its built-in sizes.
+use_profile() {
+    [[ $# -le 1 ]] || misused "one profile at a time"
+    [[ ${1-} != -* ]] || misused "no such option: $1"
+    [[ $# == 0 ]] || { CSDK_SIMULATOR_PROFILE=$(find_profile "$1") && export CSDK_SIMULATOR_PROFILE; }
+}
+
 install_packages() { "$root/tools/install-packages" "$@"; }
 
 # configure PRESET TESTS: configures a build tree, unless it is up to date. It is out of date when it

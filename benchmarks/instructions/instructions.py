@@ -17,20 +17,13 @@ from pathlib import Path
 
 # Limits as multiples of the minimal program, because cameras that answer many requests must not pay for
 # C++.
-INSTRUCTIONS_LIMIT, MEMORY_LIMIT = 1.15, 1.10
+START_LIMITS = {'instructions': 1.15, 'KiB of memory': 1.10}
 
 # Thousands of instructions for using each feature a hundred times. The C library is excluded, because
 # its code depends on the processor. Each limit is a tenth above the count with GCC 12: a patch release
 # of the compiler stays below it; a second pass, copy or allocation does not.
-LIMITS = {
-    'array': 20,
-    'format': 29,
-    'text': 259,
-    'markup': 329,
-    'resolution': 52,
-    'stream': 1527,
-    'set': 3413,
-}
+LIMITS = {'array': 20, 'format': 29, 'text': 259, 'markup': 329, 'resolution': 52, 'stream': 1527,
+          'set': 3413}
 
 CAMERA = {'CSDK_SIMULATOR_PROFILE':
           str(Path(__file__).resolve().parents[2] / 'sdk/simulator/profiles/benchmark.txt')}
@@ -71,21 +64,20 @@ def peak(launcher, program):
                            stderr=subprocess.PIPE).stderr) for _ in range(50))
 
 
+def measure_start(tree, program):
+    counts, output = count(tree / program)
+    return output, counts.total(), peak(tree / 'benchmarks/instructions/start.peak', tree / program)
+
+
 def check_start(tree):
-    programs = {'minimal C': tree / 'benchmarks/instructions/start.minimal',
-                'resolution': tree / 'resolution'}
-    figures, answers = {}, {}
-    for name, program in programs.items():
-        counts, answers[name] = count(program)
-        figures[name] = counts.total(), peak(tree / 'benchmarks/instructions/start.peak', program)
-        ratios = [figure / base for figure, base in zip(figures[name], figures['minimal C'])]
-        print(f'{name:<12} {figures[name][0]:>9,} instructions, {ratios[0]:.3f}; '
-              f'{figures[name][1]:>6,.0f} KiB, {ratios[1]:.3f}')
-        if name == 'resolution' and ratios[0] > INSTRUCTIONS_LIMIT:
-            yield f'more than {INSTRUCTIONS_LIMIT} times the instructions of the minimal program'
-        if name == 'resolution' and ratios[1] > MEMORY_LIMIT:
-            yield f'more than {MEMORY_LIMIT} times the memory of the minimal program'
-    if answers['resolution'] != answers['minimal C']:
+    expected, *minimal = measure_start(tree, 'benchmarks/instructions/start.minimal')
+    output, *figures = measure_start(tree, 'resolution')
+    for (unit, limit), figure, base in zip(START_LIMITS.items(), figures, minimal):
+        print(f'start        {figure:>9,.0f} {unit}, {figure / base:.3f} times the minimal C '
+              f'program, limit {limit:.2f}')
+        if figure > limit * base:
+            yield f'more than {limit} times the {unit} of the minimal C program'
+    if output != expected:
         yield 'the programs answer differently'
 
 

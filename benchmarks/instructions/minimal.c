@@ -6,31 +6,19 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-struct size {
-    int width;
-    int height;
-};
-
+/* Sizes as numbers in their order: the width, and in the lower 16 bits the height. */
 struct sizes {
-    struct size* items;
+    unsigned int* items;
     size_t count;
     size_t capacity;
 };
 
-static int compare(struct size a, struct size b) {
-    if (a.width != b.width)
-        return a.width < b.width ? -1 : 1;
-    if (a.height != b.height)
-        return a.height < b.height ? -1 : 1;
-    return 0;
-}
-
 /* Keeps the array sorted and without duplicates. */
-static void insert(struct sizes* sizes, struct size size) {
+static void insert(struct sizes* sizes, unsigned int size) {
     size_t place = sizes->count;
-    while (place > 0 && compare(size, sizes->items[place - 1]) < 0)
+    while (place > 0 && size < sizes->items[place - 1])
         --place;
-    if (place > 0 && compare(size, sizes->items[place - 1]) == 0)
+    if (place > 0 && size == sizes->items[place - 1])
         return;
     if (sizes->count == sizes->capacity) {
         sizes->capacity = 2 * sizes->capacity + 16;
@@ -54,18 +42,19 @@ int main(void) {
         return 1;
 
     puts("Content-Type: text/plain\r\n\r");
-    putchar('[');
     struct sizes sizes = {NULL, 0, 0};
-    struct size size = {0, 0};
-    while (csdk_next_resolution(csdk.handle, &size.width, &size.height) == 0) {
-        if ((unsigned int)size.width <= 320 && (unsigned int)size.height <= 200)
-            insert(&sizes, size);
+    int width;
+    int height;
+    while (csdk_next_resolution(csdk.handle, &width, &height) == 0) {
+        if ((unsigned int)width <= 320 && (unsigned int)height <= 200)
+            insert(&sizes, (unsigned int)width << 16 | (unsigned int)height);
     }
+    putchar('[');
     for (size_t i = 0; i < sizes.count; ++i) {
         if (i > 0)
             putchar(',');
-        printf("{\"resolution\": \"%dx%d\", \"default\": %s }", sizes.items[i].width,
-               sizes.items[i].height, i == 0 ? "true" : "false");
+        printf("{\"resolution\": \"%ux%u\", \"default\": %s }", sizes.items[i] >> 16,
+               sizes.items[i] & 0xffff, i == 0 ? "true" : "false");
     }
     putchar(']');
     csdk_deinit();
