@@ -219,13 +219,17 @@ using Values = std::tuple<std::vector<typename Queue::Integer>, std::vector<type
 template <class Queue>
 std::shared_ptr<Values<Queue>> makeValues() {
     std::mt19937 random(1); // the same values for each queue
-    auto const upTo = [&](unsigned int most) { return static_cast<int>(1 + random() % most); };
+    auto const randomUpTo = [&](unsigned int most) {
+        return static_cast<int>(1 + random() % most);
+    };
     auto values = std::make_shared<Values<Queue>>();
     for (int i = 0; i < count; ++i) {
-        std::get<integers>(*values).emplace_back(upTo(2'000'000) - 1'000'000);
-        std::get<shortTexts>(*values).emplace_back(std::string(std::size_t(3 + upTo(12)), 's'));
-        std::get<longTexts>(*values).emplace_back(std::string(std::size_t(99 + upTo(401)), 'l'));
-        std::get<sizes>(*values).emplace_back(upTo(4096), upTo(2160));
+        std::get<integers>(*values).emplace_back(randomUpTo(2'000'000) - 1'000'000);
+        std::get<shortTexts>(*values).emplace_back(
+            std::string(std::size_t(3 + randomUpTo(12)), 's'));
+        std::get<longTexts>(*values).emplace_back(
+            std::string(std::size_t(99 + randomUpTo(401)), 'l'));
+        std::get<sizes>(*values).emplace_back(randomUpTo(4096), randomUpTo(2160));
     }
     return values;
 }
