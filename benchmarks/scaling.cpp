@@ -31,6 +31,7 @@
 #include <new>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -195,19 +196,19 @@ void addTextCases() {
 constexpr std::size_t million = 1'000'000;
 constexpr unsigned int recordSize = 12; // of an Integer
 
-std::shared_ptr<MemIOStream> filled(std::size_t objects) {
-    auto stream = std::make_shared<MemIOStream>();
+MemIOStream filled(std::size_t objects) {
+    MemIOStream stream;
     for (std::size_t i = 0; i < objects; ++i)
-        *stream << Integer(static_cast<int>(i));
+        stream << Integer(static_cast<int>(i));
     return stream;
 }
 
 Work writingAndReading(std::size_t n) {
     return [=] {
-        auto const stream = filled(n);
-        std::size_t sum = stream->count();
-        for (Integer integer; !stream->isEmpty(); sum += stream->skip())
-            *stream >> integer;
+        MemIOStream stream = filled(n);
+        std::size_t sum = stream.count();
+        for (Integer integer; !stream.isEmpty(); sum += stream.skip())
+            stream >> integer;
         return sum;
     };
 }
@@ -215,7 +216,7 @@ Work writingAndReading(std::size_t n) {
 /// Copies and assigns a stream, writes it to another stream and reads it back.
 Work copying(std::size_t n) {
     return [content = filled(n / recordSize)] {
-        MemIOStream copy(*content);
+        MemIOStream copy(content);
         MemIOStream outer;
         outer << static_cast<znsl::Serializable const&>(copy);
         copy = outer;
@@ -229,7 +230,7 @@ Work saving(std::size_t n) {
     return [content = filled(n / recordSize)] {
         std::string const path = folder / "stream";
         MemIOStream read;
-        bool const isGood = content->save(path.c_str()) && read.load(path.c_str()) &&
+        bool const isGood = content.save(path.c_str()) && read.load(path.c_str()) &&
                             read.toFile(path.c_str()) && read.fromFile(path.c_str());
         return std::size_t{isGood} + read.size();
     };
@@ -304,17 +305,16 @@ double processorSeconds() {
 }
 
 struct Cost {
-    double seconds; // the best of several runs
-    double memory;
+    double seconds = 1e9; // the best of several runs
+    double memory = 0;
 };
 
 Cost measure(Case const& c, std::size_t n) {
     Work const work = c.prepare(n);
-    Cost cost{1e9, 0};
+    Cost cost;
     for (int run = 0; run < 3; ++run) {
         leaveCaches();
-        std::size_t const before = inUse;
-        peak = inUse;
+        std::size_t const before = peak = inUse;
         double const seconds = test::onSmallStack([&] {
             double const start = processorSeconds();
             [[maybe_unused]] static std::size_t volatile sink;
@@ -328,8 +328,8 @@ Cost measure(Case const& c, std::size_t n) {
 
 /// Prints a line; returns whether the costs grow as they should.
 bool report(Case const& c, std::size_t most) {
-    Cost once{};
-    Cost twice{};
+    Cost once;
+    Cost twice;
     bool isSlow = true;
     // Repeats both measurements if they are bad, because the speed of a busy machine varies.
     for (int attempt = 0; isSlow && attempt < 4; ++attempt) {
