@@ -3,6 +3,7 @@ tools/mutate runs it. Changes are textual: the compiler rejects those that are n
 
 import os
 import re
+import resource
 import shutil
 import subprocess
 import sys
@@ -14,7 +15,7 @@ from marked_lines import marked_lines
 ROOT = Path(__file__).resolve().parent.parent
 COPY, TREE = ROOT / 'build/mutate/source', ROOT / 'build/mutate/tree'
 UNITS = '^(abi|misc|streams|system|video|xml)$'
-SECONDS = '60'  # limit for one test, because a change may cause an endless loop
+SECONDS = 60  # of processor time for one test, because a change may cause an endless loop
 
 # Each pattern and its replacement.
 OPERATORS = [(re.compile(pattern), replacement) for pattern, replacement in [
@@ -25,7 +26,7 @@ OPERATORS = [(re.compile(pattern), replacement) for pattern, replacement in [
     (r'\+\+', '--'), (r'--', '++'), (r'\+=', '-='), (r'-=', '+='),
     (r'!(?=[\w(])', ''),
     (r'\btrue\b', 'false'), (r'\bfalse\b', 'true'),
-    (r'\b\d+(?=U?\b)', r'(\g<0> + 1)'),
+    (r"(?<![\\'])\b\d+(?=U?\b)", r'(\g<0> + 1)'),
     (r'\bif \(', 'if (true || '), (r'\bif \(', 'if (false && '),
     (r'\bbreak;', 'continue;'),
     (r'\breturn (?!(false|0|nullptr|\{\});)[^;]+;', 'return {};'),
@@ -73,7 +74,7 @@ def mutants(source, numbers):
     for number, line in enumerate(lines, 1):
         code = re.sub(r'\s*//.*', '', line)
         if numbers is not None and number not in numbers or number in excused or \
-                not code.strip() or re.match(r'\s*(#|static_assert|using|namespace)', code):
+                not code.strip() or re.search(r'^\s*(#|static_assert|using|namespace)|= delete;', code):
             continue
         found = {code[:match.start()] + match.expand(replacement) + code[match.end():]
                  for pattern, replacement in OPERATORS for match in pattern.finditer(code)}
@@ -97,29 +98,37 @@ def copy_tree():
 
 
 def unit_tests():
-    """Returns the build targets of the unit tests."""
     listed = require('ctest', '--test-dir', TREE, '--show-only', '-L', UNITS)
-    return ['test.' + name.replace('/', '.') for name in re.findall(r': (\w+/\w+)$', listed, re.M)]
+    return re.findall(r': (\w+/\w+)$', listed, re.M)
 
 
-def build():
-    return run('cmake', '--build', TREE, '--parallel', str(os.cpu_count()), '--target',
-               *unit_tests()).returncode == 0
+def build(tests):
+    return run('cmake', '--build', TREE, '--parallel', str(os.cpu_count()), '--target', 'zn',
+               *['test.' + test.replace('/', '.') for test in tests]).returncode == 0
 
 
-def tests_pass(*options):
-    environment = {**os.environ,
+def limit_time():
+    resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
+
+
+def pass_all(tests):
+    # The first failed assertion ends its test.
+    environment = {**os.environ, 'GTEST_BREAK_ON_FAILURE': '1',
                    'ASAN_OPTIONS': 'hard_rss_limit_mb=4096:allocator_may_return_null=1'}
-    return run('ctest', '--test-dir', TREE, '--stop-on-failure', '--timeout', SECONDS,
-               '--parallel', str(os.cpu_count()), *options, env=environment).returncode == 0
+    return not tests or run('ctest', '--test-dir', TREE, '--stop-on-failure',
+                            '--parallel', str(os.cpu_count()), '-R', f'^({"|".join(tests)})$',
+                            env=environment, preexec_fn=limit_time).returncode == 0
 
 
-def verdict(path):
-    if not build():
-        return 'rejected'
-    # The file's own tests run first, because they detect most changes.
-    own = path.stem.split('_')[-1]
-    return 'unnoticed' if tests_pass('-R', own) and tests_pass('-L', UNITS) else 'noticed'
+def verdict(path, tests):
+    # The file's own tests first, because they detect most changes.
+    own = [test for test in tests if path.stem.split('_')[-1] in test]
+    for some in own, [test for test in tests if test not in own]:
+        if not build(some):
+            return 'rejected'
+        if not pass_all(some):
+            return 'noticed'
+    return 'unnoticed'
 
 
 def main(since, *files):
@@ -139,24 +148,28 @@ def main(since, *files):
     require('cmake', '-S', COPY, '-B', TREE, '--preset', 'sanitize', '-DBUILD_SHARED_LIBS=ON',
             '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON', '-DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS',
             '-DZN_WERROR=OFF', '-DZN_BUILD_PROGRAM=OFF', '-DZN_INSTALL=OFF', cwd=COPY)
-    if not build() or not tests_pass('-L', UNITS):
+    tests = unit_tests()
+    if not build(tests) or not pass_all(tests):
         sys.exit('mutate: the tests fail without any change')
 
-    count = Counter()
+    found = 0
     for path, numbers in chosen.items():
+        count = Counter()
         source = (ROOT / path).read_text(encoding='utf-8')
         lines = source.splitlines()
         for number, changed in mutants(source, numbers):
             (COPY / path).write_text(changed, encoding='utf-8')
-            result = verdict(Path(path))
+            result = verdict(Path(path), tests)
             count[result] += 1
             if result == 'unnoticed':
                 print(f'{path}:{number}: unnoticed\n- {lines[number - 1].strip()}\n'
                       f'+ {changed.splitlines()[number - 1].strip()}\n', flush=True)
         (COPY / path).write_text(source, encoding='utf-8')
-    print(f'{count["noticed"] + count["unnoticed"]} changes, {count["unnoticed"]} unnoticed; '
-          f'the compiler rejected {count["rejected"]} more')
-    return 1 if count['unnoticed'] else 0
+        found += count['unnoticed']
+        print(f'{path}: {count["noticed"] + count["unnoticed"]} changes, '
+              f'{count["unnoticed"]} unnoticed; the compiler rejected {count["rejected"]} more',
+              flush=True)
+    return 1 if found else 0
 
 
 if __name__ == '__main__':
