@@ -341,6 +341,17 @@ TEST(MemIOStreamOverflow, OfALargeFullBufferIsALengthError) {
     EXPECT_EQ(stream.size(), capacity);
 }
 
+TEST(MemIOStreamOverflow, DoesNotHappenWhereTheReadBytesMakeRoom) {
+    // Growing would exceed 32 bits.
+    constexpr unsigned int capacity = 0x56000000; // uses no physical memory: nothing writes to it
+    MemIOStream stream(capacity);
+    fill(stream, 20, 0);
+    unsigned char* out = nullptr;
+    stream.getWriteBuffer(out, capacity);
+    EXPECT_EQ(stream.size(), capacity);
+    EXPECT_EQ(stream.capacity(), capacity);
+}
+
 TEST(MemIOStreamOverflow, NamesTheLimit) {
     MemIOStream stream(1);
     unsigned char* out = nullptr;

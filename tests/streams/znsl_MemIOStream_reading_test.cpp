@@ -155,6 +155,19 @@ TEST(MemIOStreamRead, PassesThePayloadInPlace) {
     EXPECT_EQ(size, 3U);
 }
 
+// A class may read a String even from an empty payload at the end of the buffer.
+TEST(MemIOStreamRead, ProvidesANulAfterTheLengthOfAMissingString) {
+    MemIOStream stream(8);
+    append(stream, recordHeader(9, 0));
+    Blob object(9);
+    zntl::String text("before");
+    object.onFromBin = [&](unsigned char const* data, unsigned int length) {
+        text.fromBin(data, length);
+    };
+    stream.read(object);
+    EXPECT_EQ(text, "");
+}
+
 TEST(MemIOStreamRead, RemovesTheRecordWhateverTheObjectConsumed) {
     for (unsigned int const reported : {0U, 1U, 99U}) {
         MemIOStream stream;
@@ -487,6 +500,14 @@ TEST(MemIOStreamRead, OfARecordThatRunsPastTheContentStopsAtItsEnd) {
         EXPECT_EQ(stream.size(), 0U);
         EXPECT_EQ(stream.capacity(), 32U);
     }
+}
+
+TEST(MemIOStreamRead, OfARecordThatRunsPastTheContentPassesTheBytesThatArePresent) {
+    MemIOStream stream(32);
+    append(stream, concat(recordHeader(9, 5), fromHex("01 02 03 04")));
+    Blob object(9);
+    stream.read(object);
+    EXPECT_EQ(object.payload, fromHex("01 02 03 04"));
 }
 
 TEST(MemIOStreamSkip, OfARecordThatRunsPastTheContentStopsAtItsEnd) {

@@ -77,6 +77,15 @@ TEST(MemIOStreamWrite, AsksForTheLengthThenTheTypeThenTheBytes) {
     EXPECT_EQ(calls, (std::vector<std::string>{"getBinLength", "getTypeId", "toBin"}));
 }
 
+TEST(MemIOStreamWrite, MakesRoomBeforeItAsksForTheType) {
+    MemIOStream stream;
+    Blob object(9, fromHex("01 02"));
+    unsigned int capacity = 0;
+    object.onGetTypeId = [&] { capacity = stream.capacity(); };
+    stream.write(object);
+    EXPECT_EQ(capacity, 10U);
+}
+
 TEST(MemIOStreamWrite, LetsTheObjectWriteStraightIntoTheBuffer) {
     MemIOStream stream(100);
     fill(stream, 20, 10);
@@ -364,12 +373,13 @@ TEST_P(UseWhileWriting, EndsWithAnExceptionOrAUsableStream) {
 INSTANTIATE_TEST_SUITE_P(Objects, UseWhileWriting, testing::ValuesIn(uses),
                          [](auto const& test) { return test.param.name; });
 
+constexpr char const* refused =
+    "znsl::MemIOStream - an object replaces the buffer it is written to";
+
 TEST(MemIOStreamWrite, LetsNoObjectReplaceTheBuffer) {
     MemIOStream stream(100);
     Blob object(9, fromHex("01 02"));
     object.onToBin = [&](unsigned char*) {
-        std::string const refused =
-            "znsl::MemIOStream - an object replaces the buffer it is written to";
         EXPECT_TRUE(throws<Exception>(refused, [&] { stream.purge(); }));
         EXPECT_TRUE(throws<Exception>(refused, [&] { stream.reserve(101); }));
         EXPECT_TRUE(throws<Exception>(refused, [&] { appendMuch(stream); }));
@@ -378,6 +388,17 @@ TEST(MemIOStreamWrite, LetsNoObjectReplaceTheBuffer) {
     EXPECT_EQ(stream.write(object), 10U);
     EXPECT_EQ(content(stream), record(9, fromHex("01 02")));
     stream.purge();
+}
+
+TEST(MemIOStreamWrite, LetsNoObjectSetALargerContent) {
+    MemIOStream stream(100);
+    Bytes const large = recordOfSize(7, 101);
+    Blob object(9);
+    object.onToBin = [&](unsigned char*) {
+        EXPECT_TRUE(throws<Exception>(refused, [&] { stream.setBuffer(large.data(), 101); }));
+    };
+    stream.write(object);
+    EXPECT_EQ(stream.capacity(), 100U);
 }
 
 // A stream in a stream

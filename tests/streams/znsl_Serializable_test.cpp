@@ -4,6 +4,7 @@
 
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Integer.h"
+#include "misc/zntl_String.h"
 #include "streams/blob.h"
 #include "support/bytes.h"
 #include "support/failing_allocation.h"
@@ -295,6 +296,17 @@ TEST_F(SerializableFromFile, ReadsAnEmptyPayload) {
     Blob value(7, fromHex("99"));
     EXPECT_TRUE(loads(value, fromHex("07 00 00 00 00 00")));
     EXPECT_EQ(toHex(value.payload), "");
+}
+
+// A class may read a String even from an empty payload.
+TEST_F(SerializableFromFile, ProvidesANulAfterTheLengthOfAMissingString) {
+    Blob value(7);
+    zntl::String text("before");
+    value.onFromBin = [&](unsigned char const* data, unsigned int length) {
+        text.fromBin(data, length);
+    };
+    EXPECT_TRUE(loads(value, fromHex("07 00 00 00 00 00")));
+    EXPECT_EQ(text, "");
 }
 
 TEST_F(SerializableFromFile, IgnoresBytesAfterThePayload) {

@@ -19,7 +19,7 @@ constexpr std::size_t npos = std::string_view::npos;
 struct Tag {
     std::size_t start; // the "<"
     std::size_t end;   // the ">"
-    bool selfClosing;
+    bool selfClosing;  // only of an opening tag
 };
 
 /// The start of every opening tag of an element, and its whole closing tag.
@@ -53,6 +53,8 @@ private:
 };
 
 bool OpenTagScan::next(std::size_t limit, Tag& tag) {
+    // Equivalent: no tag starts one character before or after the limit, where the text ends or a
+    // closing tag starts
     std::string_view const shown = text_.substr(0, limit + pattern_.size() - 1);
     std::size_t start;
     while ((start = pattern_.findIn(shown, position_)) != npos) {
@@ -66,6 +68,7 @@ bool OpenTagScan::next(std::size_t limit, Tag& tag) {
             position_ = end;
             continue;
         }
+        // Equivalent: the text ends or a "<" follows at the limit, so no tag ends there
         bool const isShown = end < limit;
         position_ = isShown ? end : start;
         tag = {start, end, selfClosing};
@@ -87,7 +90,6 @@ public:
             return false;
         position_ = tag.start + pattern_.size();
         tag.end = position_ - 1;
-        tag.selfClosing = false;
         return true;
     }
 
@@ -130,7 +132,7 @@ std::vector<Element> findElements(std::string_view text, std::string_view name) 
     std::vector<Element> elements;
     std::size_t innermost = npos; // the top of the stack
     OpenTagScan opens(text, patterns, 0);
-    CloseTagScan closes(text, patterns, 0);
+    CloseTagScan closes(text, patterns, npos); // moved before each search
     auto const enter = [&](Tag const& tag) {
         elements.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost});
         if (!tag.selfClosing)
@@ -145,7 +147,7 @@ std::vector<Element> findElements(std::string_view text, std::string_view name) 
     while (opens.next(text.size(), first)) {
         std::size_t const outermost = elements.size();
         enter(first);
-        closes.moveTo(first.end + 1);
+        closes.moveTo(first.end);
         Tag close = first;
         while (innermost != npos && closes.next(close)) {
             enterUntil(close.start);
@@ -153,11 +155,11 @@ std::vector<Element> findElements(std::string_view text, std::string_view name) 
             innermost = elements[innermost].enclosing;
         }
         if (innermost == npos) {
-            opens.moveTo(close.end + 1);
+            opens.moveTo(close.end);
         } else if (canOverlap) {
             elements.resize(outermost);
             innermost = npos;
-            opens.moveTo(first.end + 1);
+            opens.moveTo(first.end);
         } else {
             enterUntil(text.size()); // no closing tag is left
         }

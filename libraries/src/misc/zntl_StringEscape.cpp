@@ -21,19 +21,12 @@ struct Escape {
 constexpr std::array<Escape, 5> escapes{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}}};
 
-/// Returns the position of the first markup character, or the size. The C library searches for each
-/// of the five, up to the first one found so far.
-std::size_t findMarkup(std::string_view text) {
-    for (Escape const& escape : escapes)
-        text = text.substr(0, text.find(escape.character));
-    return text.size();
-}
-
 /// How a character is encoded, in a size that is copied in one step.
 struct Encoding {
     char text[7]; // the first byte is XORed with the character
     unsigned char length;
 };
+static_assert(sizeof(Encoding) == sizeof(std::uint64_t));
 
 /// Encoding 0 is that of every character that stays as it is.
 constexpr std::array<Encoding, 1 + escapes.size()> listEncodings() {
@@ -58,7 +51,10 @@ constexpr std::array<unsigned char, 1 + UCHAR_MAX> indexEncodings() {
 constexpr auto encodings = listEncodings();
 constexpr auto encodingIndexes = indexEncodings();
 
+// Equivalent: other sizes are only slower
 constexpr std::size_t blockSize = 128;
+// Equivalent: other sizes are only slower
+constexpr std::size_t searchRange = 32 * blockSize;
 
 /// Appends up to `blockSize` characters encoded; returns whether one of them is markup. Each
 /// character takes the same few steps, with one store and no branch.
@@ -75,6 +71,7 @@ bool appendEncoded(std::string& encoded, std::string_view text) {
     }
     auto const length = static_cast<std::size_t>(out - block);
     encoded.append(block, length);
+    // Equivalent: false only causes another search
     return length > text.size();
 }
 
@@ -97,6 +94,7 @@ bool take(std::string_view& text, std::string_view part) {
 /// Moves the characters before the next "&" from the text to `out`. Returns the end of the copy.
 char* moveToAmpersand(std::string_view& text, char* out) {
     // Entities come in groups, and a call costs more than copying the few characters between them.
+    // Equivalent: other sizes are only slower
     std::size_t const near = std::min<std::size_t>(text.size(), 16);
     std::size_t at = 0;
     for (; at < near && text[at] != '&'; ++at)
@@ -114,17 +112,20 @@ char* moveToAmpersand(std::string_view& text, char* out) {
 // A search finds the next markup character, in a limited range so that encoding stays linear.
 // Others are usually near, so whole blocks go through the table until one has no markup.
 String String::encodeHtml(String const& text) {
-    constexpr std::size_t searchRange = 32 * blockSize;
     String encoded;
     std::string_view rest = text;
     while (!rest.empty()) {
         std::string_view const range = rest.substr(0, searchRange);
-        std::size_t const clean = findMarkup(range);
+        // The C library searches for each of the five, up to the first one found so far.
+        std::string_view clean = range;
+        for (Escape const& escape : escapes)
+            clean = clean.substr(0, clean.find(escape.character));
+        // Equivalent: reserving again is only slower
         if (encoded.empty())
-            encoded.reserve(clean == range.size() ? text.size() : 2 * text.size());
-        encoded.append(range, 0, clean);
-        rest.remove_prefix(clean);
-        for (bool hasMarkup = true; hasMarkup && !rest.empty();) {
+            encoded.reserve(clean.size() == range.size() ? text.size() : 2 * text.size());
+        encoded.append(clean);
+        rest.remove_prefix(clean.size());
+        for (bool hasMarkup = !rest.empty(); hasMarkup;) {
             std::string_view const block = rest.substr(0, blockSize);
             hasMarkup = appendEncoded(encoded, block);
             rest.remove_prefix(block.size());
@@ -136,8 +137,9 @@ String String::encodeHtml(String const& text) {
 // The result is that of five passes, the first one for "&amp;". One pass is enough: a "&", whether
 // decoded or not, starts another entity if the tail of that entity follows it.
 String String::decodeHtml(String const& text) {
+    // Equivalent: copying is only faster than filling a new string
     if (text.find('&') == npos)
-        return text; // faster than filling a new one
+        return text;
     String decoded(text.size(), '\0');
     std::string_view rest = text;
     char* out = moveToAmpersand(rest, decoded.data());

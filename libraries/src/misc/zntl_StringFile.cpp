@@ -15,6 +15,7 @@ namespace {
 bool readAll(znst::File& file, std::string& text) {
     // One byte more than the size, so the file is complete when a byte of room is left over.
     std::uint64_t const room = file.size().value_or(4095) + 1;
+    // Equivalent: on a 64-bit machine, resizing fails instead
     if (room > text.max_size())
         return false;
     text.resize(static_cast<std::size_t>(room));
@@ -22,6 +23,7 @@ bool readAll(znst::File& file, std::string& text) {
     std::ptrdiff_t got;
     while ((got = file.readSome(&text[used], text.size() - used)) > 0) {
         used += static_cast<std::size_t>(got);
+        // Equivalent: another size is only slower
         if (used == text.size())
             text.resize(2 * used);
     }

@@ -21,20 +21,19 @@ public:
     explicit Output(std::string& text) : text_(text) {}
 
     void append(char c) {
-        if (at_ == end())
-            flush();
+        makeRoom(sizeof c);
         *at_++ = c;
     }
 
     template <class Number>
     void appendNumber(Number value) {
-        if (end() - at_ < static_cast<std::ptrdiff_t>(maxDecimalLength))
-            flush();
+        makeRoom(maxDecimalLength);
         at_ = std::to_chars(at_, end(), value).ptr;
     }
 
     void append(std::string_view piece) {
-        if (piece.size() > static_cast<std::size_t>(end() - at_)) {
+        // Equivalent: pieces of any length can be appended directly
+        if (piece.size() > room()) {
             // Room for one more buffer, so appending the rest does not copy a long piece again.
             text_.reserve(text_.size() + piece.size() + 2 * sizeof buffer_);
             flush();
@@ -52,45 +51,19 @@ public:
 
 private:
     char* end() { return buffer_ + sizeof buffer_; }
+    std::size_t room() { return static_cast<std::size_t>(end() - at_); }
+
+    void makeRoom(std::size_t count) {
+        // Equivalent: flushing earlier is only slower
+        if (room() < count)
+            flush();
+    }
 
     std::string& text_;
+    // Equivalent: other sizes are only slower
     char buffer_[64];
     char* at_ = buffer_;
 };
-
-/// Formats strings and integers faster than printf. Most formats consist of them. Returns false if
-/// the format has anything else.
-bool appendPlain(std::string& text, char const* format, std::va_list args) {
-    Output out(text);
-    for (; *format != '\0'; ++format) {
-        if (*format != '%') {
-            out.append(*format);
-            continue;
-        }
-        switch (*++format) {
-        case '%':
-            out.append('%');
-            break;
-        case 'd':
-        case 'i':
-            out.appendNumber(va_arg(args, int));
-            break;
-        case 'u':
-            out.appendNumber(va_arg(args, unsigned int));
-            break;
-        case 's':
-            if (char const* const piece = va_arg(args, char const*)) {
-                out.append(std::string_view(piece));
-                break;
-            }
-            return false;
-        default:
-            return false;
-        }
-    }
-    out.flush();
-    return true;
-}
 
 int print(char* out, std::size_t size, char const* format, void* args) {
     std::va_list copy;
@@ -102,16 +75,58 @@ int print(char* out, std::size_t size, char const* format, void* args) {
 
 /// Formats with printf. A result that does not fit in the buffer is formatted twice.
 void assignPrinted(std::string& text, char const* format, void* args) {
+    // Equivalent: other sizes are only slower
     char buffer[4096];
     int const length = print(buffer, sizeof buffer, format, args);
     auto const size = static_cast<std::size_t>(std::max(length, 0));
+    // Equivalent: formatting twice is only slower
     if (size < sizeof buffer) {
         text.assign(buffer, size);
     } else {
         text.resize(size);
+        // Equivalent: a larger limit is not reached
         print(text.data(), size + 1, format, args);
     }
     text.resize(std::strlen(text.c_str()));
+}
+
+/// Formats strings and integers faster than printf, and everything else with printf. Most formats
+/// consist of strings and integers.
+void assignFormatted(std::string& text, char const* format, void* args) {
+    std::va_list values;
+    va_copy(values, *static_cast<std::va_list*>(args));
+    Output out(text);
+    char const* at = format;
+    while (*at != '\0') {
+        if (*at != '%') {
+            out.append(*at++);
+            continue;
+        }
+        switch (*++at) {
+        case '%':
+            out.append('%');
+            break;
+        case 'd':
+        case 'i':
+            out.appendNumber(va_arg(values, int));
+            break;
+        case 'u':
+            out.appendNumber(va_arg(values, unsigned int));
+            break;
+        case 's': {
+            char const* const piece = va_arg(values, char const*);
+            out.append(std::string_view(piece ? piece : "(null)"));
+            break;
+        }
+        default:
+            va_end(values);
+            assignPrinted(text, format, args);
+            return;
+        }
+        ++at;
+    }
+    va_end(values);
+    out.flush();
 }
 
 } // namespace
@@ -119,18 +134,10 @@ void assignPrinted(std::string& text, char const* format, void* args) {
 // NOLINTNEXTLINE(misc-no-recursion): one step
 String String::fromVAList(char const* format, void* args) {
     String text;
-    if (!format)
-        return text;
-    if (!args) {
+    if (format && args)
+        assignFormatted(text, format, args);
+    else if (format)
         text = fromFormat(format, nullptr); // with an empty list
-        return text;
-    }
-    std::va_list copy;
-    va_copy(copy, *static_cast<std::va_list*>(args));
-    bool const isPlain = appendPlain(text, format, copy);
-    va_end(copy);
-    if (!isPlain)
-        assignPrinted(text, format, args);
     return text;
 }
 

@@ -12,6 +12,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <new>
 #include <optional>
@@ -47,9 +48,7 @@ constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
 /// Allocated after the last byte of every buffer.
 struct Tail {
-    // Zeros. A class's `fromBin` may call String::fromBin, which needs a NUL after a 4-byte length,
-    // even if the payload is empty.
-    unsigned char nul[lengthPrefixSize + 1];
+    unsigned char zeros[zerosAfterPayload];
     // The maximum number of bytes in the stream's own binary form; see FormLimit. It is not a data
     // member, because programs compiled earlier allocate stream objects of a fixed size.
     unsigned char formLimit[sizeof(std::uint32_t)];
@@ -85,7 +84,7 @@ std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
     if (size > PTRDIFF_MAX)
         throw std::bad_alloc();
     std::unique_ptr<unsigned char[]> buffer(new unsigned char[static_cast<std::size_t>(size)]);
-    std::memset(buffer.get() + capacity, 0, sizeof(Tail::nul));
+    std::memset(buffer.get() + capacity, 0, sizeof(Tail::zeros));
     zntl::storeNative(buffer.get() + capacity + offsetof(Tail, formLimit), unlimited);
     return buffer;
 }
@@ -149,13 +148,9 @@ MemIOStream::MemIOStream(MemIOStream const& other) : Serializable(other), IOStre
 }
 
 MemIOStream& MemIOStream::operator=(MemIOStream const& other) {
-    if (!other.buffer_) {
-        purge();
-        return *this;
-    }
     if (capacity_ != other.capacity_) {
         purge();
-        replaceBuffer(other.capacity_);
+        reserve(other.capacity_);
     }
     // Contract: this stream is emptied before `other` is read, so assigning a stream to itself
     // empties it. Programs on cameras may depend on that.
@@ -195,9 +190,7 @@ void MemIOStream::reserve(unsigned int const& n) {
 // on cameras may depend on the resulting capacities.
 void MemIOStream::checkBuff(unsigned int const& n) {
     if (capacity_ < size() + n) {
-        unsigned int const grown = 2 * capacity_ + n;
-        if (grown > capacity_)
-            replaceBuffer(grown);
+        reserve(2 * capacity_ + n);
     } else if (capacity_ - writePos_ < n) {
         defrag();
     }
@@ -206,6 +199,7 @@ void MemIOStream::checkBuff(unsigned int const& n) {
 /// Makes room for `n` bytes at the write position and returns its address. If it throws, nothing
 /// has changed.
 unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
+    // Equivalent: makeRoom checks again; this only avoids calling it
     if (capacity_ - writePos_ < n)
         makeRoom(n);
     return buffer_.get() + writePos_;
@@ -225,11 +219,11 @@ void MemIOStream::getWriteBuffer(unsigned char*& out, unsigned int n) {
 
 void MemIOStream::finalizeBuffer(unsigned char*& p, unsigned int n) {
     unsigned char* const begin = buffer_.get();
+    // Equivalent: after the content, there is nothing to cut off
     if (p < begin || p >= begin + writePos_)
         return;
     auto const start = static_cast<unsigned int>(p - begin);
-    if (writePos_ - start > n)
-        writePos_ = std::max(start + n, readPos_);
+    writePos_ = std::max(start + std::min(n, writePos_ - start), readPos_);
 }
 
 void MemIOStream::getBuffer(unsigned char const*& data, unsigned int& length) const {
@@ -258,6 +252,7 @@ void MemIOStream::setBuffer(unsigned char const* data, unsigned int const& lengt
 }
 
 void MemIOStream::defrag() {
+    // Equivalent: moving the bytes onto themselves is only slower
     if (readPos_ == 0)
         return;
     unsigned int const used = size();
@@ -284,18 +279,18 @@ MemIOStream::RecordHeader MemIOStream::headerAt(unsigned int position) const {
 }
 
 MemIOStream::RecordWalk MemIOStream::walkRecords() const {
-    RecordWalk walk{0, true};
+    unsigned int records = 0;
     // Has 64 bits, so adding a length field cannot wrap.
     std::uint64_t position = readPos_;
     while (position < writePos_) {
-        ++walk.records;
+        ++records;
+        // Equivalent: a truncated header never ends where the content ends
         if (writePos_ - position < headerSize)
-            return {walk.records, false};
+            return {records, false};
         position +=
             std::uint64_t{headerSize} + headerAt(static_cast<unsigned int>(position)).length;
     }
-    walk.whole = position == writePos_;
-    return walk;
+    return {records, position == writePos_};
 }
 
 bool MemIOStream::validate() const { return walkRecords().whole; }
@@ -329,6 +324,7 @@ void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint
     unsigned char const* const data = buffer_.get() + payload;
     unsigned int const available = std::min(length, writePos_ - payload);
     try {
+        // Equivalent: requireWithin checks again; this only avoids calling it
         if (!isKnownCautious(object) && !isCertainlyWithin(data, available))
             requireWithin(object, data, available);
         object.fromBin(data, available);
@@ -382,7 +378,7 @@ unsigned int MemIOStream::write(Serializable const& object) {
         object.toBin(buffer_.get() + writePos_);
         // `toBin` may have appended to this stream itself.
         if (capacity_ - writePos_ < length)
-            throw std::length_error("no room");
+            throw std::exception(); // the handler reports it
     } catch (...) {
         raiseUnwritable();
     }
@@ -428,12 +424,12 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
     std::va_list further;
     va_start(further, first);
     ObjectArguments objects(first, &further);
-    bool matched = false;
+    bool matched;
     try {
         matched = n == 0 || visitRecords(n, [&](RecordHeader const& header, unsigned int) {
                                 Serializable const* const expected = objects.next();
                                 return !expected || header.type == expected->getTypeId();
-                            }) > 0;
+                            }) != 0;
     } catch (...) {
         va_end(further);
         throw;
@@ -482,7 +478,7 @@ unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
     std::va_list further;
     va_start(further, first);
     ObjectArguments objects(first, &further);
-    unsigned int total = 0;
+    unsigned int total;
     try {
         total = visitRecords(n, [&](RecordHeader const& header, unsigned int payload) {
             if (Serializable* const object = objects.next())

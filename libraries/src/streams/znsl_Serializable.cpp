@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
@@ -25,15 +26,12 @@ constexpr std::size_t headerSize = sizeof(TypeField) + sizeof(LengthField);
 constexpr std::size_t payloadOffset = alignof(std::max_align_t);
 static_assert(payloadOffset >= headerSize);
 
-/// The number of zero bytes after the payload. A class's `fromBin` may call String::fromBin, which
-/// needs a NUL after a 4-byte length, even if the payload is empty.
-constexpr std::size_t zeros = sizeof(LengthField) + 1;
-
 /// Reads a payload of `length` bytes. Returns null if the file ends before that.
 ///
 /// The length field alone never causes a large allocation. For a regular file, it is first compared
 /// with the file's size. For a pipe or a device, the buffer grows with the bytes that arrive.
 std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField length) {
+    // Equivalent: other sizes are only slower
     constexpr std::uint64_t firstBlock = 65536;
     std::optional<std::uint64_t> const fileSize = file.size();
     if (fileSize && *fileSize < std::uint64_t{headerSize} + length)
@@ -41,15 +39,16 @@ std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField lengt
     std::unique_ptr<unsigned char[]> payload;
     std::uint64_t size = 0;
     do {
+        // Equivalent: growing otherwise is only slower
         std::uint64_t const next =
             fileSize ? length : std::min<std::uint64_t>(length, std::max(firstBlock, 2 * size));
         // Unreached: only a 32-bit machine runs into it.
-        if (next > PTRDIFF_MAX - zeros)
+        if (next > PTRDIFF_MAX - zerosAfterPayload)
             throw std::bad_alloc();
         auto const count = static_cast<std::size_t>(next);
-        std::unique_ptr<unsigned char[]> larger(new unsigned char[count + zeros]);
+        std::unique_ptr<unsigned char[]> larger(new unsigned char[count + zerosAfterPayload]);
         std::copy_n(payload.get(), size, larger.get());
-        std::fill_n(larger.get() + count, zeros, static_cast<unsigned char>(0));
+        std::memset(larger.get() + count, 0, zerosAfterPayload);
         if (!file.read(larger.get() + size, count - static_cast<std::size_t>(size)))
             return nullptr;
         payload = std::move(larger);

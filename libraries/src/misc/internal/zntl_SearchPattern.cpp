@@ -3,6 +3,7 @@
 namespace zntl {
 
 void SearchPattern::findBorders() {
+    // Equivalent: this only saves allocations
     borders_.reserve(pattern_.size());
     borders_.push_back(0);
     for (std::size_t matched = 0; borders_.size() < pattern_.size(); borders_.push_back(matched))
@@ -20,6 +21,7 @@ std::size_t SearchPattern::advance(std::size_t matched, char next) const {
 std::size_t SearchPattern::findLong(std::string_view text, std::size_t from) const {
     for (std::size_t matched = 0; from < text.size(); ++from) {
         // While nothing matches, the C library searches for the first character.
+        // Equivalent: this is only faster
         if (matched == 0 && (from = text.find(pattern_.front(), from)) == std::string_view::npos)
             return std::string_view::npos;
         matched = advance(matched, text[from]);

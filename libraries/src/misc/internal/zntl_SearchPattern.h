@@ -11,6 +11,7 @@ class SearchPattern {
 public:
     /// Refers to the characters, which must outlive the pattern.
     explicit SearchPattern(std::string_view pattern) : pattern_(pattern) {
+        // Equivalent: the borders of a short pattern are only not needed
         if (!isShort())
             findBorders();
     }
@@ -29,6 +30,7 @@ public:
 
 private:
     // Comparing at every position is faster, and linear because the size is limited.
+    // Equivalent: other limits are only slower
     bool isShort() const { return pattern_.size() <= 64; }
     std::size_t findShort(std::string_view text, std::size_t from) const;
 

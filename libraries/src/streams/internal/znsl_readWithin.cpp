@@ -15,6 +15,7 @@ bool staysWithin(Serializable const& object, unsigned char const* data, unsigned
         return zntl::String::canReadBin(data, length);
     if (dynamic_cast<MemIOStream const*>(&object))
         return MemIOStream::canReadBin(data, length);
+    // Equivalent: the cache only saves time
     lastCautiousClass().store(&typeid(object), std::memory_order_relaxed);
     return true;
 }
@@ -22,6 +23,7 @@ bool staysWithin(Serializable const& object, unsigned char const* data, unsigned
 } // namespace
 
 void requireWithin(Serializable const& object, unsigned char const* data, unsigned int length) {
+    // Equivalent: staysWithin would return the same
     if (isCertainlyWithin(data, length) || isKnownCautious(object))
         return;
     if (!staysWithin(object, data, length))

@@ -15,6 +15,12 @@ namespace znsl {
 // The `fromBin` of String, of MemIOStream and of classes derived from them trusts its bytes. The
 // library calls it only after these checks.
 
+/// The number of zero bytes after every payload that the library reads an object from. A class's
+/// `fromBin` may call String::fromBin, which needs a NUL after a 4-byte length, even if the payload
+/// is empty.
+// Equivalent: more zeros only take memory
+constexpr unsigned int zerosAfterPayload = sizeof(std::uint32_t) + 1;
+
 /// The class of the last object that was found to be neither a String nor a MemIOStream. The cache
 /// saves two dynamic casts, which take longer than reading a small object.
 inline std::atomic<std::type_info const*>& lastCautiousClass() {
