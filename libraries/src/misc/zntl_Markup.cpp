@@ -122,50 +122,60 @@ struct Element {
     std::size_t enclosing; // the index of the innermost element that is open around it, or npos
 };
 
-/// Finds all elements of the name, nested ones too, in the order of their opening tags. The open
-/// elements form a stack, from which each closing tag takes the innermost. So unclosed elements
-/// cost no more than others.
-std::vector<Element> findElements(std::string_view text, std::string_view name) {
-    Patterns const patterns(name);
-    // Closing tags of such a name can overlap, so it matters where their search starts.
-    bool const canOverlap = name.find('<') != npos && name.find('>') != npos;
-    std::vector<Element> elements;
-    std::size_t innermost = npos; // the top of the stack
-    OpenTagScan opens(text, patterns, 0);
-    CloseTagScan closes(text, patterns, npos); // moved before each search
-    auto const enter = [&](Tag const& tag) {
-        elements.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost});
-        if (!tag.selfClosing)
-            innermost = elements.size() - 1;
-    };
-    auto const enterUntil = [&](std::size_t limit) {
-        Tag tag;
-        while (opens.next(limit, tag))
-            enter(tag);
-    };
-    Tag first;
-    while (opens.next(text.size(), first)) {
-        std::size_t const outermost = elements.size();
-        enter(first);
-        closes.moveTo(first.end);
-        Tag close = first;
-        while (innermost != npos && closes.next(close)) {
+/// Finds the elements of a name, one after another, without those inside closed elements.
+class ElementScan {
+public:
+    ElementScan(std::string_view text, Patterns const& patterns)
+        : text_(text), opens_(text, patterns, 0), closes_(text, patterns, npos) {}
+
+    bool next(Tag& open) { return opens_.next(text_.size(), open); }
+
+    /// Returns the position after the element that `open` opens, and continues there; npos if it is
+    /// not closed. The open elements inside it form a stack, from which each closing tag takes the
+    /// innermost.
+    std::size_t skipElement(Tag const& open) {
+        inner_.clear();
+        innermost_ = npos;
+        closes_.moveTo(open.end);
+        Tag close;
+        while (closes_.next(close)) {
             enterUntil(close.start);
-            elements[innermost].end = close.end + 1;
-            innermost = elements[innermost].enclosing;
+            if (innermost_ == npos) {
+                opens_.moveTo(close.end);
+                return close.end + 1;
+            }
+            inner_[innermost_].end = close.end + 1;
+            innermost_ = inner_[innermost_].enclosing;
         }
-        if (innermost == npos) {
-            opens.moveTo(close.end);
-        } else if (canOverlap) {
-            elements.resize(outermost);
-            innermost = npos;
-            opens.moveTo(first.end);
-        } else {
-            enterUntil(text.size()); // no closing tag is left
+        return npos;
+    }
+
+    /// Continues after the opening tag of an element that is not closed.
+    void skipTag(Tag const& open) { opens_.moveTo(open.end); }
+
+    /// Returns all elements inside an element that is not closed, in the order of their opening
+    /// tags. They were matched on the way, so they are not searched again. Nothing follows them.
+    std::vector<Element> const& skipRest() {
+        enterUntil(text_.size());
+        return inner_;
+    }
+
+private:
+    void enterUntil(std::size_t limit) {
+        Tag tag;
+        while (opens_.next(limit, tag)) {
+            inner_.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost_});
+            if (!tag.selfClosing)
+                innermost_ = inner_.size() - 1;
         }
     }
-    return elements;
-}
+
+    std::string_view text_;
+    OpenTagScan opens_;
+    CloseTagScan closes_;
+    std::vector<Element> inner_;
+    std::size_t innermost_ = npos; // the top of the stack
+};
 
 } // namespace
 
@@ -218,14 +228,31 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
 }
 
 String String::replaceElement(String const& name, String const& replacement) const {
+    Patterns const patterns(name);
+    // Closing tags of such a name can overlap, so each element needs its own search for them.
+    bool const canOverlap = name.find('<') != npos && name.find('>') != npos;
     String result;
     std::size_t copied = 0;
-    for (Element const& element : findElements(*this, name)) {
-        if (element.end == npos || element.start < copied)
-            continue; // not closed, or inside the one before
-        result.append(*this, copied, element.start - copied);
+    auto const replace = [&](std::size_t start, std::size_t end) {
+        result.append(*this, copied, start - copied);
         result += replacement;
-        copied = element.end;
+        copied = end;
+    };
+    ElementScan scan(*this, patterns);
+    Tag open;
+    while (scan.next(open)) {
+        std::size_t const end = open.selfClosing ? open.end + 1 : scan.skipElement(open);
+        if (end != npos) {
+            replace(open.start, end);
+        } else if (canOverlap) {
+            scan.skipTag(open);
+        } else {
+            for (Element const& element : scan.skipRest()) {
+                // Skips elements inside a replaced one.
+                if (element.end != npos && element.start >= copied)
+                    replace(element.start, element.end);
+            }
+        }
     }
     result.append(*this, copied);
     return result;
