@@ -29,7 +29,7 @@ OPERATORS = [(re.compile(pattern), replacement) for pattern, replacement in [
     (r"(?<![\\'])\b\d+(?=U?\b)", r'(\g<0> + 1)'),
     (r'\bif \(', 'if (true || '), (r'\bif \(', 'if (false && '),
     (r'\bbreak;', 'continue;'),
-    (r'\breturn (?!(false|0|nullptr|\{\});)[^;]+;', 'return {};'),
+    (r'\breturn (?!(false|0|nullptr|std::nullopt|\{\});)[^;]+;', 'return {};'),
     (r'^(\s*)[\w*][^{}]*;$', r'\1;'),
     (r'(?<=")(?=[^"\n]+")', '~'),
 ]]
