@@ -61,9 +61,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Form{"", false, false}, Form{"00", false, false},
                     Form{"00 00 00", false, false}, Form{"00 00 00 00", false, true},
                     Form{"01 00 00 00", false, false}, Form{"00 00 00 00 00", true, true},
-                    Form{"00 00 00 00 61", false, true}, Form{"01 00 00 00 61", false, true},
-                    Form{"02 00 00 00 61", false, false}, Form{"02 00 00 00 00 61", true, true},
-                    Form{"03 00 00 00 61 00", true, false},
+                    Form{"00 00 00 00 61", false, true}, Form{"00 00 00 00 01", false, true},
+                    Form{"01 00 00 00 61", false, true}, Form{"02 00 00 00 61", false, false},
+                    Form{"02 00 00 00 00 61", true, true}, Form{"03 00 00 00 61 00", true, false},
                     Form{"ff ff ff ff 61 00 62", true, false},
                     Form{"fc ff ff ff 61 62 63", false, false},
                     Form{"fb ff ff ff 00 00 00", true, false}));

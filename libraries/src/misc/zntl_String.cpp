@@ -8,6 +8,7 @@
 #include "xml/znxml_DomIterator.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -91,8 +92,7 @@ bool String::isNumeric(bool& isInteger) const {
 
 String String::padEnd(unsigned int width, char fill) const {
     String text(*this);
-    if (text.size() < width)
-        text.append(width - text.size(), fill);
+    text.resize(std::max<std::size_t>(text.size(), width), fill);
     return text;
 }
 

@@ -37,6 +37,7 @@ char* zn_strlwr(char* s) {
         return table[byte];
     };
 #else
+    // Equivalent: only other C libraries use this
     auto const lowered = [](unsigned char byte) { return std::tolower(byte); };
 #endif
     for (char* walk = s; *walk != '\0'; ++walk)
@@ -58,8 +59,7 @@ __attribute__((no_sanitize("null"))) char* zn_strupr(char* s) {
 }
 
 int zn_vscprintf(char const* format, va_list args) {
-    char unused[1];
-    return std::vsnprintf(unused, sizeof unused, textOrEmpty(format), args);
+    return std::vsnprintf(nullptr, 0, textOrEmpty(format), args);
 }
 
 int64_t zn_atoi64(char const* s) { return std::strtoll(textOrEmpty(s), nullptr, 10); }

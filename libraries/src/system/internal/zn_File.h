@@ -35,7 +35,8 @@ public:
     /// Writes `count` bytes. Returns false on an error; some bytes may be written by then.
     bool write(void const* bytes, std::size_t count) noexcept;
 
-    /// Closes the file now. Returns false if the system reports an error of an earlier write.
+    /// Closes the file, which must be open. Returns false if the system reports an error of an
+    /// earlier write.
     bool close() noexcept;
 
 private:
