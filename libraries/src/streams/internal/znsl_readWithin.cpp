@@ -16,7 +16,7 @@ bool staysWithin(Serializable const& object, unsigned char const* data, unsigned
     if (dynamic_cast<MemIOStream const*>(&object))
         return MemIOStream::canReadBin(data, length);
     // Equivalent: the cache only saves time
-    lastCautiousClass().store(&typeid(object), std::memory_order_relaxed);
+    cautiousClass(typeid(object)).store(&typeid(object), std::memory_order_relaxed);
     return true;
 }
 

@@ -21,15 +21,17 @@ namespace znsl {
 // Equivalent: more zeros only take memory
 constexpr unsigned int zerosAfterPayload = sizeof(std::uint32_t) + 1;
 
-/// The class of the last object that was found to be neither a String nor a MemIOStream. The cache
-/// saves two dynamic casts, which take longer than reading a small object.
-inline std::atomic<std::type_info const*>& lastCautiousClass() {
-    static std::atomic<std::type_info const*> type{nullptr};
-    return type;
+/// The entry for a class in a cache of classes that are neither a String nor a MemIOStream. The
+/// cache saves two dynamic casts, which take longer than reading a small object.
+inline std::atomic<std::type_info const*>& cautiousClass(std::type_info const& type) {
+    static std::atomic<std::type_info const*> cache[16];
+    // Equivalent: another entry only takes time
+    return cache[reinterpret_cast<std::uintptr_t>(&type) / alignof(std::type_info) % 16];
 }
 
 inline bool isKnownCautious(Serializable const& object) {
-    return lastCautiousClass().load(std::memory_order_relaxed) == &typeid(object);
+    std::type_info const& type = typeid(object);
+    return cautiousClass(type).load(std::memory_order_relaxed) == &type;
 }
 
 /// Whether the bytes are safe for String and for MemIOStream: they end in a NUL, and their length
