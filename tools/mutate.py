@@ -74,7 +74,7 @@ def mutants(source, numbers):
     for number, line in enumerate(lines, 1):
         code = re.sub(r'\s*//.*', '', line)
         if numbers is not None and number not in numbers or number in excused or \
-                not code.strip() or re.search(r'^\s*(#|static_assert|using|namespace)|= delete;', code):
+                not code.strip() or re.search(r'^\s*(#|static_assert|using|namespace|va_end)|= delete;', code):
             continue
         found = {code[:match.start()] + match.expand(replacement) + code[match.end():]
                  for pattern, replacement in OPERATORS for match in pattern.finditer(code)}
