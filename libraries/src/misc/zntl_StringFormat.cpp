@@ -51,6 +51,7 @@ public:
 
 private:
     char* end() { return buffer_ + sizeof buffer_; }
+    // Equivalent: flushing earlier is only slower
     std::size_t room() { return static_cast<std::size_t>(end() - at_); }
 
     void makeRoom(std::size_t count) {
