@@ -28,8 +28,7 @@ private:
 /// The closing quote of the section that opens at `open`, or the size if it is not closed.
 std::size_t findClosingQuote(std::string const& text, std::size_t open) {
     char const quote = text[open];
-    // Equivalent: the NUL at the end is found there
-    for (std::size_t at = open + 1; at < text.size(); ++at) {
+    for (std::size_t at = open + 1; at != text.size(); ++at) {
         if (text[at] == quote)
             return at;
         if (text[at] == '\\') {
