@@ -19,7 +19,7 @@ def output(*command):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE, encoding='utf-8').stdout
 
 
-def peers(tree, filter_, quick):
+def peers(tree, filter_):
     """Returns the median CPU time of each contender in nanoseconds, for the rows whose names match.
     Contenders run in turns, so the ratios hold even if the machine becomes busy."""
     times = {}
@@ -32,14 +32,10 @@ def peers(tree, filter_, quick):
             continue
         print(f'running {program.name}', file=sys.stderr, flush=True)
         times.update(wanted)
-        results = tree / f'{program.name}.json'
-        subprocess.run([program, f'--benchmark_filter={filter_}',
-                        f'--benchmark_repetitions={3 if quick else 7}',
-                        f'--benchmark_min_time={0.01 if quick else 0.03}',
-                        '--benchmark_enable_random_interleaving=true',
-                        f'--benchmark_out={results}', '--benchmark_out_format=json'],
-                       check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        for run in json.loads(results.read_text())['benchmarks']:
+        results = output(program, f'--benchmark_filter={filter_}', '--benchmark_format=json',
+                         '--benchmark_repetitions=7', '--benchmark_min_time=0.03',
+                         '--benchmark_enable_random_interleaving=true')
+        for run in json.loads(results)['benchmarks']:
             row, contender = run['run_name'].rsplit('/', 1)
             if run['run_type'] == 'iteration' and row in times:
                 times[row].setdefault(contender, []).append(run['cpu_time'])
@@ -63,8 +59,8 @@ def cells(row, times):
             ', '.join(f'{name} {time_text(time)}' for name, time in others)]
 
 
-def report_peers(tree, filter_, quick):
-    rows = peers(tree, filter_, quick)
+def report_peers(tree, filter_):
+    rows = peers(tree, filter_)
     if not rows:
         sys.exit(f'no row matches "{filter_}"')
     table = [cells(row, times) for row, times in rows.items()]
@@ -82,7 +78,7 @@ def report_peers(tree, filter_, quick):
 
 
 def update_page(tree):
-    """Updates the rows of the page and its summary from the last complete run."""
+    """Updates the rows of the page from the last run."""
     rows = json.loads((tree / 'rows.json').read_text())
     lines = PAGE.read_text().splitlines(keepends=True)
     for number, line in enumerate(lines):
@@ -91,10 +87,9 @@ def update_page(tree):
     PAGE.write_text(''.join(lines))
 
 
-def main(tree, *arguments):
-    tree, quick = Path(tree), '--quick' in arguments
-    filter_ = ''.join(argument for argument in arguments if not argument.startswith('--'))
-    if '--update-docs' in arguments:
+def main(tree, filter_=''):
+    tree = Path(tree)
+    if filter_ == '--update-docs':
         update_page(tree)
         return 0
     os.environ['TMPDIR'] = '/dev/shm' if Path('/dev/shm').exists() else '/tmp'
@@ -102,13 +97,13 @@ def main(tree, *arguments):
     if filter_ in ('', 'start'):
         script = HERE / 'instructions/instructions.py'
         faults += ['start'] * subprocess.run([sys.executable, '-B', script, tree]).returncode
-    if filter_ == 'scaling' or not (filter_ or quick):
+    if filter_ in ('', 'scaling'):
         with (tree / 'scaling.txt').open('w') as file:
-            command = [tree / 'benchmarks/bench.scaling', *(['--quick'] if quick else [])]
-            faults += ['scaling'] * subprocess.run(command, stdout=file).returncode
+            status = subprocess.run([tree / 'benchmarks/bench.scaling'], stdout=file).returncode
+        faults += ['scaling'] * status
         print((tree / 'scaling.txt').read_text())
     if filter_ not in ('start', 'scaling'):
-        faults += report_peers(tree, '' if filter_ == 'rows' else filter_, quick)
+        faults += report_peers(tree, '' if filter_ == 'rows' else filter_)
     print(*(f'beyond the limits: {fault}' for fault in faults), sep='\n', file=sys.stderr)
     return 1 if faults else 0
 

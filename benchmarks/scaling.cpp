@@ -1,13 +1,10 @@
 // Measures how time and memory grow with the input: text operations with their worst inputs,
 // streams, sets and files.
 //
-//     scaling [--quick]
-//
 // Prints for each operation the processor time for n and for 2n (the best of several runs), their
 // ratio, the time for one byte or object, and the peak of the allocated memory. 2n is 64 MB or a
-// million objects, with --quick a sixteenth of that. Every run has a stack of 64 KB and starts with
-// cold caches. The exit status is 1 if a time ratio is 2.5 or more (3.5 for sets), if memory grows
-// faster than that, or if a queue in a steady state grows.
+// million objects. Every run has a stack of 64 KB and starts with cold caches. The exit status is 1
+// if a time or the memory grows more than its limit.
 
 #include "misc/zntl_Integer.h"
 #include "misc/zntl_Markup.h"
@@ -25,14 +22,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
 #include <random>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -71,11 +66,18 @@ using Resolutions = znsl::Set<znvl::Resolution>;
 /// One run. It returns a number that depends on the whole result, so the compiler removes nothing.
 using Work = std::function<std::size_t()>;
 
+// Limits of growth.
+constexpr double constant = 1;
+constexpr double linear = 2.5;
+// Trees take n log n steps, and each step takes longer if the elements do not fit in the caches.
+constexpr double tree = 3.5;
+
 struct Case {
     std::string name;
     std::size_t most; // 2n
     std::function<Work(std::size_t n)> prepare;
-    double tooMuch = 2.5;
+    double timeLimit = linear; // of the growth from n to 2n
+    double memoryLimit = linear;
 };
 
 std::vector<Case> cases;
@@ -135,11 +137,9 @@ void addTextCases() {
         all += static_cast<char>(c);
     static std::string const longAlphabet = repeated(all, 4096);
     std::string const as = repeated("a", 200);
-    onTexts("encodeHtml", {{"nothing but markup", "&<>'\""}, {"a rare one last", "&<>'", "\""}},
-            String::encodeHtml);
+    onTexts("encodeHtml", {{"a rare one last", "&<>'", "\""}}, String::encodeHtml);
     onTexts("decodeHtml",
             {{"nothing but entities", "&amp;&lt;&gt;&apos;&quot;"},
-             {"nothing but ampersands", "&"},
              {"one ampersand, many rests", "amp;", "", "&"},
              {"broken entities", "&quot&apo"}},
             String::decodeHtml);
@@ -151,37 +151,28 @@ void addTextCases() {
     onTexts("file", {{"a text, written and read", "x"}}, throughFile);
     onTexts("extract", {{"half a marker of 64", "a"}}, &String::extract,
             repeated("a", 32) + repeated("b", 32), "x");
-    onTexts("extract", {{"many times half a marker of 400", as + "c"}}, &String::extract, as + as,
-            "x");
     onTexts("extract", {{"all but a marker of 100001", "a"}}, &String::extract,
             repeated("a", 100'000) + "b", "x");
     onTexts("findAll",
             {{"nothing but separators", ","},
-             {"two kinds of quotes", "'\"'\"", ","},
              {"one section, never closed", ",", "", "'"},
-             {"one section of escapes", "\\'x", "", "'", "',"},
              {"one section of backslashes", "\\\\\\", "", "'", "',"}},
-            &String::findAll, ",", "'\"");
+            &String::findAll, ",", "'");
     onTexts("findAll", {{"backslashes that are quotes", "\\", "", "", ","}}, &String::findAll, ",",
             "\\");
-    onTexts("findAll", {{"separators of every kind", all}}, &String::findAll, longAlphabet, "");
-    onTexts("tokenize", {{"short pieces", "x,"}, {"quoted pieces", "'a, b; c \\' d',"}},
+    onTexts("tokenize", {{"quoted pieces", "'a, b; c \\' d',"}},
             [](String const& text) { return text.tokenize(",", "'"); });
     onTexts("findCloseTag",
             {{"nested", "<a>", "</a>"},
-             {"never closed", "<a>"},
              {"self-closing", "<a/>", "", "<a>", "</a>"},
              {"attributes without an end", "<a ", "", "<a>", "</a>"},
              {"tags that straddle", "<a </a>", "", "<a><a><a>"}},
             element);
     onTexts("replaceElement",
             {{"nested", "<a>", "</a>"},
-             {"siblings", "<a></a>"},
              {"never closed", "<a>"},
              {"one closed in each", "<a><a></a>"},
-             {"closed but never opened", "</a>"},
              {"longer names", "<ab>"},
-             {"names without an end", "<a"},
              {"attributes without an end", "<a "},
              {"closings in attributes", "<a </a>"}},
             &String::replaceElement, "a", "x");
@@ -236,26 +227,19 @@ Work saving(std::size_t n) {
     };
 }
 
-bool grew = false;
-
-/// Writes and reads `n` objects in a queue of 1000, whose buffer must not grow after the start.
-/// `room` is the initial capacity in records; with 0 the queue chooses its capacity.
+/// Writes and reads `n` objects in a queue of 1000. `room` is the initial capacity in records; with
+/// 0 the queue chooses its capacity.
 auto passing(unsigned int room) {
     return [=](std::size_t n) {
         return [=] {
-            constexpr std::size_t depth = 1000;
             MemIOStream queue(room * recordSize);
-            for (std::size_t i = 0; i < depth; ++i)
-                queue << Integer(1);
+            for (int i = 0; i < 1000; ++i)
+                queue << Integer(i);
             Integer integer;
-            unsigned int warm = 0;
             for (std::size_t i = 0; i < n; ++i) {
                 queue << integer;
                 queue >> integer;
-                if (i == 2 * depth)
-                    warm = queue.capacity();
             }
-            grew = grew || queue.capacity() != warm;
             return std::size_t{queue.size()};
         };
     };
@@ -276,16 +260,14 @@ Work insertingAndStoring(std::size_t n) {
 }
 
 void addObjectCases() {
-    // Trees take n log n steps, and each step takes longer if the elements do not fit in the
-    // caches.
-    constexpr double tooMuchOrdered = 3.5;
     cases.insert(cases.end(),
                  {{"stream, write, read and skip", million, writingAndReading},
                   {"stream, copy, nest and assign", megabytes64, copying},
                   {"stream, save and load, as both kinds of file", megabytes64, saving},
-                  {"steady queue, 1000 deep", million, passing(0)},
-                  {"steady queue, full to the last record", million, passing(1001)},
-                  {"set, insert, toBin, fromBin", million, insertingAndStoring, tooMuchOrdered}});
+                  {"set, insert, toBin, fromBin", million, insertingAndStoring, tree}});
+    for (unsigned int const room : {0U, 1001U})
+        cases.push_back({"steady queue, room for " + std::to_string(room) + " at first", million,
+                         passing(room), linear, constant});
 }
 
 // --- measuring ---
@@ -327,42 +309,40 @@ Cost measure(Case const& c, std::size_t n) {
 }
 
 /// Prints a line; returns whether the costs grow as they should.
-bool report(Case const& c, std::size_t most) {
+bool report(Case const& c) {
     Cost once;
     Cost twice;
     bool isSlow = true;
     // Repeats both measurements if they are bad, because the speed of a busy machine varies.
     for (int attempt = 0; isSlow && attempt < 4; ++attempt) {
-        once = measure(c, most / 2);
-        twice = measure(c, most);
-        isSlow = twice.seconds >= c.tooMuch * once.seconds;
+        once = measure(c, c.most / 2);
+        twice = measure(c, c.most);
+        isSlow = twice.seconds > c.timeLimit * once.seconds;
     }
     constexpr double someMemory = 4096;
-    bool const isLarge = twice.memory > c.tooMuch * once.memory + someMemory;
-    std::printf("%-50s %9.2f %9.2f %6.2f %8.2f %9.2f %9.2f%s%s%s\n", c.name.c_str(),
+    bool const isLarge = twice.memory > c.memoryLimit * once.memory + someMemory;
+    std::printf("%-50s %9.2f %9.2f %6.2f %8.2f %9.2f %9.2f%s%s\n", c.name.c_str(),
                 once.seconds * 1e3, twice.seconds * 1e3, twice.seconds / once.seconds,
-                twice.seconds * 1e9 / static_cast<double>(most), once.memory / 1e6,
-                twice.memory / 1e6, isSlow ? "  TOO SLOW" : "", isLarge ? "  TOO LARGE" : "",
-                grew ? "  THE QUEUE GREW" : "");
+                twice.seconds * 1e9 / static_cast<double>(c.most), once.memory / 1e6,
+                twice.memory / 1e6, isSlow ? "  TOO SLOW" : "", isLarge ? "  TOO LARGE" : "");
     std::fflush(stdout);
-    return !isSlow && !isLarge && !std::exchange(grew, false);
+    return !isSlow && !isLarge;
 }
 
 } // namespace
 
-int main(int count, char** arguments) {
+int main() {
     // The process keeps memory that it frees, so later runs need no new pages. Otherwise the times
     // would include the kernel's clearing of new pages.
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, -1);
-    std::size_t const divisor = count > 1 && std::strcmp(arguments[1], "--quick") == 0 ? 16 : 1;
     addTextCases();
     addObjectCases();
     std::printf("%-50s %9s %9s %6s %8s %9s %9s\n", "operation", "n, ms", "2n, ms", "ratio",
                 "ns each", "n, MB", "2n, MB");
     bool isGood = true;
     for (Case const& c : cases)
-        isGood = report(c, c.most / divisor) && isGood;
+        isGood = report(c) && isGood;
     return isGood ? 0 : 1;
 }
