@@ -23,12 +23,17 @@ misused() {
 
 # offer_help USAGE ARGUMENT...: prints USAGE and exits when any argument is --help or -h.
 offer_help() {
-    local usage=$1 argument
-    shift
-    for argument in "$@"; do
-        case $argument in
-            -h | --help) printf '%s\n' "$usage"; exit ;;
-        esac
+    local argument
+    for argument in "${@:2}"; do
+        [[ $argument != -h && $argument != --help ]] || { printf '%s\n' "$1"; exit; }
+    done
+}
+
+# require_known KIND NAMES ARGUMENT...: rejects arguments that are not among the names.
+require_known() {
+    local argument
+    for argument in "${@:3}"; do
+        [[ " $2 " == *" $argument "* ]] || misused "no such $1: $argument; the $1s are: $2"
     done
 }
 
