@@ -44,10 +44,10 @@ def peers(tree, filter_):
 
 
 def time_text(nanoseconds):
-    for unit, size in (('s', 1e9), ('ms', 1e6), ('µs', 1e3), ('ns', 1)):
-        if nanoseconds >= size or unit == 'ns':
+    for unit, size in (('s', 1e9), ('ms', 1e6), ('µs', 1e3)):
+        if nanoseconds >= size:
             return f'{nanoseconds / size:.3g} {unit}'
-    return ''
+    return f'{nanoseconds:.3g} ns'
 
 
 def cells(row, times):

@@ -8,13 +8,10 @@
 
 #include <absl/strings/str_replace.h>
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <regex>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace bench {
 

@@ -14,7 +14,6 @@
 #include <cstring>
 #include <iterator>
 #include <string>
-#include <string_view>
 #include <strings.h>
 #include <vector>
 
