@@ -10,6 +10,7 @@
 #include "video/znvl_Resolution.h"
 
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -17,16 +18,31 @@ namespace bench {
 
 namespace {
 
-// These functions write bytes to a file and read them back. They return whether all bytes were
-// written or read. Reading reuses a string's buffer.
+// These functions write bytes to a file and read them back, as users of each library do. Writing
+// returns whether all bytes were written; reading reuses a string's buffer.
 
-bool writeFile(std::string const& path, std::string const& bytes) {
+bool writeStream(std::string const& path, std::string const& bytes) {
+    std::ofstream out(path, std::ios::binary);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    return out.good();
+}
+
+bool readStream(std::string const& path, std::string& bytes) {
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    bytes.resize(static_cast<std::size_t>(in.tellg()));
+    in.seekg(0);
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return in.good();
+}
+
+bool writeStdio(std::string const& path, std::string const& bytes) {
     std::FILE* const out = std::fopen(path.c_str(), "wb");
     bool const isWritten = std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
     return std::fclose(out) == 0 && isWritten;
 }
 
-bool readFile(std::string const& path, std::string& bytes) {
+bool readStdio(std::string const& path, std::string& bytes) {
     std::FILE* const in = std::fopen(path.c_str(), "rb");
     std::fseek(in, 0, SEEK_END);
     bytes.resize(static_cast<std::size_t>(std::ftell(in)));
@@ -36,22 +52,24 @@ bool readFile(std::string const& path, std::string& bytes) {
     return isRead;
 }
 
-/// Adds two rows: `write` and `read`, which receive a path and return whether they succeeded, each
-/// compared with a peer that writes or reads the same bytes.
+/// Adds two rows: `write` and `read`, which receive a path, each compared with the peers, which
+/// write and read the same bytes. All return whether they succeeded.
 template <class Write, class Read>
 void addFileRows(std::string const& writing, std::string const& reading, Write write, Read read) {
     static test::TemporaryDirectory const folder;
     std::string const path = folder / writing;
     auto const bytes = std::make_shared<std::string>();
     write(path);
-    readFile(path, *bytes);
-    Row("file: " + writing, path).library(write).peer("stdio", [=](auto& own) {
-        return writeFile(own + ".peer", *bytes);
-    });
+    readStdio(path, *bytes);
+    Row("file: " + writing, path)
+        .library(write)
+        .peer("std::ofstream", [=](auto& own) { return writeStream(own + ".stream", *bytes); })
+        .peer("stdio", [=](auto& own) { return writeStdio(own + ".stdio", *bytes); });
     auto const content = std::make_shared<std::string>();
-    Row("file: " + reading, path).library(read).peer("stdio", [=](auto& own) {
-        return readFile(own + ".peer", *content);
-    });
+    Row("file: " + reading, path)
+        .library(read)
+        .peer("std::ifstream", [=](auto& own) { return readStream(own + ".stream", *content); })
+        .peer("stdio", [=](auto& own) { return readStdio(own + ".stdio", *content); });
 }
 
 void addStreamRows() {

@@ -7,7 +7,9 @@
 
 #include <absl/strings/str_cat.h>
 #include <absl/strings/str_format.h>
+#include <boost/lexical_cast.hpp>
 #include <fmt/format.h>
+#include <fmt/printf.h>
 
 #include <cstdio>
 #include <string>
@@ -33,6 +35,7 @@ void addRows() {
         .library([](int w, int h) { return String::fromFormat("%dx%d", w, h); })
         .peer("snprintf", [](int w, int h) { return formatted("%dx%d", w, h); })
         .peer("fmt", [](int w, int h) { return fmt::format("{}x{}", w, h); })
+        .peer("fmt::sprintf", [](int w, int h) { return fmt::sprintf("%dx%d", w, h); })
         .peer("absl::StrFormat", [](int w, int h) { return absl::StrFormat("%dx%d", w, h); })
         .peer("absl::StrCat", [](int w, int h) { return absl::StrCat(w, "x", h); });
     Row("format: an integer", -1234567)
@@ -40,7 +43,8 @@ void addRows() {
         .peer("snprintf", [](int number) { return formatted("%d", number); })
         .peer("std::to_string", [](int number) { return std::to_string(number); })
         .peer("fmt", [](int number) { return fmt::to_string(number); })
-        .peer("absl::StrCat", [](int number) { return absl::StrCat(number); });
+        .peer("absl::StrCat", [](int number) { return absl::StrCat(number); })
+        .peer("boost", [](int number) { return boost::lexical_cast<std::string>(number); });
     Row("format: a float with 2 decimals", 1234.56789F)
         .library([](float number) { return String::fromFloat(number, 2); })
         .peer("snprintf", [](float number) { return formatted("%.*f", 2, double{number}); })
@@ -51,6 +55,7 @@ void addRows() {
         .library([](Text text, int n) { return String::fromFormat("%s (%d)", text.c_str(), n); })
         .peer("snprintf", [](Text text, int n) { return formatted("%s (%d)", text.c_str(), n); })
         .peer("fmt", [](Text text, int n) { return fmt::format("{} ({})", text, n); })
+        .peer("fmt::sprintf", [](Text text, int n) { return fmt::sprintf("%s (%d)", text, n); })
         .peer("absl::StrFormat",
               [](Text text, int n) { return absl::StrFormat("%s (%d)", text, n); })
         .peer("absl::StrCat", [](Text text, int n) { return absl::StrCat(text, " (", n, ")"); });

@@ -8,16 +8,62 @@
 
 #include <absl/strings/str_replace.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <regex>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace bench {
 
 namespace {
 
 using zntl::String;
+
+constexpr std::pair<std::string_view, char> entities[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&apos;", '\''}, {"&quot;", '"'}};
+
+// The code that a user of the standard library would write: one pass that appends to the result.
+
+std::string stdEncode(std::string const& text) {
+    std::string result;
+    result.reserve(text.size());
+    for (char const c : text) {
+        auto const* const found =
+            std::find_if(std::begin(entities), std::end(entities),
+                         [=](auto const& entry) { return entry.second == c; });
+        if (found == std::end(entities))
+            result += c;
+        else
+            result += found->first;
+    }
+    return result;
+}
+
+std::string stdDecode(std::string const& text) {
+    std::string result;
+    result.reserve(text.size());
+    std::size_t copied = 0;
+    std::size_t at;
+    while ((at = text.find('&', copied)) != std::string::npos) {
+        result.append(text, copied, at - copied);
+        copied = at;
+        for (auto const& [entity, character] : entities) {
+            if (text.compare(at, entity.size(), entity) == 0) {
+                result += character;
+                copied += entity.size();
+                break;
+            }
+        }
+        if (copied == at) {
+            result += '&';
+            ++copied;
+        }
+    }
+    return result.append(text, copied);
+}
 
 std::string abslEncode(std::string const& text) {
     return absl::StrReplaceAll(
@@ -40,9 +86,13 @@ std::string markupText(std::size_t length, int percent) {
 }
 
 void addEscapeRows(std::string const& name, String const& plain) {
-    Row("markup: encode " + name, plain).library(String::encodeHtml).peer("absl", abslEncode);
+    Row("markup: encode " + name, plain)
+        .library(String::encodeHtml)
+        .peer("std", stdEncode)
+        .peer("absl", abslEncode);
     Row("markup: decode " + name, String::encodeHtml(plain))
         .library(String::decodeHtml)
+        .peer("std", stdDecode)
         .peer("absl", abslDecode);
 }
 

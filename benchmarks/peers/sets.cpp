@@ -1,5 +1,6 @@
 // Ordered sets of resolutions: inserting, and converting to bytes and back.
 
+#include "objects.pb.h"
 #include "support/data.h"
 #include "support/objects.h"
 #include "support/row.h"
@@ -8,12 +9,17 @@
 #include "video/znvl_Resolution.h"
 
 #include <absl/container/btree_set.h>
+#include <boost/archive/binary_iarchive.hpp>
+#include <boost/archive/binary_oarchive.hpp>
 #include <boost/container/set.hpp>
 #include <boost/serialization/set.hpp>
+#include <cereal/archives/binary.hpp>
 #include <cereal/types/set.hpp>
 #include <msgpack.hpp>
 
+#include <istream>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <utility>
@@ -56,18 +62,42 @@ void zn(ZnSet const& set, std::vector<unsigned char>& buffer, ZnSet& read) {
     read.fromBin(buffer.data(), static_cast<unsigned int>(buffer.size()));
 }
 
-template <class Archives>
-void archive(PeerSet const& set, Archives& archives, PeerSet& read) {
-    archives.clear();
-    archives.writer << set;
-    archives.turnAround();
-    archives.reader >> read;
+void cereal(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    buffer.clear();
+    std::ostream out(&buffer);
+    ::cereal::BinaryOutputArchive{out}(set);
+    buffer.turnAround();
+    std::istream in(&buffer);
+    ::cereal::BinaryInputArchive{in}(read);
+}
+
+void boost(PeerSet const& set, MemoryBuffer& buffer, PeerSet& read) {
+    buffer.clear();
+    constexpr unsigned int flags = ::boost::archive::no_header | ::boost::archive::no_codecvt;
+    ::boost::archive::binary_oarchive(buffer, flags) << set;
+    buffer.turnAround();
+    ::boost::archive::binary_iarchive(buffer, flags) >> read;
 }
 
 void msgpack(PeerSet const& set, ::msgpack::sbuffer& buffer, PeerSet& read) {
     buffer.clear();
     ::msgpack::pack(buffer, set);
     ::msgpack::unpack(buffer.data(), buffer.size()).get().convert(read);
+}
+
+void protobuf(PeerSet const& set, std::string& buffer, PeerSet& read) {
+    static proto::Sizes message;
+    message.Clear();
+    for (Size const& size : set) {
+        proto::Size* const added = message.add_sizes();
+        added->set_width(size.width);
+        added->set_height(size.height);
+    }
+    message.SerializeToString(&buffer);
+    message.ParseFromString(buffer);
+    read.clear();
+    for (proto::Size const& size : message.sizes())
+        read.emplace_hint(read.end(), size.width(), size.height());
 }
 
 template <class Set, class Buffer>
@@ -91,9 +121,10 @@ void addSetRows(int count) {
         .peer("absl::btree_set", inserting<absl::btree_set<Size>>);
     Row("set: to bytes and back, " + elements)
         .library(passing(sizes, zn))
-        .peer("cereal", passing(sizes, archive<CerealArchives>))
-        .peer("boost", passing(sizes, archive<BoostArchives>))
-        .peer("msgpack", passing(sizes, msgpack));
+        .peer("cereal", passing(sizes, cereal))
+        .peer("boost", passing(sizes, boost))
+        .peer("msgpack", passing(sizes, msgpack))
+        .peer("protobuf", passing(sizes, protobuf));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Queues of objects: writing, reading, and a steady state of both.
 
+#include "objects.pb.h"
 #include "support/objects.h"
 #include "support/row.h"
 
@@ -8,12 +9,18 @@
 #include "streams/znsl_MemIOStream.h"
 #include "video/znvl_Resolution.h"
 
+#include <boost/archive/binary_iarchive.hpp>
+#include <boost/archive/binary_oarchive.hpp>
 #include <boost/serialization/string.hpp>
+#include <cereal/archives/binary.hpp>
 #include <cereal/types/string.hpp>
+#include <google/protobuf/util/delimited_message_util.h>
 #include <msgpack.hpp>
 
+#include <istream>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -30,6 +37,12 @@ enum class Kind : unsigned char { integer, text, size };
 Kind kindOf(int const&) { return Kind::integer; }
 Kind kindOf(std::string const&) { return Kind::text; }
 Kind kindOf(Size const&) { return Kind::size; }
+
+template <class Value>
+void requireKind(Kind found, Value const& value) {
+    if (found != kindOf(value))
+        throw std::runtime_error("type mismatch");
+}
 
 // Each contender is a queue of objects of different kinds. `put` appends an object with its kind,
 // `nextKind` returns the kind of the next object, and `get` removes it; `get` throws for an object
@@ -58,30 +71,52 @@ struct PeerValues {
     using Size = bench::Size;
 };
 
-/// A queue in two archives, which share a buffer.
+/// A queue in two archives, which write to and read from a stream buffer.
 template <class Archives>
-struct Archive : PeerValues, Archives {
+struct Archive : PeerValues {
     template <class Value>
     void put(Value const& value) {
-        Archives::writer << static_cast<unsigned char>(kindOf(value)) << value;
+        archives.writer << static_cast<unsigned char>(kindOf(value)) << value;
     }
     template <class Value>
     void get(Value& value) {
-        if (nextKind() != kindOf(value))
-            throw std::runtime_error("type mismatch");
-        Archives::reader >> value;
+        requireKind(nextKind(), value);
+        archives.reader >> value;
         next.reset();
     }
     Kind nextKind() {
         if (!next) {
             unsigned char kind;
-            Archives::reader >> kind;
+            archives.reader >> kind;
             next = static_cast<Kind>(kind);
         }
         return *next;
     }
+    void turnAround() { buffer.turnAround(); }
+    void clear() { buffer.clear(); }
 
+    MemoryBuffer buffer;
+    Archives archives{&buffer};
     std::optional<Kind> next;
+};
+
+struct CerealArchives {
+    explicit CerealArchives(MemoryBuffer* buffer) : out(buffer), in(buffer) {}
+
+    std::ostream out;
+    std::istream in;
+    cereal::BinaryOutputArchive writer{out};
+    cereal::BinaryInputArchive reader{in};
+};
+
+struct BoostArchives {
+    static constexpr unsigned int flags = boost::archive::no_header | boost::archive::no_codecvt |
+                                          boost::archive::no_xml_tag_checking;
+
+    explicit BoostArchives(MemoryBuffer* buffer) : writer(*buffer, flags), reader(*buffer, flags) {}
+
+    boost::archive::binary_oarchive writer;
+    boost::archive::binary_iarchive reader;
 };
 
 struct Msgpack : PeerValues {
@@ -115,6 +150,61 @@ struct Msgpack : PeerValues {
     std::size_t offset = 0;
     msgpack::zone zone;
     std::optional<msgpack::object> next;
+};
+
+namespace io = google::protobuf::io;
+
+struct Protobuf : PeerValues {
+    Protobuf() { clear(); }
+
+    void assign(int value) { object.set_integer(value); }
+    void assign(std::string const& text) { object.set_text(text); }
+    void assign(Size const& size) {
+        object.mutable_size()->set_width(size.width);
+        object.mutable_size()->set_height(size.height);
+    }
+    template <class Value>
+    void put(Value const& value) {
+        assign(value);
+        google::protobuf::util::SerializeDelimitedToCodedStream(object, &*coder);
+    }
+
+    void extract(int& value) const { value = object.integer(); }
+    void extract(std::string& text) const { text = object.text(); }
+    void extract(Size& size) const {
+        size.width = object.size().width();
+        size.height = object.size().height();
+    }
+    template <class Value>
+    void get(Value& value) {
+        requireKind(nextKind(), value);
+        extract(value);
+        isRead = false;
+    }
+
+    Kind nextKind() {
+        if (!isRead)
+            google::protobuf::util::ParseDelimitedFromCodedStream(&object, &*decoder, nullptr);
+        isRead = true;
+        return object.has_integer() ? Kind::integer : object.has_text() ? Kind::text : Kind::size;
+    }
+    void turnAround() {
+        coder.reset();
+        decoder.emplace(reinterpret_cast<std::uint8_t const*>(buffer.data()),
+                        static_cast<int>(buffer.size()));
+    }
+    void clear() {
+        buffer.clear();
+        output.emplace(&buffer);
+        coder.emplace(&*output);
+    }
+
+    proto::Object object;
+    bool isRead = false;
+    std::string buffer;
+    std::optional<io::StringOutputStream> output;
+    std::optional<io::CodedOutputStream> coder;
+    std::optional<io::CodedInputStream> decoder;
 };
 
 // A queue contains objects of one kind, or a mixture of all kinds.
@@ -186,56 +276,68 @@ std::size_t getAll(Queue& queue) {
     return sum;
 }
 
-struct Rows {
-    Row<> write;
-    Row<> read;
-    Row<> steady;
-};
+/// Selects a function by the type of its queue.
+template <class Queue>
+struct Type {};
 
 template <Content content, class Queue>
-void addContender(Rows& rows, std::string const& contender) {
-    auto const values = makeValues<Queue>();
-    rows.write.peer(contender, [=] {
+auto writing(Type<Queue> /*type*/) {
+    return [values = makeValues<Queue>()] {
         Queue queue;
         auto* const reachable = &queue; // prevents the compiler from removing the writes
         benchmark::DoNotOptimize(reachable);
         putAll<content>(queue, *values);
+        queue.turnAround();
         return 0;
-    });
+    };
+}
 
-    auto const written = std::make_shared<Queue>();
-    putAll<content>(*written, *values);
-    rows.read.peer(contender, [=] {
-        // The library copies and checks untrusted bytes. The peers read them in place.
+/// The library copies and checks untrusted bytes. The peers read them in place.
+template <Content content, class Queue>
+auto reading(Type<Queue> /*type*/) {
+    auto const queue = std::make_shared<Queue>();
+    putAll<content>(*queue, *makeValues<Queue>());
+    return [queue] {
         if constexpr (std::is_same_v<Queue, Zn>) {
             unsigned char const* bytes;
             unsigned int length;
-            written->stream.getBuffer(bytes, length);
+            queue->stream.getBuffer(bytes, length);
             Zn copy{znsl::MemIOStream(bytes, length)};
             return getAll<content>(copy);
         } else {
-            written->turnAround();
-            return getAll<content>(*written);
+            queue->turnAround();
+            return getAll<content>(*queue);
         }
-    });
+    };
+}
 
-    rows.steady.peer(contender, [=, queue = std::make_shared<Queue>()] {
+template <Content content, class Queue>
+auto passing(Type<Queue> /*type*/) {
+    return [values = makeValues<Queue>(), queue = std::make_shared<Queue>()] {
         putAll<content>(*queue, *values);
         queue->turnAround();
         std::size_t const sum = getAll<content>(*queue);
         queue->clear();
         return sum;
-    });
+    };
+}
+
+/// `make` receives the type of a queue and returns its work.
+template <class Make>
+void addRow(std::string const& name, Make make) {
+    Row("stream: " + name)
+        .library(make(Type<Zn>()))
+        .peer("cereal", make(Type<Archive<CerealArchives>>()))
+        .peer("boost", make(Type<Archive<BoostArchives>>()))
+        .peer("msgpack", make(Type<Msgpack>()))
+        .peer("protobuf", make(Type<Protobuf>()));
 }
 
 template <Content content>
 void addContentRows(std::string const& name) {
-    Rows rows{Row("stream: write " + name), Row("stream: read " + name),
-              Row("stream: steady queue of " + name)};
-    addContender<content, Zn>(rows, "zn");
-    addContender<content, Archive<CerealArchives>>(rows, "cereal");
-    addContender<content, Archive<BoostArchives>>(rows, "boost");
-    addContender<content, Msgpack>(rows, "msgpack");
+    addRow("write " + name, [](auto queue) { return writing<content>(queue); });
+    addRow("read " + name, [](auto queue) { return reading<content>(queue); });
+    addRow("steady queue of " + name, [](auto queue) { return passing<content>(queue); });
 }
 
 } // namespace

@@ -7,13 +7,16 @@
 
 #include <absl/strings/ascii.h>
 #include <absl/strings/match.h>
+#include <absl/strings/numbers.h>
 #include <absl/strings/str_split.h>
+#include <boost/tokenizer.hpp>
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <strings.h>
 #include <vector>
 
@@ -24,16 +27,25 @@ namespace {
 using zntl::String;
 using Text = String const&;
 
+std::string stdTrim(std::string_view text) {
+    constexpr std::string_view blanks = " \t\n\r";
+    std::size_t const begin = text.find_first_not_of(blanks);
+    if (begin == std::string_view::npos)
+        return {};
+    return std::string(text.substr(begin, text.find_last_not_of(blanks) - begin + 1));
+}
+
 std::string stdSanitize(Text text, char const* allowed) {
     std::string kept;
     std::copy_if(text.begin(), text.end(), std::back_inserter(kept),
                  [=](char c) { return std::strchr(allowed, c) != nullptr; });
-    return kept;
+    return stdTrim(kept);
 }
 
 void addTextRows(std::string const& length, std::string const& text) {
     Row("text: trim " + length, String("    " + text + "    "))
         .library([](Text padded) { return padded.trim(); })
+        .peer("std", [](Text padded) { return stdTrim(padded); })
         .peer("absl", [](Text padded) { return std::string(absl::StripAsciiWhitespace(padded)); });
     char const* const allowed = "abcdefghijklmnopqrstuvwxyz0123456789_-";
     Row("text: sanitize " + length, String(text), allowed)
@@ -60,12 +72,19 @@ void addNumberRows() {
     Row("text: numeric test of a fraction", String("-1234.5678"))
         .library([isInteger = false](Text text) mutable { return text.isNumeric(isInteger); })
         .peer("std::from_chars",
-              [number = 0.0](Text text) mutable { return fromChars(text, number); });
+              [number = 0.0](Text text) mutable { return fromChars(text, number); })
+        .peer("absl",
+              [number = 0.0](Text text) mutable { return absl::SimpleAtod(text, &number); });
     Row("text: unsigned integer", String("1048576"))
         .library([](Text text) { return text.toUnsignedInt(); })
-        .peer("std::from_chars", [](Text text) {
+        .peer("std::from_chars",
+              [](Text text) {
+                  unsigned int number = 0;
+                  return fromChars(text, number) ? number : 0;
+              })
+        .peer("absl", [](Text text) {
             unsigned int number = 0;
-            return fromChars(text, number) ? number : 0;
+            return absl::SimpleAtoi(text, &number) ? number : 0;
         });
 }
 
@@ -98,6 +117,12 @@ std::vector<std::string> stdTokenize(Text text, Text separators, Text quotes) {
     return pieces;
 }
 
+template <class Separator>
+std::vector<std::string> boostTokenize(Text text, Separator const& separator) {
+    boost::tokenizer<Separator> const tokens(text, separator);
+    return {tokens.begin(), tokens.end()};
+}
+
 String list(bool isQuoted) {
     std::string text;
     for (int i = 0; i < 10'000; ++i) {
@@ -121,11 +146,21 @@ void addListRows() {
     Row("list: find separators outside quotes, 10,000 entries", quoted, separators, String("'"))
         .library(findAll)
         .peer("std", stdFindAll);
+    // Boost.Tokenizer removes the quotes, so the row compares only the number of pieces.
     Row("list: tokenize with quotes, 10,000 entries", quoted, separators, String("'"))
-        .library([](Text text, Text chars, Text quotes) { return text.tokenize(chars, quotes); })
-        .peer("std", stdTokenize);
+        .library(
+            [](Text text, Text chars, Text quotes) { return text.tokenize(chars, quotes).size(); })
+        .peer("std", [](auto&... inputs) { return stdTokenize(inputs...).size(); })
+        .peer("boost", [](Text text, Text chars, Text quotes) {
+            boost::escaped_list_separator<char> const rules("\\", chars, quotes);
+            return boostTokenize(text, rules).size();
+        });
     Row("list: tokenize, 10,000 entries", plain, separators)
         .library([](Text text, Text chars) { return text.tokenize(chars, ""); })
+        .peer("boost",
+              [](Text text, Text chars) {
+                  return boostTokenize(text, boost::char_separator<char>(chars.c_str()));
+              })
         .peer("absl", [](Text text, Text chars) {
             return std::vector<std::string>(
                 absl::StrSplit(text, absl::ByAnyChar(chars), absl::SkipEmpty()));
@@ -147,6 +182,8 @@ void addRows() {
     std::string const page = randomText(2000);
     Row("text: prefix", String(page), String(page.substr(0, 16)))
         .library([](Text text, Text prefix) { return text.hasPrefix(prefix); })
+        .peer("std",
+              [](Text text, Text start) { return text.compare(0, start.size(), start) == 0; })
         .peer("absl", [](Text text, Text prefix) { return absl::StartsWith(text, prefix); });
     Row("text: extract between markers behind 2 KB",
         String(page + "<value>" + page.substr(0, 100) + "</value>"), String("<value>"),

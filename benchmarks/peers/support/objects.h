@@ -3,16 +3,11 @@
 #include "misc/zntl_Integer.h"
 #include "video/znvl_Resolution.h"
 
-#include <boost/archive/binary_iarchive.hpp>
-#include <boost/archive/binary_oarchive.hpp>
 #include <boost/serialization/level.hpp>
 #include <boost/serialization/tracking.hpp>
-#include <cereal/archives/binary.hpp>
 #include <msgpack.hpp>
 
 #include <cstddef>
-#include <istream>
-#include <ostream>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -64,7 +59,11 @@ public:
     void clear() { setp(storage_.data(), storage_.data() + storage_.size()); }
 
 protected:
-    // The archives write everything through this.
+    int_type overflow(int_type c) override {
+        grow(1);
+        return sputc(traits_type::to_char_type(c));
+    }
+
     std::streamsize xsputn(char const* text, std::streamsize count) override {
         if (epptr() - pptr() < count)
             grow(static_cast<std::size_t>(count));
@@ -82,21 +81,6 @@ private:
     }
 
     std::vector<char> storage_;
-};
-
-struct CerealArchives : MemoryBuffer {
-    std::ostream out{this};
-    std::istream in{this};
-    cereal::BinaryOutputArchive writer{out};
-    cereal::BinaryInputArchive reader{in};
-};
-
-struct BoostArchives : MemoryBuffer {
-    static constexpr unsigned int flags = boost::archive::no_header | boost::archive::no_codecvt |
-                                          boost::archive::no_xml_tag_checking;
-
-    boost::archive::binary_oarchive writer{*this, flags};
-    boost::archive::binary_iarchive reader{*this, flags};
 };
 
 } // namespace bench
