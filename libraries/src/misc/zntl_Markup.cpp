@@ -40,8 +40,8 @@ public:
     OpenTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
         : text_(text), pattern_(patterns.opening), position_(from) {}
 
-    /// The next tag that ends before `limit`. A tag that ends later is found by a later call, with
-    /// a larger limit. Nothing is scanned twice, so a whole walk is linear.
+    /// Finds the next tag that ends before `limit`; returns false if there is none. A later call
+    /// with a larger limit finds the tags that end later. All calls together take linear time.
     bool next(std::size_t limit, Tag& tag);
 
     void moveTo(std::size_t position) { position_ = position; }
@@ -53,8 +53,8 @@ private:
 };
 
 bool OpenTagScan::next(std::size_t limit, Tag& tag) {
-    // Equivalent: no tag starts one character before or after the limit, where the text ends or a
-    // closing tag starts
+    // Equivalent: at the limit the text ends or a closing tag starts, so no opening tag starts next
+    // to it
     std::string_view const shown = text_.substr(0, limit + pattern_.size() - 1);
     std::size_t start;
     while ((start = pattern_.findIn(shown, position_)) != npos) {
@@ -154,7 +154,7 @@ public:
     void skipTag(Tag const& open) { opens_.moveTo(open.end); }
 
     /// Returns all elements inside an element that is not closed, in the order of their opening
-    /// tags. They were matched on the way, so they are not searched again. Nothing follows them.
+    /// tags. No closing tag is left after them.
     std::vector<Element> const& skipRest() {
         enterUntil(text_.size());
         return inner_;

@@ -13,7 +13,7 @@ namespace {
 
 /// Reads the file to its end, even if that is not where its reported size ends.
 bool readAll(znst::File& file, std::string& text) {
-    // One byte more than the size, so the file is complete when a byte of room is left over.
+    // One byte more than the size, so the read that finds the end needs no larger string.
     std::uint64_t const room = file.size().value_or(4095) + 1;
     // Equivalent: on a 64-bit machine, resizing fails instead
     if (room > text.max_size())

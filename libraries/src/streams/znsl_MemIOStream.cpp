@@ -80,7 +80,7 @@ std::string locate(int line, char const* text) {
 
 std::unique_ptr<unsigned char[]> allocate(unsigned int capacity) {
     std::uint64_t const size = std::uint64_t{capacity} + sizeof(Tail);
-    // Unreached: only a 32-bit machine runs into it.
+    // Unreached: possible only with 32-bit addresses.
     if (size > PTRDIFF_MAX)
         throw std::bad_alloc();
     std::unique_ptr<unsigned char[]> buffer(new unsigned char[static_cast<std::size_t>(size)]);

@@ -42,7 +42,7 @@ std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField lengt
         // Equivalent: growing otherwise is only slower
         std::uint64_t const next =
             fileSize ? length : std::min<std::uint64_t>(length, std::max(firstBlock, 2 * size));
-        // Unreached: only a 32-bit machine runs into it.
+        // Unreached: possible only with 32-bit addresses.
         if (next > PTRDIFF_MAX - zerosAfterPayload)
             throw std::bad_alloc();
         auto const count = static_cast<std::size_t>(next);
@@ -63,7 +63,7 @@ bool Serializable::toFile(char const* path) const {
     try {
         unsigned int const length = getBinLength();
         std::uint64_t const bufferSize = std::uint64_t{payloadOffset} + length;
-        // Unreached: only a 32-bit machine runs into it.
+        // Unreached: possible only with 32-bit addresses.
         if (bufferSize > PTRDIFF_MAX)
             return false;
         std::unique_ptr<unsigned char[]> const buffer(
