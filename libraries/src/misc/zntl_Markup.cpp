@@ -1,7 +1,7 @@
 #include "misc/zntl_Markup.h"
 
-#include "misc/internal/zntl_SearchPattern.h"
 #include "misc/internal/zntl_blank.h"
+#include "misc/internal/zntl_findPattern.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,160 +22,79 @@ struct Tag {
     bool selfClosing;  // only of an opening tag
 };
 
-/// The start of every opening tag of an element, and its whole closing tag.
-struct Patterns {
-    explicit Patterns(std::string_view name) {
-        opening += name;
-        closing += name;
-        closing += '>';
+/// Finds the tags of an element `name`, the opening and the closing ones each from left to right.
+class TagScan {
+public:
+    TagScan(std::string_view text, std::string_view name, std::size_t from)
+        : text_(text), opensFrom_(from), closesFrom_(from) {
+        opening_ += name;
+        closing_ += name;
+        closing_ += '>';
     }
 
-    std::string opening = "<";
-    std::string closing = "</";
-};
+    /// Finds the next opening tag that ends before `limit`; returns false if there is none. A later
+    /// call with a larger limit finds the tags that end later. All calls together take linear time.
+    bool nextOpening(std::size_t limit, Tag& tag);
 
-/// Finds the opening tags of an element, one after another.
-class OpenTagScan {
-public:
-    OpenTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
-        : text_(text), pattern_(patterns.opening), position_(from) {}
+    bool nextClosing(Tag& tag);
 
-    /// Finds the next tag that ends before `limit`; returns false if there is none. A later call
-    /// with a larger limit finds the tags that end later. All calls together take linear time.
-    bool next(std::size_t limit, Tag& tag);
+    /// Finds the closing tag of an element whose opening tag was the last one found.
+    bool nextMatching(Tag& tag);
 
-    void moveTo(std::size_t position) { position_ = position; }
+    void moveTo(std::size_t position) { opensFrom_ = closesFrom_ = position; }
 
 private:
     std::string_view text_;
-    SearchPattern pattern_;
-    std::size_t position_; // the next tag does not start before it
+    std::string opening_ = "<"; // the start of every opening tag
+    std::string closing_ = "</";
+    std::size_t opensFrom_;
+    std::size_t closesFrom_;
 };
 
-bool OpenTagScan::next(std::size_t limit, Tag& tag) {
+bool TagScan::nextOpening(std::size_t limit, Tag& tag) {
     // Equivalent: at the limit the text ends or a closing tag starts, so no opening tag starts next
     // to it
-    std::string_view const shown = text_.substr(0, limit + pattern_.size() - 1);
-    std::size_t start;
-    while ((start = pattern_.findIn(shown, position_)) != npos) {
-        std::size_t end = start + pattern_.size();
-        char const next = end < text_.size() ? text_[end] : '\0';
-        bool selfClosing = false;
-        if (isBlank(next) || (next == '/' && text_.substr(end + 1, 1) == ">")) {
-            end = text_.find('>', end);
-            selfClosing = end != npos && text_[end - 1] == '/';
+    std::string_view const shown = text_.substr(0, limit + opening_.size() - 1);
+    while ((tag.start = findPattern(shown, opening_, opensFrom_)) != npos) {
+        tag.end = tag.start + opening_.size();
+        tag.selfClosing = false;
+        char const next = tag.end < text_.size() ? text_[tag.end] : '\0';
+        if (isBlank(next) || (next == '/' && text_.substr(tag.end + 1, 1) == ">")) {
+            tag.end = text_.find('>', tag.end);
+            tag.selfClosing = tag.end != npos && text_[tag.end - 1] == '/';
         } else if (next != '>') {
-            position_ = end;
+            opensFrom_ = tag.end;
             continue;
         }
         // Equivalent: the text ends or a "<" follows at the limit, so no tag ends there
-        bool const isShown = end < limit;
-        position_ = isShown ? end : start;
-        tag = {start, end, selfClosing};
+        bool const isShown = tag.end < limit;
+        opensFrom_ = isShown ? tag.end : tag.start;
         return isShown;
     }
-    position_ = std::max(position_, limit);
+    opensFrom_ = std::max(opensFrom_, limit);
     return false;
 }
 
-/// Finds the closing tags of an element, one after another.
-class CloseTagScan {
-public:
-    CloseTagScan(std::string_view text, Patterns const& patterns, std::size_t from)
-        : text_(text), pattern_(patterns.closing), position_(from) {}
+bool TagScan::nextClosing(Tag& tag) {
+    tag.start = findPattern(text_, closing_, closesFrom_);
+    if (tag.start == npos)
+        return false;
+    closesFrom_ = tag.start + closing_.size();
+    tag.end = closesFrom_ - 1;
+    return true;
+}
 
-    bool next(Tag& tag) {
-        tag.start = pattern_.findIn(text_, position_);
-        if (tag.start == npos)
-            return false;
-        position_ = tag.start + pattern_.size();
-        tag.end = position_ - 1;
-        return true;
-    }
-
-    void moveTo(std::size_t position) { position_ = position; }
-
-private:
-    std::string_view text_;
-    SearchPattern pattern_;
-    std::size_t position_;
-};
-
-bool findMatchingCloseTag(std::string_view text, std::size_t from, Patterns const& patterns,
-                          Tag& close) {
-    OpenTagScan opens(text, patterns, from);
-    CloseTagScan closes(text, patterns, from);
-    std::size_t depth = 1; // the element opened before `from`
-    while (closes.next(close)) {
-        Tag open;
-        while (opens.next(close.start, open))
-            depth += open.selfClosing ? 0 : 1;
+bool TagScan::nextMatching(Tag& tag) {
+    std::size_t depth = 1;
+    while (nextClosing(tag)) {
+        Tag nested;
+        while (nextOpening(tag.start, nested))
+            depth += nested.selfClosing ? 0 : 1;
         if (--depth == 0)
             return true;
     }
     return false;
 }
-
-struct Element {
-    std::size_t start;
-    std::size_t end;       // the position after its last tag; npos until it is closed
-    std::size_t enclosing; // the index of the innermost element that is open around it, or npos
-};
-
-/// Finds the elements of a name, one after another, without those inside closed elements.
-class ElementScan {
-public:
-    ElementScan(std::string_view text, Patterns const& patterns)
-        : text_(text), opens_(text, patterns, 0), closes_(text, patterns, npos) {}
-
-    bool next(Tag& open) { return opens_.next(text_.size(), open); }
-
-    /// Returns the position after the element that `open` opens, and continues there; npos if it is
-    /// not closed. The open elements inside it form a stack, from which each closing tag takes the
-    /// innermost.
-    std::size_t skipElement(Tag const& open) {
-        inner_.clear();
-        innermost_ = npos;
-        closes_.moveTo(open.end);
-        Tag close;
-        while (closes_.next(close)) {
-            enterUntil(close.start);
-            if (innermost_ == npos) {
-                opens_.moveTo(close.end);
-                return close.end + 1;
-            }
-            inner_[innermost_].end = close.end + 1;
-            innermost_ = inner_[innermost_].enclosing;
-        }
-        return npos;
-    }
-
-    /// Continues after the opening tag of an element that is not closed.
-    void skipTag(Tag const& open) { opens_.moveTo(open.end); }
-
-    /// Returns all elements inside an element that is not closed, in the order of their opening
-    /// tags. No closing tag is left after them.
-    std::vector<Element> const& skipRest() {
-        enterUntil(text_.size());
-        return inner_;
-    }
-
-private:
-    void enterUntil(std::size_t limit) {
-        Tag tag;
-        while (opens_.next(limit, tag)) {
-            inner_.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost_});
-            if (!tag.selfClosing)
-                innermost_ = inner_.size() - 1;
-        }
-    }
-
-    std::string_view text_;
-    OpenTagScan opens_;
-    CloseTagScan closes_;
-    std::vector<Element> inner_;
-    std::size_t innermost_ = npos; // the top of the stack
-};
 
 } // namespace
 
@@ -207,9 +126,8 @@ std::string renderElement(char const* name) {
 
 bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                  unsigned int& end, bool& selfClosing) {
-    Patterns const patterns(name);
     Tag tag;
-    if (!OpenTagScan(text, patterns, from).next(text.size(), tag))
+    if (!TagScan(text, name, from).nextOpening(text.size(), tag))
         return false;
     start = static_cast<unsigned int>(tag.start);
     end = static_cast<unsigned int>(tag.end);
@@ -220,7 +138,7 @@ bool findOpenTag(String const& text, unsigned int from, String const& name, unsi
 bool findCloseTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                   unsigned int& end) {
     Tag tag;
-    if (!findMatchingCloseTag(text, from, Patterns(name), tag))
+    if (!TagScan(text, name, from).nextMatching(tag))
         return false;
     start = static_cast<unsigned int>(tag.start);
     end = static_cast<unsigned int>(tag.end);
@@ -228,30 +146,53 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
 }
 
 String String::replaceElement(String const& name, String const& replacement) const {
-    Patterns const patterns(name);
+    struct Element {
+        std::size_t start;
+        std::size_t end;       // the position after its last tag; npos until it is closed
+        std::size_t enclosing; // the index of the innermost element that is open around it, or npos
+    };
+    std::vector<Element> elements; // an outermost element and those inside it
+    std::size_t innermost;         // the index of the innermost open element, or npos
+    auto const enter = [&](Tag const& tag) {
+        elements.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost});
+        if (!tag.selfClosing)
+            innermost = elements.size() - 1;
+    };
     // Closing tags of such a name can overlap, so each element needs its own search for them.
     bool const canOverlap = name.find('<') != npos && name.find('>') != npos;
     String result;
     std::size_t copied = 0;
-    auto const replace = [&](std::size_t start, std::size_t end) {
-        result.append(*this, copied, start - copied);
-        result += replacement;
-        copied = end;
-    };
-    ElementScan scan(*this, patterns);
-    Tag open;
-    while (scan.next(open)) {
-        std::size_t const end = open.selfClosing ? open.end + 1 : scan.skipElement(open);
-        if (end != npos) {
-            replace(open.start, end);
+    TagScan tags(*this, name, 0);
+    Tag outermost;
+    while (tags.nextOpening(size(), outermost)) {
+        tags.moveTo(outermost.end);
+        elements.clear();
+        innermost = npos;
+        enter(outermost);
+        Tag tag;
+        Tag closing;
+        while (innermost != npos && tags.nextClosing(closing)) {
+            while (tags.nextOpening(closing.start, tag))
+                enter(tag);
+            elements[innermost].end = closing.end + 1;
+            innermost = elements[innermost].enclosing;
+        }
+        if (innermost == npos) {
+            tags.moveTo(elements.front().end);
         } else if (canOverlap) {
-            scan.skipTag(open);
+            tags.moveTo(outermost.end);
+            continue;
         } else {
-            for (Element const& element : scan.skipRest()) {
-                // Skips elements inside a replaced one.
-                if (element.end != npos && element.start >= copied)
-                    replace(element.start, element.end);
-            }
+            while (tags.nextOpening(size(), tag))
+                enter(tag);
+        }
+        for (Element const& element : elements) {
+            // Skips elements that are not closed, and those inside a replaced one.
+            if (element.end == npos || element.start < copied)
+                continue;
+            result.append(*this, copied, element.start - copied);
+            result += replacement;
+            copied = element.end;
         }
     }
     result.append(*this, copied);

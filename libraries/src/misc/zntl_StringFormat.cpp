@@ -7,146 +7,105 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 namespace zntl {
 
 namespace {
 
-/// Collects pieces in a buffer, so most results are copied to the string in one step.
-class Output {
-public:
-    // cppcheck-suppress uninitMemberVar
-    explicit Output(std::string& text) : text_(text) {}
-
-    void append(char c) {
-        makeRoom(sizeof c);
-        *at_++ = c;
-    }
-
-    template <class Number>
-    void appendNumber(Number value) {
-        makeRoom(maxDecimalLength);
-        at_ = std::to_chars(at_, end(), value).ptr;
-    }
-
-    void append(std::string_view piece) {
-        // Equivalent: pieces of any length can be appended directly
-        if (piece.size() > room()) {
-            // Room for one more buffer, so appending the rest does not copy a long piece again.
-            text_.reserve(text_.size() + piece.size() + 2 * sizeof buffer_);
-            flush();
-            text_ += piece;
-        } else {
-            std::memcpy(at_, piece.data(), piece.size());
-            at_ += piece.size();
-        }
-    }
-
-    void flush() {
-        text_.append(buffer_, static_cast<std::size_t>(at_ - buffer_));
-        at_ = buffer_;
-    }
-
-private:
-    char* end() { return buffer_ + sizeof buffer_; }
-    // Equivalent: flushing earlier is only slower
-    std::size_t room() { return static_cast<std::size_t>(end() - at_); }
-
-    void makeRoom(std::size_t count) {
-        // Equivalent: flushing earlier is only slower
-        if (room() < count)
-            flush();
-    }
-
-    std::string& text_;
-    // Equivalent: other sizes are only slower
-    char buffer_[64];
-    char* at_ = buffer_;
-};
-
-int print(char* out, std::size_t size, char const* format, void* args) {
-    std::va_list copy;
-    va_copy(copy, *static_cast<std::va_list*>(args));
-    int const length = std::vsnprintf(out, size, format, copy);
-    va_end(copy);
-    return length;
-}
-
 /// Formats with printf. A result that does not fit in the buffer is formatted twice.
-void assignPrinted(std::string& text, char const* format, void* args) {
+String formatWithPrintf(char const* format, std::va_list args) {
+    std::va_list again;
+    va_copy(again, args);
     // Equivalent: other sizes are only slower
     char buffer[4096];
-    int const length = print(buffer, sizeof buffer, format, args);
-    auto const size = static_cast<std::size_t>(std::max(length, 0));
+    int const length = std::vsnprintf(buffer, sizeof buffer, format, args);
+    String text;
     // Equivalent: formatting twice is only slower
-    if (size < sizeof buffer) {
-        text.assign(buffer, size);
-    } else {
-        text.resize(size);
+    if (length >= static_cast<int>(sizeof buffer)) {
+        std::string all(static_cast<std::size_t>(length), '\0');
         // Equivalent: a larger limit is not reached
-        print(text.data(), size + 1, format, args);
+        std::vsnprintf(all.data(), all.size() + 1, format, again);
+        text = all.c_str();
+    } else if (length > 0) {
+        text = buffer;
     }
-    text.resize(std::strlen(text.c_str()));
+    va_end(again);
+    return text;
 }
 
 /// Formats strings and integers faster than printf, and everything else with printf. Most formats
 /// consist of strings and integers.
-void assignFormatted(std::string& text, char const* format, void* args) {
+String formatArguments(char const* format, void* args) {
     std::va_list values;
     va_copy(values, *static_cast<std::va_list*>(args));
-    Output out(text);
-    char const* at = format;
-    while (*at != '\0') {
+    String text;
+    // Equivalent: other sizes are only slower
+    char buffer[64];
+    char* const end = buffer + sizeof buffer;
+    char* out = buffer;
+    for (char const* at = format ? format : ""; *at != '\0'; ++at) {
+        // Equivalent: flushing earlier is only slower
+        if (end - out < static_cast<std::ptrdiff_t>(maxDecimalLength)) {
+            text.append(buffer, out);
+            out = buffer;
+        }
         if (*at != '%') {
-            out.append(*at++);
+            *out++ = *at;
             continue;
         }
         switch (*++at) {
         case '%':
-            out.append('%');
+            *out++ = '%';
             break;
         case 'd':
         case 'i':
-            out.appendNumber(va_arg(values, int));
+            out = std::to_chars(out, end, va_arg(values, int)).ptr;
             break;
         case 'u':
-            out.appendNumber(va_arg(values, unsigned int));
+            out = std::to_chars(out, end, va_arg(values, unsigned int)).ptr;
             break;
         case 's': {
-            char const* const piece = va_arg(values, char const*);
-            out.append(std::string_view(piece ? piece : "(null)"));
+            char const* const argument = va_arg(values, char const*);
+            std::string_view const piece = argument ? argument : "(null)";
+            // Equivalent: pieces of any length can be appended directly
+            if (piece.size() <= static_cast<std::size_t>(end - out)) {
+                out = std::copy(piece.begin(), piece.end(), out);
+                break;
+            }
+            // Room for one more buffer, so appending the rest does not copy a long piece again.
+            text.reserve(text.size() + piece.size() + 2 * sizeof buffer);
+            text.append(buffer, out);
+            text += piece;
+            out = buffer;
             break;
         }
         default:
             va_end(values);
-            assignPrinted(text, format, args);
-            return;
+            va_copy(values, *static_cast<std::va_list*>(args));
+            text = formatWithPrintf(format, values);
+            va_end(values);
+            return text;
         }
-        ++at;
     }
     va_end(values);
-    out.flush();
+    text.append(buffer, out);
+    return text;
 }
 
 } // namespace
 
-// NOLINTNEXTLINE(misc-no-recursion): one step
 String String::fromVAList(char const* format, void* args) {
-    String text;
-    if (format && args)
-        assignFormatted(text, format, args);
-    else if (format)
-        text = fromFormat(format, nullptr); // with an empty list
-    return text;
+    return args ? formatArguments(format, args) : fromFormat(format, nullptr);
 }
 
-// NOLINTNEXTLINE(misc-no-recursion): one step
 String String::fromFormat(char const* format, ...) {
     std::va_list args;
     va_start(args, format);
-    String text = fromVAList(format, &args);
+    String text = formatArguments(format, &args);
     va_end(args);
     return text;
 }

@@ -1,8 +1,8 @@
 #include "misc/zntl_String.h"
 
-#include "misc/internal/zntl_SearchPattern.h"
 #include "misc/internal/zntl_blank.h"
 #include "misc/internal/zntl_decimal.h"
+#include "misc/internal/zntl_findPattern.h"
 #include "system/zn_portability.h"
 
 #include <algorithm>
@@ -42,18 +42,14 @@ std::size_t findClosingQuote(std::string const& text, std::size_t open) {
     return text.size();
 }
 
-std::string_view trimmed(std::string_view text) {
+} // namespace
+
+String String::trim() const {
+    std::string_view text = *this;
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
     while (!text.empty() && isBlank(text.back()))
         text.remove_suffix(1);
-    return text;
-}
-
-} // namespace
-
-String String::trim() const {
-    std::string_view const text = trimmed(*this);
     return {text.data(), text.size()};
 }
 
@@ -62,12 +58,13 @@ String String::sanitize(String const& text, char const* allowed) {
     for (char const c : std::string_view(allowed ? allowed : ""))
         isAllowed[c] = true;
     String result(text);
-    result.erase(
-        std::remove_if(result.begin(), result.end(), [&](char c) { return !isAllowed[c]; }),
-        result.end());
-    std::string_view const content = trimmed(result);
-    result.assign(content.data(), content.size());
-    return result;
+    char* out = result.data();
+    for (char const c : text) {
+        *out = c;
+        out += isAllowed[c] ? 1 : 0;
+    }
+    result.resize(static_cast<std::size_t>(out - result.data()));
+    return result.trim();
 }
 
 bool String::toBool() const {
@@ -79,11 +76,11 @@ bool String::toBool() const {
 }
 
 String String::extract(String const& begin, String const& end) const {
-    std::size_t const opening = SearchPattern(begin).findIn(*this);
+    std::size_t const opening = findPattern(*this, begin);
     if (opening == npos)
         return {};
     std::size_t const start = opening + begin.size();
-    std::size_t const closing = SearchPattern(end).findIn(*this, start);
+    std::size_t const closing = findPattern(*this, end, start);
     if (closing == npos)
         return {};
     return substr(start, closing - start);
@@ -108,8 +105,7 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
     std::vector<unsigned int> positions;
     // Most lists have no more entries, so this saves growing step by step.
     // Equivalent: this is only faster
-    if (end > 0)
-        positions.reserve(16);
+    positions.reserve(std::min<std::size_t>(end, 16));
     for (std::size_t i = 0; i < end; ++i) {
         Role const role = roles[(*this)[i]];
         if (role.isQuote) {
@@ -123,25 +119,19 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
 
 std::vector<String> String::tokenize(String const& separators, String const& quotes) const {
     std::vector<unsigned int> const cuts = findAll(separators, quotes);
-    auto const forEachPiece = [&](auto visit) {
-        std::size_t start = 0;
-        for (std::size_t i = 0; i <= cuts.size(); ++i) {
-            std::size_t const end = i < cuts.size() ? cuts[i] : size();
-            if (start < end)
-                visit(start, end - start);
-            start = end + 1;
-        }
-    };
-    std::size_t count = 0;
-    forEachPiece([&](std::size_t, std::size_t) { ++count; });
-    std::vector<String> pieces;
-    pieces.reserve(count);
     // A piece ends at its first NUL. Most strings have none, and then no piece is searched for one.
     bool const hasNul = find('\0') != npos;
-    forEachPiece([&](std::size_t start, std::size_t length) {
-        char const* const piece = data() + start;
-        pieces.emplace_back(piece, hasNul ? strnlen(piece, length) : length);
-    });
+    std::vector<String> pieces;
+    pieces.reserve(cuts.size() + 1);
+    std::size_t start = 0;
+    for (std::size_t i = 0; i <= cuts.size(); ++i) {
+        std::size_t const end = i < cuts.size() ? cuts[i] : size();
+        if (start < end) {
+            char const* const piece = data() + start;
+            pieces.emplace_back(piece, hasNul ? strnlen(piece, end - start) : end - start);
+        }
+        start = end + 1;
+    }
     return pieces;
 }
 

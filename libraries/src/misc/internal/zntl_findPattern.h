@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace zntl {
+
+/// Returns the position of the first `pattern` at or after `from`, or npos, like
+/// std::string_view::find, but takes linear time for every pattern.
+inline std::size_t findPattern(std::string_view text, std::string_view pattern,
+                               std::size_t from = 0) {
+    constexpr std::size_t npos = std::string_view::npos;
+    if (from > text.size() || text.size() - from < pattern.size())
+        return npos;
+    char const* at = text.data() + from;
+    char const* const end = text.data() + text.size();
+    // Equivalent: other limits are only slower
+    if (pattern.empty() || pattern.size() > 64) {
+        at = static_cast<char const*>(
+            memmem(at, static_cast<std::size_t>(end - at), pattern.data(), pattern.size()));
+        return at ? static_cast<std::size_t>(at - text.data()) : npos;
+    }
+    // Comparing the last character before all others saves most calls of memcmp.
+    std::size_t const tail = pattern.size() - 1;
+    for (;; ++at) {
+        at = static_cast<char const*>(
+            std::memchr(at, pattern.front(), static_cast<std::size_t>(end - at) - tail));
+        if (!at)
+            return npos;
+        if (at[tail] == pattern.back() &&
+            (tail < 2 || std::memcmp(at + 1, pattern.data() + 1, tail - 1) == 0))
+            return static_cast<std::size_t>(at - text.data());
+    }
+}
+
+} // namespace zntl
