@@ -28,18 +28,6 @@ struct MemIOStream::RecordHeader {
     std::uint32_t length;   // of the payload
 };
 
-/// The name and the line numbers in the exceptions of an operation whose object cannot be read:
-/// with and without the object's own message.
-struct MemIOStream::ReadFaults {
-    char const* operation;
-    int withMessage;
-    int withoutMessage;
-};
-
-constexpr MemIOStream::ReadFaults MemIOStream::readFaults{"read()", 354, 359};
-constexpr MemIOStream::ReadFaults MemIOStream::peekFaults{"peek()", 389, 394};
-constexpr MemIOStream::ReadFaults MemIOStream::peekManyFaults{"peek()", 433, 438};
-
 namespace {
 
 constexpr unsigned int headerSize = MemIOStream::recordHeaderSize;
@@ -65,11 +53,8 @@ std::string locate(int line, char const* text) {
 
 [[noreturn]] void raise(int line, char const* text) { throw zntl::Exception(locate(line, text)); }
 
-[[noreturn]] void raise(int line, char const* operation, char const* fault) {
-    std::string text = operation;
-    text += " - ";
-    text += fault ? fault : "(null)";
-    raise(line, text.c_str());
+[[noreturn]] void raise(int line, std::string const& operation, char const* fault) {
+    raise(line, (operation + " - " + fault).c_str());
 }
 
 [[noreturn]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
@@ -116,28 +101,29 @@ void copyBytes(unsigned char* to, unsigned char const* from, unsigned int count)
 /// The objects passed to an operation with a variable number of arguments.
 class ObjectArguments {
 public:
-    ObjectArguments(Serializable* first, std::va_list* further)
-        : first_(first), further_(further) {}
+    ObjectArguments(Serializable* first, std::va_list further) : first_(first) {
+        va_copy(further_, further);
+    }
+    ObjectArguments(ObjectArguments const&) = delete;
+    ObjectArguments& operator=(ObjectArguments const&) = delete;
+    ~ObjectArguments() { va_end(further_); }
 
     /// Returns the next object. Do not call it more often than there are arguments.
     Serializable* next() {
         if (std::exchange(isFirst_, false))
             return first_;
-        return va_arg(*further_, Serializable*);
+        return va_arg(further_, Serializable*);
     }
 
 private:
     Serializable* first_;
-    std::va_list* further_;
+    std::va_list further_;
     bool isFirst_ = true;
 };
 
 } // namespace
 
-MemIOStream::MemIOStream(unsigned int const& capacity) {
-    if (capacity > 0)
-        replaceBuffer(capacity);
-}
+MemIOStream::MemIOStream(unsigned int const& capacity) { reserve(capacity); }
 
 MemIOStream::MemIOStream(unsigned char const* data, unsigned int const& size) {
     setBuffer(data, size);
@@ -163,16 +149,17 @@ MemIOStream& MemIOStream::operator=(MemIOStream const& other) {
 
 // Buffer
 
-/// Allocates a buffer of `capacity` bytes and moves the unread bytes to its start.
-void MemIOStream::replaceBuffer(unsigned int capacity) {
+/// Allocates a buffer of `capacity` bytes that starts with the `size` bytes at `content`, which may
+/// be in the old buffer.
+void MemIOStream::replaceBuffer(unsigned int capacity, unsigned char const* content,
+                                unsigned int size) {
     requireReplaceable();
     std::unique_ptr<unsigned char[]> replacement = allocate(capacity);
-    unsigned int const used = size();
-    copyBytes(replacement.get(), buffer_.get() + readPos_, used);
+    copyBytes(replacement.get(), content, size);
     buffer_ = std::move(replacement);
     capacity_ = capacity;
     readPos_ = 0;
-    writePos_ = used;
+    writePos_ = size;
 }
 
 /// Throws while an object is written, because its `toBin` writes to an address in the buffer.
@@ -183,7 +170,7 @@ void MemIOStream::requireReplaceable() const {
 
 void MemIOStream::reserve(unsigned int const& n) {
     if (n > capacity_)
-        replaceBuffer(n);
+        replaceBuffer(n, buffer_.get() + readPos_, size());
 }
 
 // Contract: the sums wrap at 32 bits, so there may be less room afterwards than requested. Programs
@@ -237,16 +224,11 @@ void MemIOStream::setBuffer(unsigned char const* data, unsigned int const& lengt
     if (!data || count == 0)
         return;
     if (capacity_ < count) {
-        requireReplaceable();
-        // `data` may point into the old buffer, so copy before releasing it.
-        std::unique_ptr<unsigned char[]> replacement = allocate(count);
-        copyBytes(replacement.get(), data, count);
-        buffer_ = std::move(replacement);
-        capacity_ = count;
+        replaceBuffer(count, data, count);
     } else {
         copyBytes(buffer_.get(), data, count);
+        writePos_ = count;
     }
-    writePos_ = count;
     if (!validate())
         raise(643, "setBuffer() - resulting memory is not valid.");
 }
@@ -318,9 +300,10 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
 }
 
 /// Reads a payload into an object. If the content ends inside the payload, the object reads the
-/// bytes that are present. Throws zntl::Exception with the lines in `faults` if the object throws.
+/// bytes that are present. Throws zntl::Exception with the message of the operation if the object
+/// throws; the line is `line` if the object's exception has a message of its own, 5 more otherwise.
 void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
-                           ReadFaults const& faults) const {
+                           char const* operation, int line) const {
     unsigned char const* const data = buffer_.get() + payload;
     unsigned int const available = std::min(length, writePos_ - payload);
     try {
@@ -329,9 +312,9 @@ void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint
             requireWithin(object, data, available);
         object.fromBin(data, available);
     } catch (zntl::Exception const& e) {
-        raise(faults.withMessage, faults.operation, e.what());
+        raise(line, operation, e.what() ? e.what() : "(null)");
     } catch (...) {
-        raise(faults.withoutMessage, faults.operation, "could not read object");
+        raise(line + 5, operation, "could not read object");
     }
 }
 
@@ -348,21 +331,6 @@ std::uint32_t MemIOStream::formLimit() const {
 /// The number of unread bytes that belong to the stream's binary form.
 unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()); }
 
-/// Throws the exception of line 262. Call it while an exception of an object's `toBin` is handled.
-void MemIOStream::raiseUnwritable() {
-    constexpr int line = 262;
-    constexpr char const* fault = "couldn't convert object to binary data";
-    try {
-        throw; // cppcheck-suppress rethrowNoCurrentException; called while one is handled
-    } catch (std::bad_alloc const&) {
-        throw OutOfMemory(locate(line, fault));
-    } catch (OutOfMemory const&) {
-        throw OutOfMemory(locate(line, fault));
-    } catch (...) {
-        raise(line, fault);
-    }
-}
-
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
     std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
@@ -374,13 +342,18 @@ unsigned int MemIOStream::write(Serializable const& object) {
     // Contract: if `toBin` throws, the header stays in the stream, and programs see an invalid
     // stream.
     writePos_ += headerSize;
+    constexpr char const* fault = "couldn't convert object to binary data";
     try {
         object.toBin(buffer_.get() + writePos_);
         // `toBin` may have appended to this stream itself.
         if (capacity_ - writePos_ < length)
             throw std::exception(); // the handler reports it
+    } catch (std::bad_alloc const&) {
+        throw OutOfMemory(locate(262, fault));
+    } catch (OutOfMemory const&) {
+        throw OutOfMemory(locate(262, fault));
     } catch (...) {
-        raiseUnwritable();
+        raise(262, fault);
     }
     writePos_ += length;
     return headerSize + length;
@@ -423,19 +396,12 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
         raise(313, "checkTypes() - no data");
     std::va_list further;
     va_start(further, first);
-    ObjectArguments objects(first, &further);
-    bool matched;
-    try {
-        matched = n == 0 || visitRecords(n, [&](RecordHeader const& header, unsigned int) {
-                                Serializable const* const expected = objects.next();
-                                return !expected || header.type == expected->getTypeId();
-                            }) != 0;
-    } catch (...) {
-        va_end(further);
-        throw;
-    }
+    ObjectArguments objects(first, further);
     va_end(further);
-    return matched;
+    return n == 0 || visitRecords(n, [&](RecordHeader const& header, unsigned int) {
+                         Serializable const* const expected = objects.next();
+                         return !expected || header.type == expected->getTypeId();
+                     }) != 0;
 }
 
 /// Moves the read position past a record with a payload of `length` bytes, but not past the end of
@@ -453,7 +419,7 @@ unsigned int MemIOStream::read(Serializable& object) {
     if (getNextType() != expected)
         raise(341, "read() - type mismatch");
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, readPos_ + headerSize, length, readFaults);
+    readInto(object, readPos_ + headerSize, length, "read()", 354);
     return consume(length);
 }
 
@@ -470,27 +436,20 @@ unsigned int MemIOStream::peek(Serializable& object) const {
     if (found != expected)
         raiseTypeMismatch(found, expected);
     std::uint32_t const length = headerAt(readPos_).length;
-    readInto(object, readPos_ + headerSize, length, peekFaults);
+    readInto(object, readPos_ + headerSize, length, "peek()", 389);
     return headerSize + length;
 }
 
 unsigned int MemIOStream::peek(unsigned int n, Serializable* first, ...) const {
     std::va_list further;
     va_start(further, first);
-    ObjectArguments objects(first, &further);
-    unsigned int total;
-    try {
-        total = visitRecords(n, [&](RecordHeader const& header, unsigned int payload) {
-            if (Serializable* const object = objects.next())
-                peekInto(*object, header, payload);
-            return true;
-        });
-    } catch (...) {
-        va_end(further);
-        throw;
-    }
+    ObjectArguments objects(first, further);
     va_end(further);
-    return total;
+    return visitRecords(n, [&](RecordHeader const& header, unsigned int payload) {
+        if (Serializable* const object = objects.next())
+            peekInto(*object, header, payload);
+        return true;
+    });
 }
 
 /// Reads one record for the `peek` of several records.
@@ -501,7 +460,7 @@ void MemIOStream::peekInto(Serializable& object, RecordHeader const& header,
         raise(423, "peek() - trying to read EOF");
     if (header.type != expected)
         raise(424, "peek() - type mismatch");
-    readInto(object, payload, header.length, peekManyFaults);
+    readInto(object, payload, header.length, "peek()", 433);
 }
 
 unsigned int MemIOStream::skip() {

@@ -230,10 +230,6 @@ public:
 
 private:
     struct RecordHeader;
-    struct ReadFaults;
-    static ReadFaults const readFaults;
-    static ReadFaults const peekFaults;
-    static ReadFaults const peekManyFaults;
     struct RecordWalk {
         unsigned int records; // including an incomplete last one
         bool whole;           // whether the last one is complete
@@ -251,18 +247,17 @@ private:
     unsigned int visitRecords(unsigned int n, Visit visit) const;
     RecordHeader headerAt(unsigned int position) const;
     void readInto(Serializable& object, unsigned int payload, std::uint32_t length,
-                  ReadFaults const& faults) const;
+                  char const* operation, int line) const;
     void peekInto(Serializable& object, RecordHeader const& header, unsigned int payload) const;
     unsigned int consume(std::uint32_t length);
 
-    [[noreturn]] static void raiseUnwritable();
     unsigned char* formLimitField() const;
     std::uint32_t formLimit() const;
     unsigned int formSize() const;
 
     unsigned char* appendRoom(std::uint64_t n);
     void makeRoom(std::uint64_t n);
-    void replaceBuffer(unsigned int capacity);
+    void replaceBuffer(unsigned int capacity, unsigned char const* content, unsigned int size);
     void requireReplaceable() const;
 
     std::unique_ptr<unsigned char[]> buffer_; // null if and only if capacity_ is 0
