@@ -38,7 +38,7 @@ public:
 
     bool nextClosing(Tag& tag);
 
-    /// Finds the closing tag of an element whose opening tag was the last one found.
+    /// Finds the closing tag of the element whose content starts at `from`.
     bool nextMatching(Tag& tag);
 
     void moveTo(std::size_t position) { opensFrom_ = closesFrom_ = position; }
@@ -96,6 +96,12 @@ bool TagScan::nextMatching(Tag& tag) {
     return false;
 }
 
+struct Element {
+    std::size_t start;
+    std::size_t end;       // the position after its last tag; npos until it is closed
+    std::size_t enclosing; // the index of the innermost element that is open around it, or npos
+};
+
 } // namespace
 
 std::string renderElement(char const* name, std::string_view content) {
@@ -145,12 +151,8 @@ bool findCloseTag(String const& text, unsigned int from, String const& name, uns
     return true;
 }
 
+// Each closing tag closes the innermost open element, so the open elements form a stack.
 String String::replaceElement(String const& name, String const& replacement) const {
-    struct Element {
-        std::size_t start;
-        std::size_t end;       // the position after its last tag; npos until it is closed
-        std::size_t enclosing; // the index of the innermost element that is open around it, or npos
-    };
     std::vector<Element> elements; // an outermost element and those inside it
     std::size_t innermost;         // the index of the innermost open element, or npos
     auto const enter = [&](Tag const& tag) {
@@ -183,6 +185,7 @@ String String::replaceElement(String const& name, String const& replacement) con
             tags.moveTo(outermost.end);
             continue;
         } else {
+            // No closing tag is left.
             while (tags.nextOpening(size(), tag))
                 enter(tag);
         }

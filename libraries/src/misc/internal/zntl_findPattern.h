@@ -14,22 +14,20 @@ inline std::size_t findPattern(std::string_view text, std::string_view pattern,
     if (from > text.size() || text.size() - from < pattern.size())
         return npos;
     char const* at = text.data() + from;
-    char const* const end = text.data() + text.size();
+    std::size_t const size = text.size() - from;
     // Equivalent: other limits are only slower
     if (pattern.empty() || pattern.size() > 64) {
-        at = static_cast<char const*>(
-            memmem(at, static_cast<std::size_t>(end - at), pattern.data(), pattern.size()));
+        at = static_cast<char const*>(memmem(at, size, pattern.data(), pattern.size()));
         return at ? static_cast<std::size_t>(at - text.data()) : npos;
     }
     // Comparing the last character before all others saves most calls of memcmp.
     std::size_t const tail = pattern.size() - 1;
-    for (;; ++at) {
+    for (char const* const end = at + size - tail;; ++at) {
         at = static_cast<char const*>(
-            std::memchr(at, pattern.front(), static_cast<std::size_t>(end - at) - tail));
+            std::memchr(at, pattern.front(), static_cast<std::size_t>(end - at)));
         if (!at)
             return npos;
-        if (at[tail] == pattern.back() &&
-            (tail < 2 || std::memcmp(at + 1, pattern.data() + 1, tail - 1) == 0))
+        if (at[tail] == pattern.back() && std::memcmp(at, pattern.data(), tail) == 0)
             return static_cast<std::size_t>(at - text.data());
     }
 }
