@@ -156,7 +156,11 @@ String String::replaceElement(String const& name, String const& replacement) con
     std::vector<Element> elements; // an outermost element and those inside it
     std::size_t innermost;         // the index of the innermost open element, or npos
     auto const enter = [&](Tag const& tag) {
-        elements.push_back({tag.start, tag.selfClosing ? tag.end + 1 : npos, innermost});
+        // Written in place, because the machine waits when it copies what it has just written.
+        Element& element = elements.emplace_back();
+        element.start = tag.start;
+        element.end = tag.selfClosing ? tag.end + 1 : npos;
+        element.enclosing = innermost;
         if (!tag.selfClosing)
             innermost = elements.size() - 1;
     };
