@@ -572,6 +572,26 @@ TEST(ResolutionTables, AreWhatTheLookUpsUse) {
     EXPECT_EQ(resolution, Resolution(704, 576));
 }
 
+TEST(ResolutionTables, MayReferToEachOtherInAChain) {
+    TableEntry const cif(Resolution::ResolutionStrings[1], "QCIF");
+    TableEntry const four(Resolution::ResolutionStrings[2], "CIF");
+    TableEntry const small(Resolution::ResolutionStrings[3], "4CIF");
+    TableEntry const large(Resolution::ResolutionStrings[4], "720p");
+    Resolution resolution;
+    EXPECT_TRUE(resolution.fromString("1080p"));
+    EXPECT_EQ(resolution, Resolution(176, 144));
+}
+
+TEST(ResolutionTables, MayReferToEachOtherInACircle) {
+    TableEntry const self(Resolution::ResolutionStrings[0], "qcif");
+    TableEntry const one(Resolution::ResolutionStrings[1], "4CIF");
+    TableEntry const other(Resolution::ResolutionStrings[2], "CIF");
+    Resolution resolution(1, 2);
+    EXPECT_FALSE(resolution.fromString("QCIF"));
+    EXPECT_FALSE(resolution.fromString("CIF"));
+    EXPECT_EQ(resolution, Resolution(1, 2));
+}
+
 TEST(ResolutionTables, TheFirstMatchCounts) {
     TableEntry const name(Resolution::NameStrings[3], "cif");
     TableEntry const size(Resolution::ResolutionStrings[3], "352x288");

@@ -52,8 +52,9 @@ private:
 };
 
 bool TagScan::nextOpening(std::size_t limit, Tag& tag) {
-    // Equivalent: at the limit the text ends or a closing tag starts, so no opening tag starts next
-    // to it
+    // A name that contains "<" can start before the limit and end after it. The search must find
+    // it, because otherwise it continues at the limit. Equivalent: at the limit the text ends or a
+    // closing tag starts, so no opening tag starts next to it
     std::string_view const shown = text_.substr(0, limit + opening_.size() - 1);
     while ((tag.start = findPattern(shown, opening_, opensFrom_)) != npos) {
         tag.end = tag.start + opening_.size();
@@ -63,6 +64,7 @@ bool TagScan::nextOpening(std::size_t limit, Tag& tag) {
             tag.end = text_.find('>', tag.end);
             tag.selfClosing = tag.end != npos && text_[tag.end - 1] == '/';
         } else if (next != '>') {
+            // Contract: misses a tag that starts inside the name.
             opensFrom_ = tag.end;
             continue;
         }
@@ -108,6 +110,7 @@ std::string renderElement(char const* name, std::string_view content) {
     if (!name)
         return {};
     std::string_view const element = name;
+    // Filled in place, because appending the parts is slower.
     std::string xml(2 * element.size() + content.size() + std::strlen("<></>"), '\0');
     char* out = xml.data();
     *out++ = '<';
@@ -156,7 +159,7 @@ String String::replaceElement(String const& name, String const& replacement) con
     std::vector<Element> elements; // an outermost element and those inside it
     std::size_t innermost;         // the index of the innermost open element, or npos
     auto const enter = [&](Tag const& tag) {
-        // Written in place, because the machine waits when it copies what it has just written.
+        // Filled in place, because copying a new element is slower.
         Element& element = elements.emplace_back();
         element.start = tag.start;
         element.end = tag.selfClosing ? tag.end + 1 : npos;
@@ -189,7 +192,7 @@ String String::replaceElement(String const& name, String const& replacement) con
             tags.moveTo(outermost.end);
             continue;
         } else {
-            // No closing tag is left.
+            // No closing tag is left, but self-closing tags may follow.
             while (tags.nextOpening(size(), tag))
                 enter(tag);
         }

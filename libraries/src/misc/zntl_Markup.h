@@ -18,7 +18,7 @@ std::string renderElement(char const* name);
 ///
 /// A tag is "<", the name, and then ">", "/>", or a blank (space, tab, newline or carriage return)
 /// and everything up to the next ">". Quotes are ignored, so a ">" in an attribute's value ends the
-/// tag.
+/// tag. If something else follows the name, the search continues after the name.
 ///
 /// Returns true if it finds one, with `start` at its "<", `end` at its ">", and `selfClosing` true
 /// if the tag ends in "/>". Otherwise returns false, and the values of the three are unspecified.

@@ -16,15 +16,6 @@
 
 namespace zntl {
 
-namespace {
-
-/// The length field, the characters and a NUL.
-unsigned int formLength(std::size_t characters) {
-    return binLength(sizeof(std::uint32_t) + std::uint64_t{characters} + 1);
-}
-
-} // namespace
-
 String& String::operator=(std::string const& text) {
     assign(text);
     return *this;
@@ -114,10 +105,13 @@ bool String::fromXML(char const* xml) {
     return true;
 }
 
-unsigned int String::getBinLength() const { return formLength(size()); }
+unsigned int String::getBinLength() const {
+    // The length field, the characters and a NUL.
+    return binLength(sizeof(std::uint32_t) + std::uint64_t{size()} + 1);
+}
 
 unsigned int String::toBin(unsigned char* out) const {
-    unsigned int const length = formLength(size());
+    unsigned int const length = String::getBinLength();
     unsigned char* const text = storeNative(out, static_cast<std::uint32_t>(size()));
     std::memcpy(text, c_str(), size() + 1);
     return length;

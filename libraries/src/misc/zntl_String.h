@@ -3,7 +3,6 @@
 #include "misc/zntl_SmartArray.h"
 #include "streams/znsl_Serializable.h"
 
-#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,9 +13,13 @@ namespace zntl {
 /// search and split.
 ///
 /// It has all operations of std::string and can be passed wherever a std::string is expected.
-/// A null `char const*` counts as the empty string. Unless its comment says otherwise, an operation
-/// does not change the string, takes time proportional to the lengths of the strings involved, and
-/// throws std::bad_alloc if an allocation fails.
+/// Where this class declares a `char const*`, null counts as the empty string; the operations of
+/// std::string do not accept null.
+///
+/// Unless its comment says otherwise, an operation does not change the string and takes time
+/// proportional to the lengths of the strings involved. It throws std::bad_alloc if an allocation
+/// fails, and std::length_error if a length would exceed max_size(), which is possible on 32-bit
+/// machines.
 class String : public std::string, public znsl::Serializable {
 public:
     using std::string::string;
@@ -101,16 +104,15 @@ public:
     String toUpper() const;
 
     /// Returns whether the string is one number: an optional sign, then digits and at most one
-    /// point (".5" and "5." are numbers). Spaces and tabs may surround it. "+", "-" and "." alone
-    /// also count as numbers; exponents are not accepted.
+    /// point. Spaces and tabs may surround it. Digits may be missing: ".5", "5.", "+", "-", "." and
+    /// "-." are numbers. Exponents are not accepted.
     ///
     /// Sets `isInteger` even if it returns false: to false if it accepted a point before it found
     /// an invalid character, otherwise to true.
     bool isNumeric(bool& isInteger) const;
 
     /// Returns the string with `fill` characters appended until it has `width` characters; an
-    /// unchanged copy if it already has that many. Throws std::length_error if `width` exceeds
-    /// max_size(), which is possible on 32-bit machines.
+    /// unchanged copy if it already has that many.
     String padEnd(unsigned int width, char fill) const;
 
     /// Returns true for "true", "t", "yes", "y" and "on" in any letter case, and for a string that
@@ -152,8 +154,8 @@ public:
     /// third is an ordinary character. If the quote character is itself a backslash, a backslash
     /// closes the section.
     ///
-    /// Throws std::out_of_range if a backslash in an open section is one of the last two characters
-    /// of the string, and a character from `chars` occurs at or after the opening quote.
+    /// Throws std::out_of_range if a backslash that escapes is one of the last two characters of
+    /// the string, and a character from `chars` occurs at or after the opening quote.
     std::vector<unsigned int> findAll(String const& chars, String const& quotes) const;
 
     /// Returns the pieces that the static form appends.
@@ -164,9 +166,9 @@ public:
     /// and `quotes` "'" appends "a", "'b,c'" and "d".
     ///
     /// Empty pieces are dropped. Pieces are not trimmed, keep their quotes and backslashes, and are
-    /// truncated at their first NUL. If `separators` is empty, the whole string is one piece; an
-    /// empty string has no pieces. Quoted sections are those of `findAll`. Throws what `findAll`
-    /// throws, with `out` unchanged.
+    /// then truncated at their first NUL, which can leave an empty piece. If `separators` is empty,
+    /// the whole string is one piece; an empty string has no pieces. Quoted sections are those of
+    /// `findAll`. Throws what `findAll` throws, with `out` unchanged.
     template <class Container>
     static void tokenize(String const& text, String const& separators, Container& out,
                          String const& quotes) {
@@ -228,12 +230,12 @@ public:
 
     /// Writes the characters, and nothing else, to a file, which it creates or truncates. Returns
     /// false if the file cannot be opened or written; it may then be empty or partly written.
-    /// Never throws.
+    /// Ignores an error that the system reports only when the file is closed. Never throws.
     bool toFile(char const* path) const override;
 
     /// Replaces the string with the whole content of a file, including NULs and line ends. Returns
     /// false, with the string empty, if the file cannot be opened or read, is a directory, or does
-    /// not fit in memory. Never throws.
+    /// not fit in memory. `path` must not point into the string. Never throws.
     bool fromFile(char const* path) override;
 
     /// Returns a new array of length + 1 elements that starts with the characters up to and

@@ -38,6 +38,7 @@ struct EncodingTable {
         }
     }
 
+    // Equivalent: a larger array only takes memory
     std::array<Encoding, UCHAR_MAX + 1> of;
 };
 
@@ -66,8 +67,10 @@ bool encodeBlock(std::string_view& text, std::string& encoded) {
 
 } // namespace
 
-// A search finds the next markup character, in a limited range so that encoding stays linear.
-// Others are usually near, so whole blocks go through the table until one has no markup.
+// A search finds the next markup character, and the text before it is copied. More are usually
+// near, so whole blocks then go through the table until one has no markup. The range of the search
+// is limited, because a character that does not occur would be searched for up to the end each
+// time.
 String String::encodeHtml(String const& text) {
     String encoded;
     std::string_view rest = text;
@@ -104,7 +107,8 @@ String String::decodeHtml(String const& text) {
     };
     while (!rest.empty()) {
         if (rest.front() == '&') {
-            take("&amp;") || take("&");
+            if (!take("&amp;"))
+                rest.remove_prefix(1);
             auto const escape =
                 std::find_if(escapes.begin() + 1, escapes.end(),
                              [&](Escape const& e) { return take(e.entity.substr(1)); });

@@ -35,11 +35,12 @@ bool readAll(znst::File& file, std::string& text) {
 
 bool String::toFile(char const* path) const {
     znst::File file = znst::File::create(path);
+    // Contract: ignores an error that the system reports only when the file is closed.
     return file && file.write(data(), size());
 }
 
 bool String::fromFile(char const* path) {
-    clear();
+    clear(); // Contract: before the file is opened, so a path in this string fails
     znst::File file = znst::File::open(path);
     if (!file)
         return false;

@@ -7,9 +7,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 namespace zntl {
@@ -17,28 +15,28 @@ namespace zntl {
 namespace {
 
 /// Formats with printf. A result that does not fit in the buffer is formatted twice.
-String formatWithPrintf(char const* format, std::va_list args) {
-    std::va_list again;
-    va_copy(again, args);
+String formatWithPrintf(char const* format, void* args) {
+    std::va_list values;
+    va_copy(values, *static_cast<std::va_list*>(args));
     // Equivalent: other sizes are only slower
     char buffer[4096];
-    int const length = std::vsnprintf(buffer, sizeof buffer, format, args);
-    String text;
+    int const length = std::vsnprintf(buffer, sizeof buffer, format, values);
+    va_end(values);
     // Equivalent: formatting twice is only slower
-    if (length >= static_cast<int>(sizeof buffer)) {
-        std::string all(static_cast<std::size_t>(length), '\0');
-        // Equivalent: a larger limit is not reached
-        std::vsnprintf(all.data(), all.size() + 1, format, again);
-        text = all.c_str();
-    } else if (length > 0) {
-        text = buffer;
-    }
-    va_end(again);
+    if (length < static_cast<int>(sizeof buffer))
+        return length > 0 ? buffer : "";
+    String text(static_cast<std::size_t>(length), '\0');
+    va_copy(values, *static_cast<std::va_list*>(args));
+    // Equivalent: a larger limit is not reached
+    std::vsnprintf(text.data(), text.size() + 1, format, values);
+    va_end(values);
+    text.resize(std::strlen(text.c_str()));
     return text;
 }
 
 /// Formats strings and integers faster than printf, and everything else with printf. Most formats
-/// consist of strings and integers.
+/// consist of strings and integers. An allocation failure skips va_end, which does nothing on the
+/// machines that the library supports.
 String formatArguments(char const* format, void* args) {
     std::va_list values;
     va_copy(values, *static_cast<std::va_list*>(args));
@@ -85,10 +83,7 @@ String formatArguments(char const* format, void* args) {
         }
         default:
             va_end(values);
-            va_copy(values, *static_cast<std::va_list*>(args));
-            text = formatWithPrintf(format, values);
-            va_end(values);
-            return text;
+            return formatWithPrintf(format, args);
         }
     }
     va_end(values);
@@ -99,6 +94,7 @@ String formatArguments(char const* format, void* args) {
 } // namespace
 
 String String::fromVAList(char const* format, void* args) {
+    // No argument is read without a list; the null avoids a warning of the compiler.
     return args ? formatArguments(format, args) : fromFormat(format, nullptr);
 }
 

@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cstddef>
 #include <cstring>
+#include <string_view>
 
 namespace zntl {
 
@@ -97,8 +99,8 @@ std::vector<unsigned int> String::findAll(String const& chars, String const& quo
     for (char const c : quotes)
         roles[c].isQuote = true;
 
-    // Contract: scanning stops at the last wanted character, so an unclosed section or a backslash
-    // after it is not an error.
+    // Contract: scanning stops at the last wanted character, so a backslash at the end of the
+    // string is not an error if its section opens after that character.
     std::size_t end = size();
     while (end > 0 && !roles[(*this)[end - 1]].isWanted)
         --end;

@@ -10,9 +10,9 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <exception>
 #include <limits>
 #include <new>
 #include <optional>
@@ -219,7 +219,7 @@ void MemIOStream::getBuffer(unsigned char const*& data, unsigned int& length) co
 }
 
 void MemIOStream::setBuffer(unsigned char const* data, unsigned int const& length) {
-    unsigned int const count = length;
+    unsigned int const count = length; // a copy, because `length` may be in the buffer
     clear();
     if (!data || count == 0)
         return;
@@ -300,8 +300,8 @@ unsigned int MemIOStream::visitRecords(unsigned int n, Visit visit) const {
 }
 
 /// Reads a payload into an object. If the content ends inside the payload, the object reads the
-/// bytes that are present. Throws zntl::Exception with the message of the operation if the object
-/// throws; the line is `line` if the object's exception has a message of its own, 5 more otherwise.
+/// bytes that are present. If the object throws, throws zntl::Exception with `line` and the message
+/// of the object's own zntl::Exception, or with `line` + 5 after any other exception.
 void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint32_t length,
                            char const* operation, int line) const {
     unsigned char const* const data = buffer_.get() + payload;
@@ -334,6 +334,8 @@ unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
     std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
+    // Contract: the room is made before the type is asked for, so a stream that cannot grow throws
+    // without that call.
     appendRoom(recordSize);
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
     // Makes room again, because `getTypeId` may have appended to this stream.
@@ -345,9 +347,6 @@ unsigned int MemIOStream::write(Serializable const& object) {
     constexpr char const* fault = "couldn't convert object to binary data";
     try {
         object.toBin(buffer_.get() + writePos_);
-        // `toBin` may have appended to this stream itself.
-        if (capacity_ - writePos_ < length)
-            throw std::exception(); // the handler reports it
     } catch (std::bad_alloc const&) {
         throw OutOfMemory(locate(262, fault));
     } catch (OutOfMemory const&) {
@@ -355,6 +354,9 @@ unsigned int MemIOStream::write(Serializable const& object) {
     } catch (...) {
         raise(262, fault);
     }
+    // `toBin` may have appended to this stream itself.
+    if (capacity_ - writePos_ < length)
+        raise(262, fault);
     writePos_ += length;
     return headerSize + length;
 }
@@ -398,10 +400,11 @@ bool MemIOStream::checkTypes(unsigned int n, Serializable* first, ...) const {
     va_start(further, first);
     ObjectArguments objects(first, further);
     va_end(further);
-    return n == 0 || visitRecords(n, [&](RecordHeader const& header, unsigned int) {
-                         Serializable const* const expected = objects.next();
-                         return !expected || header.type == expected->getTypeId();
-                     }) != 0;
+    auto const matches = [&](RecordHeader const& header, unsigned int) {
+        Serializable const* const expected = objects.next();
+        return !expected || header.type == expected->getTypeId();
+    };
+    return n == 0 || visitRecords(n, matches) != 0;
 }
 
 /// Moves the read position past a record with a payload of `length` bytes, but not past the end of

@@ -4,7 +4,6 @@
 #include "streams/znsl_IOStream.h"
 #include "streams/znsl_Serializable.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,8 +18,10 @@ namespace znsl {
 /// (N bytes). Writing appends records; reading removes them from the front. A reader can skip
 /// a record whose type it does not know.
 ///
-/// Appending takes amortised constant time per byte. Before the buffer grows, an append reuses the
-/// space of records that were already read, so the buffer of a steady queue stops growing.
+/// Before the buffer grows, an append reuses the space of records that were already read, so the
+/// buffer of a steady queue stops growing. Appending takes amortised constant time per byte if the
+/// buffer has room for one more record than the queue holds; `reserve` that room, because otherwise
+/// each append moves the unread bytes.
 ///
 /// Every operation except a direct call of `fromBin` is safe on any content, wherever it came from:
 /// it stays within the buffer if the `fromBin` of the objects read stays within the length that it
@@ -138,11 +139,12 @@ public:
 
     /// Reads the next `n` records into the `n` objects, but leaves the records in the stream.
     /// Returns their total size in bytes, or 0 if there are fewer than `n` complete records.
-    /// Arguments are as in `checkTypes`; a last record without a payload counts as incomplete.
+    /// Arguments are as in `checkTypes`; a last record without a payload counts as incomplete. In
+    /// every case, the objects of the records before have their new values.
     ///
     /// Throws "peek() - trying to read EOF" (line 423), "peek() - type mismatch" (line 424),
     /// "peek() - " and a message (line 433) and "peek() - could not read object" (line 438), for
-    /// the same reasons as `read`. Objects before the failed one keep their new values.
+    /// the same reasons as `read`.
     virtual unsigned int peek(unsigned int n, Serializable* first, ...) const;
 
     /// The number of records, including an incomplete last one; 0 for fewer than 8 unread bytes.

@@ -10,6 +10,7 @@
 #include <climits>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <strings.h>
 #include <typeinfo>
 
@@ -101,9 +102,13 @@ Resolution Resolution::scale(Resolution const& bounds) const {
 
 bool Resolution::fromString(zntl::String const& text) {
     char const* size = text.c_str();
-    while (size && !scanSize(size, *this))
-        size = findSize(size); // if the entry found is itself a name, it is looked up too
-    return size != nullptr;
+    // The entry found may itself be a name. The limit ends the search if names refer to each other.
+    for (std::size_t i = 0; size && i < std::size(NameStrings); ++i) {
+        if (scanSize(size, *this))
+            return true;
+        size = findSize(size);
+    }
+    return false;
 }
 
 zntl::String Resolution::toNameString() const {

@@ -30,14 +30,14 @@ inline Decimal parseDecimal(char const* text) {
     if (negative || *number == '+')
         ++number;
     char const* end = number;
-    std::uint64_t magnitude = 0;
-    for (unsigned int digit; (digit = static_cast<unsigned int>(*end - '0')) <= 9; ++end) {
+    std::int64_t magnitude = 0;
+    for (; *end >= '0' && *end <= '9'; ++end) {
         // Stops above every 32-bit number, long before 64 bits overflow.
         // Equivalent: a limit of 33 bits would do
-        if (magnitude < std::uint64_t{1} << 32)
-            magnitude = magnitude * 10 + digit;
+        if (magnitude < std::int64_t{1} << 32)
+            magnitude = magnitude * 10 + (*end - '0');
     }
-    auto const value = static_cast<std::int64_t>(negative ? -magnitude : magnitude);
+    std::int64_t const value = negative ? -magnitude : magnitude;
     return {static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX)),
             end == number ? text : end};
 }

@@ -15,6 +15,8 @@ inline std::size_t findPattern(std::string_view text, std::string_view pattern,
         return npos;
     char const* at = text.data() + from;
     std::size_t const size = text.size() - from;
+    // Comparing at every position takes time proportional to the size of the pattern, so memmem
+    // searches for long ones. It also finds the empty one.
     // Equivalent: other limits are only slower
     if (pattern.empty() || pattern.size() > 64) {
         at = static_cast<char const*>(memmem(at, size, pattern.data(), pattern.size()));
