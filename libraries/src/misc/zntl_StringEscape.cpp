@@ -4,6 +4,7 @@
 #include <array>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -24,6 +25,7 @@ struct Encoding {
     char text[7];
     unsigned char length;
 };
+static_assert(sizeof(Encoding) == sizeof(std::uint64_t));
 
 /// The encoding of every character. Filled at the first use, because in a program file it would
 /// take more room than the functions that use it.
