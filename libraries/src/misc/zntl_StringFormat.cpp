@@ -75,6 +75,7 @@ String formatArguments(char const* format, void* args) {
                 break;
             }
             // Room for one more buffer, so appending the rest does not copy a long piece again.
+            // Equivalent: growing later is only slower
             text.reserve(text.size() + piece.size() + 2 * sizeof buffer);
             text.append(buffer, out);
             text += piece;

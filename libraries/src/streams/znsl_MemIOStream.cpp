@@ -34,6 +34,10 @@ constexpr unsigned int headerSize = MemIOStream::recordHeaderSize;
 constexpr unsigned int lengthPrefixSize = sizeof(std::uint32_t);
 constexpr std::uint64_t maxSize = std::numeric_limits<std::uint32_t>::max();
 
+// The exception of an object that cannot be written.
+constexpr int unwritableLine = 262;
+constexpr char const* unwritable = "couldn't convert object to binary data";
+
 /// Allocated after the last byte of every buffer.
 struct Tail {
     unsigned char zeros[zerosAfterPayload];
@@ -53,8 +57,8 @@ std::string locate(int line, char const* text) {
 
 [[noreturn]] void raise(int line, char const* text) { throw zntl::Exception(locate(line, text)); }
 
-[[noreturn]] void raise(int line, std::string const& operation, char const* fault) {
-    raise(line, (operation + " - " + fault).c_str());
+[[noreturn]] void raise(int line, char const* operation, char const* fault) {
+    raise(line, (std::string(operation) + " - " + (fault ? fault : "(null)")).c_str());
 }
 
 [[noreturn]] void raiseTypeMismatch(unsigned int found, unsigned int expected) {
@@ -312,7 +316,7 @@ void MemIOStream::readInto(Serializable& object, unsigned int payload, std::uint
             requireWithin(object, data, available);
         object.fromBin(data, available);
     } catch (zntl::Exception const& e) {
-        raise(line, operation, e.what() ? e.what() : "(null)");
+        raise(line, operation, e.what());
     } catch (...) {
         raise(line + 5, operation, "could not read object");
     }
@@ -331,6 +335,8 @@ std::uint32_t MemIOStream::formLimit() const {
 /// The number of unread bytes that belong to the stream's binary form.
 unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()); }
 
+void MemIOStream::raiseOutOfMemory() { throw OutOfMemory(locate(unwritableLine, unwritable)); }
+
 unsigned int MemIOStream::write(Serializable const& object) {
     unsigned int const length = object.getBinLength();
     std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
@@ -344,19 +350,18 @@ unsigned int MemIOStream::write(Serializable const& object) {
     // Contract: if `toBin` throws, the header stays in the stream, and programs see an invalid
     // stream.
     writePos_ += headerSize;
-    constexpr char const* fault = "couldn't convert object to binary data";
     try {
         object.toBin(buffer_.get() + writePos_);
     } catch (std::bad_alloc const&) {
-        throw OutOfMemory(locate(262, fault));
+        raiseOutOfMemory();
     } catch (OutOfMemory const&) {
-        throw OutOfMemory(locate(262, fault));
+        raiseOutOfMemory();
     } catch (...) {
-        raise(262, fault);
+        raise(unwritableLine, unwritable);
     }
     // `toBin` may have appended to this stream itself.
     if (capacity_ - writePos_ < length)
-        raise(262, fault);
+        raise(unwritableLine, unwritable);
     writePos_ += length;
     return headerSize + length;
 }

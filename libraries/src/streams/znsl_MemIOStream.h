@@ -253,6 +253,7 @@ private:
     void peekInto(Serializable& object, RecordHeader const& header, unsigned int payload) const;
     unsigned int consume(std::uint32_t length);
 
+    [[noreturn]] static void raiseOutOfMemory();
     unsigned char* formLimitField() const;
     std::uint32_t formLimit() const;
     unsigned int formSize() const;
