@@ -156,7 +156,7 @@ if(TARGET zn-xml-static)
         SECTION libs
         MULTI_ARCH same
         SHARED_LIBRARY libzn-xml
-        DEPENDS ${ZN_LIBC} ${ZN_CXX_RUNTIME} "libexpat1 (>= 2.2)"
+        DEPENDS ${ZN_LIBC} ${ZN_CXX_RUNTIME} "libexpat1 (>= 2.4)"
             "libzn${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})"
         DESCRIPTION "XML reader of the library zn
 With this library, programs that use zn read XML documents, and the values

@@ -6,11 +6,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -40,8 +43,16 @@ struct Options {
 };
 
 int misused(char const* fault, char const* argument) {
-    std::fprintf(stderr, "zn-dump: %s%s\nTry 'zn-dump --help'.\n", fault, argument);
+    std::fprintf(stderr, "zn-dump: %s", fault);
+    dump::printEscaped(stderr, argument);
+    std::fputs("\nTry 'zn-dump --help'.\n", stderr);
     return failed;
+}
+
+/// Prints the start of a message about a file.
+void printFault(char const* path) {
+    std::fputs("zn-dump: ", stderr);
+    dump::printEscaped(stderr, path);
 }
 
 constexpr std::size_t maxFileSize = UINT32_MAX; // the library cannot load larger files
@@ -73,7 +84,8 @@ Status dumpFile(char const* path, Options const& options, dump::Listing& listing
     if (!readFile(path, content)) {
         char const* const reason = std::strerror(errno);
         listing.unreadableFile(path, reason);
-        std::fprintf(stderr, "zn-dump: %s: %s\n", path, reason);
+        printFault(path);
+        std::fprintf(stderr, ": %s\n", reason);
         return failed;
     }
     dump::Bytes const file(content.data(), content.size());
@@ -84,7 +96,8 @@ Status dumpFile(char const* path, Options const& options, dump::Listing& listing
     if (!damage)
         return whole;
     std::fflush(stdout); // so that the message follows the values before the damage
-    std::fprintf(stderr, "zn-dump: %s: damaged at offset %zu\n", path, *damage);
+    printFault(path);
+    std::fprintf(stderr, ": damaged at offset %zu\n", *damage);
     return damaged;
 }
 
@@ -145,6 +158,8 @@ int main(int argc, char** argv) {
         return finish(run(options));
     } catch (std::bad_alloc const&) {
         std::fputs("zn-dump: not enough memory\n", stderr);
-        return failed;
+    } catch (std::length_error const&) { // more than a vector can hold on a 32-bit machine
+        std::fputs("zn-dump: not enough memory\n", stderr);
     }
+    return failed;
 }

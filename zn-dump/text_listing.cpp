@@ -17,7 +17,7 @@ bool isControl(std::string_view character) {
 } // namespace
 
 void TextListing::beginFile(char const* name, Form form, std::size_t size) {
-    quote(name);
+    printEscaped(out_, name);
     std::fprintf(out_, ": %s, %zu bytes\n", form == Form::stream ? "object stream" : "typed file",
                  size);
 }
@@ -39,7 +39,7 @@ void TextListing::integer(Entry const& entry, int value) {
 void TextListing::string(Entry const& entry, std::string const& value, std::uint32_t storedLength) {
     begin(entry, "");
     std::fputs("  \"", out_);
-    quote(value);
+    printEscaped(out_, value);
     std::fputc('"', out_);
     if (value.size() != storedLength)
         std::fprintf(out_, " (its stored length is %u)", storedLength);
@@ -93,19 +93,19 @@ void TextListing::begin(Entry const& entry, char const* otherName) {
 
 /// Prints a string on one line of a terminal: control characters and bytes that are not UTF-8
 /// become escapes.
-void TextListing::quote(std::string_view text) {
+void printEscaped(std::FILE* out, std::string_view text) {
     while (!text.empty()) {
         std::size_t const length = characterLength(text);
         std::string_view const character = text.substr(0, length > 0 ? length : 1);
         if (character == "\"" || character == "\\") {
-            std::fprintf(out_, "\\%c", character[0]);
+            std::fprintf(out, "\\%c", character[0]);
         } else if (character == "\n") {
-            std::fputs("\\n", out_);
+            std::fputs("\\n", out);
         } else if (length == 0 || isControl(character)) {
             for (char const c : character)
-                std::fprintf(out_, "\\x%02x", static_cast<unsigned char>(c));
+                std::fprintf(out, "\\x%02x", static_cast<unsigned char>(c));
         } else {
-            std::fwrite(character.data(), 1, character.size(), out_);
+            std::fwrite(character.data(), 1, character.size(), out);
         }
         text.remove_prefix(character.size());
     }

@@ -7,6 +7,9 @@
 
 namespace dump {
 
+/// Prints a text with escapes for quotes, backslashes, control characters and invalid UTF-8.
+void printEscaped(std::FILE* out, std::string_view text);
+
 /// Prints one line per value: offset, type id, type name, length and value. The values in a stream
 /// or set are indented below it.
 class TextListing : public Listing {
@@ -30,7 +33,6 @@ public:
 
 private:
     void begin(Entry const& entry, char const* otherName);
-    void quote(std::string_view text);
 
     std::FILE* out_;
     std::size_t depth_ = 0;

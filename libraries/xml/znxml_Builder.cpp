@@ -72,7 +72,7 @@ bool Builder::addDefaultAttribute(std::string_view name, std::string_view value)
            defaults_ <= maxDocumentSize - source_.size();
 }
 
-void Builder::resolveNames() {
+bool Builder::resolveNames() {
     Element& element = document_.elements[open_];
     auto const first = document_.attributes.begin() + element.firstAttribute;
     for (auto attribute = first; attribute != document_.attributes.end(); ++attribute) {
@@ -82,9 +82,24 @@ void Builder::resolveNames() {
     for (auto attribute = first; attribute != document_.attributes.end(); ++attribute) {
         std::string_view const prefix = prefixOf(document_.characters(attribute->name));
         if (!prefix.empty() && prefix != "xmlns")
-            attribute->nameSpace = nameSpaceOf(prefix);
+            attribute->nameSpace = use(nameSpaceOf(prefix));
     }
-    element.nameSpace = nameSpaceOf(prefixOf(openName()));
+    element.nameSpace = use(nameSpaceOf(prefixOf(openName())));
+    // Document::xml repeats such declarations for each child, so a long one could make many short
+    // children long.
+    constexpr std::size_t mostForEachByte = 64;
+    return repeated_ <= mostForEachByte * source_.size();
+}
+
+/// Adds up the lengths of the declarations that names use and that outer elements have. Returns
+/// `declaration`.
+Index Builder::use(Index declaration) {
+    if (declaration < document_.declarations.size()) {
+        NamespaceDeclaration const& used = document_.declarations[declaration];
+        if (used.element != open_)
+            repeated_ += used.prefix.length + used.uri.length;
+    }
+    return declaration;
 }
 
 void Builder::declare(Attribute const& attribute) {

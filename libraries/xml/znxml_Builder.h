@@ -3,6 +3,8 @@
 #include "znxml_Document.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -25,8 +27,9 @@ public:
     /// false if such attributes have made the document too much longer than its source.
     bool addDefaultAttribute(std::string_view name, std::string_view value);
     /// Finds the namespaces of the open element and of its attributes. Call it after all attributes
-    /// are added; not needed for documents without colons and namespace declarations.
-    void resolveNames();
+    /// are added; not needed for documents without colons and namespace declarations. Returns false
+    /// if the names need too many and too long declarations of outer elements.
+    bool resolveNames();
 
     void addText(std::string_view text) { openText_ += text; }
 
@@ -47,11 +50,13 @@ private:
     void copySource(std::size_t end);
     void declare(Attribute const& attribute);
     Index nameSpaceOf(std::string_view prefix) const;
+    Index use(Index declaration);
 
     Document& document_;
     std::string_view source_;
-    std::size_t copied_ = 0;   // the source is copied to the document's text up to this offset
-    std::size_t defaults_ = 0; // the number of characters added from the document type
+    std::size_t copied_ = 0;     // the source is copied to the document's text up to this offset
+    std::size_t defaults_ = 0;   // the number of characters added from the document type
+    std::uint64_t repeated_ = 0; // see `use`
     Index open_ = 0;
     std::size_t openNameEnd_ = 0;
     std::string openText_; // the text of all open elements, the outermost first

@@ -15,7 +15,7 @@ using Index = std::uint32_t;
 /// The maximum size of a document in bytes. Expat takes lengths as int.
 constexpr std::size_t maxDocumentSize = 0x7FFFFFFF;
 
-// Values of `nameSpace` that are no index of a declaration. The prefix "xml" is never declared.
+// Values of `nameSpace` that are no index of a declaration. The prefix "xml" needs no declaration.
 constexpr Index noNamespace = 0xFFFFFFFF;
 constexpr Index namespaceOfXml = 0xFFFFFFFE;
 

@@ -7,9 +7,10 @@ namespace znxml {
 
 namespace {
 
-// Each thread remembers one element and counts as an owner of its document. It forgets both as soon
-// as it is the only owner left, and when it ends. These variables have no destructors, so they can
-// still be used while the ending thread destroys its other objects.
+// Each thread remembers one element and counts as an owner of its document. It forgets both when it
+// gives up the document's last iterator, when it remembers another document, and when it ends.
+// These variables have no destructors, so they can still be used while the ending thread destroys
+// its other objects.
 thread_local Document const* rememberedDocument = nullptr;
 thread_local Index rememberedElement = 0;
 thread_local bool threadHasEnded = false;

@@ -11,8 +11,9 @@ namespace znxml {
 
 namespace {
 
-/// Builds a document. It fetches nothing and expands none of the entities that the document
-/// declares. It refuses a document that refers to one, because its text would be incomplete.
+/// Builds a document. It fetches nothing. It refuses a document that refers to an entity that the
+/// document declares, because its text would be incomplete. In values of attributes, Expat has
+/// expanded the entity by then, within limits of its own.
 class Reader : public Expat {
 public:
     Reader(std::string const& source, Document& document)
@@ -42,7 +43,7 @@ public:
             });
         XML_SetAttlistDeclHandler(parser(),
                                   [](void* self, char const*, char const*, char const*, char const*,
-                                     int) { run(self, &Reader::inspectDefault); });
+                                     int) { run(self, &Reader::inspectDeclaration); });
     }
 
     bool read() {
@@ -64,7 +65,8 @@ private:
             else if (!builder_.addDefaultAttribute(attributes[0], attributes[1]))
                 return stop();
         }
-        builder_.resolveNames();
+        if (!builder_.resolveNames())
+            stop();
     }
 
     void end() { builder_.end(position() + length()); }
@@ -78,8 +80,12 @@ private:
             stop();
     }
 
-    /// Checks the default value in an attribute declaration, if there is one.
-    void inspectDefault() {
+    /// Checks an attribute declaration, and the default value in it if there is one.
+    void inspectDeclaration() {
+        // Expat looks at all attributes declared for an element at each of its start tags.
+        constexpr unsigned int mostDeclared = 1000;
+        if (++declared_ > mostDeclared)
+            return stop();
         std::size_t const begin = position();
         char const quote = source_[begin];
         if (quote == '\'' || quote == '"')
@@ -96,11 +102,14 @@ private:
     std::string const& source_;
     Document& document_;
     Builder builder_;
+    unsigned int declared_ = 0; // attributes in the document type
 };
 
 } // namespace
 
 std::unique_ptr<Document> readByExpat(std::string const& source) {
+    if (source.size() > maxDocumentSize)
+        return nullptr;
     auto document = std::make_unique<Document>();
     return Reader(source, *document).read() ? std::move(document) : nullptr;
 }

@@ -206,7 +206,7 @@ class Fields(PackagesTest):
     def test_dependencies_of_the_xml_library_are_the_library_and_the_parser(self):
         self.assert_depends(f'libzn-xml{MAJOR}',
                             self.root / f'usr/{LIBRARIES}/libzn-xml.so.{VERSION}',
-                            [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1', r'libexpat1 \(>= 2\.2\)',
+                            [r'libstdc\+\+6 \(>= \d+\)', 'libgcc-s1', r'libexpat1 \(>= 2\.4\)',
                              rf'libzn{MAJOR} \(= {VERSION}\)'])
         self.assertEqual(self.field('libzn-xml-dev', 'Depends'),
                          f'libzn-xml{MAJOR} (= {VERSION}), libzn-dev (= {VERSION}), libexpat1-dev')

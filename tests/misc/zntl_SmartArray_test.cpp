@@ -357,6 +357,26 @@ TEST(SmartArray, HasItsVirtualOperationsInOrder) {
     EXPECT_EQ(test::virtualSlot(writableElement), -1) << "not virtual";
 }
 
+TEST(SmartArray, MayContainAHandleOfItself) {
+    struct Node {
+        Node() = default;
+        Node(Node const&) = delete;
+        Node& operator=(Node const&) = delete;
+        ~Node() { ++*destroyed; }
+        SmartArray<Node> self;
+        int* destroyed = nullptr;
+    };
+    int destroyed = 0;
+    SmartArray<Node> array(new Node[1], 1);
+    Node& node = *array;
+    node.destroyed = &destroyed;
+    node.self = array;
+    array.removeReference();
+    EXPECT_EQ(destroyed, 0);
+    node.self.removeReference();
+    EXPECT_EQ(destroyed, 1);
+}
+
 TEST(SmartArray, IsUsedThroughItsBase) {
     long const before = test::liveBlocks();
     std::unique_ptr<ConstSmartArray<char>> const handle(

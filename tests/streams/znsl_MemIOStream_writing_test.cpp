@@ -86,6 +86,21 @@ TEST(MemIOStreamWrite, MakesRoomBeforeItAsksForTheType) {
     EXPECT_EQ(capacity, 10U);
 }
 
+TEST(MemIOStreamWrite, StoresTheContentFromBeforeTheCallEvenIfTheTypeIdAppends) {
+    MemIOStream stream;
+    append(stream, record(504, fromHex("07 00 00 00")));
+    Blob object(9, {});
+    object.announced = stream.getBinLength();
+    object.onGetTypeId = [&] { append(stream, recordOfSize(505, 2000)); };
+    object.onToBin = [&](unsigned char* out) { stream.toBin(out); };
+    stream.write(object);
+    EXPECT_EQ(stream.size(), 12U + 2000U + 24U);
+    EXPECT_TRUE(stream.validate());
+    Bytes const bytes = content(stream);
+    EXPECT_EQ(toHex(Bytes(bytes.end() - 24, bytes.end())),
+              "09 00 00 00 10 00 00 00 0c 00 00 00 f8 01 00 00 04 00 00 00 07 00 00 00");
+}
+
 TEST(MemIOStreamWrite, LetsTheObjectWriteStraightIntoTheBuffer) {
     MemIOStream stream(100);
     fill(stream, 20, 10);

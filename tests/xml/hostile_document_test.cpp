@@ -201,6 +201,30 @@ TEST(DefaultAttributes, CannotMultiply) {
     EXPECT_FALSE(read);
 }
 
+TEST(DeclaredAttributes, AreLimited) {
+    auto const document = [](int count) {
+        std::string declarations;
+        for (int i = 0; i < count; ++i)
+            declarations += " b" + std::to_string(i) + " CDATA #IMPLIED";
+        return "<!DOCTYPE a [<!ATTLIST a" + declarations + ">]><a/>";
+    };
+    EXPECT_TRUE(isRead(document(1000)));
+    EXPECT_FALSE(isRead(document(1001))) << "each start tag would take time for each of them";
+}
+
+TEST(Namespaces, CannotMultiply) {
+    auto const read = [](std::size_t length, int children, std::string const& child) {
+        return isRead("<r xmlns='" + std::string(length, 'u') + "' xmlns:p='" +
+                      std::string(length, 'v') + "'>" + repeat(children, child) + "</r>");
+    };
+    EXPECT_TRUE(read(100, 10'000, "<a/>"));
+    EXPECT_TRUE(read(100'000, 100, "<a/>"));
+    EXPECT_FALSE(read(10'000, 10'000, "<a/>"));
+    EXPECT_FALSE(read(10'000, 10'000, "<p:a/>"));
+    EXPECT_FALSE(read(10'000, 10'000, "<a xmlns='' p:b=''/>"));
+    EXPECT_TRUE(read(10'000, 10'000, "<a xmlns=''/>")) << "uses no outer declaration";
+}
+
 TEST(DeepDocument, IsReadWalkedAndReleasedOnASmallStack) {
     constexpr int depth = 100'000;
     for (char const* const tag : {"<a>", "<a b='1'>", "<p:a xmlns:p='q'>"}) {

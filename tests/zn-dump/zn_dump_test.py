@@ -115,6 +115,13 @@ end_of_file.typed: typed file, 6 bytes
             [line] = self.text(record(501, string(content)))
             self.assertTrue(line.endswith(f'  "{shown}"'), line)
 
+    def test_escapes_file_names_in_messages(self):
+        done = run(self.file(b'', 'a\x1b[31m"b'), self.folder / 'c\n')
+        self.assertEqual(done.stderr.decode(),
+                         f'zn-dump: {self.folder}/c\\n: No such file or directory\n')
+        done = run(self.file(b'x', 'a\x1b[31m"b'))
+        self.assertIn('a\\x1b[31m\\"b: damaged at offset', done.stderr.decode())
+
     def test_mentions_a_length_that_disagrees_with_the_string(self):
         [line] = self.text(record(501, string(b'ab\0cd')))
         self.assertTrue(line.endswith('  "ab" (its stored length is 5)'), line)

@@ -95,15 +95,14 @@ protected:
 
 private:
     void release() noexcept {
-        if (!buffer_)
-            return;
-        if (count_->fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            delete count_;
-            delete[] buffer_;
-        }
-        buffer_ = nullptr;
-        count_ = nullptr;
+        // Empty before the elements are destroyed, because one of them may contain this handle.
+        T* const buffer = std::exchange(buffer_, nullptr);
+        auto* const count = std::exchange(count_, nullptr);
         size_ = 0;
+        if (buffer && count->fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            delete count;
+            delete[] buffer;
+        }
     }
 
     // Contract: messages of both classes name "zntl::SmartArray" and contain fixed line numbers,

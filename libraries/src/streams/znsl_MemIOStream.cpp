@@ -338,6 +338,7 @@ unsigned int MemIOStream::formSize() const { return std::min(size(), formLimit()
 void MemIOStream::raiseOutOfMemory() { throw OutOfMemory(locate(unwritableLine, unwritable)); }
 
 unsigned int MemIOStream::write(Serializable const& object) {
+    unsigned int const before = size();
     unsigned int const length = object.getBinLength();
     std::uint64_t const recordSize = std::uint64_t{headerSize} + length;
     // Contract: the room is made before the type is asked for, so a stream that cannot grow throws
@@ -346,7 +347,7 @@ unsigned int MemIOStream::write(Serializable const& object) {
     RecordHeader const header{static_cast<std::uint16_t>(object.getTypeId()), 0, length};
     // Makes room again, because `getTypeId` may have appended to this stream.
     std::memcpy(appendRoom(recordSize), &header, sizeof header);
-    FormLimit const limit(formLimitField(), size());
+    FormLimit const limit(formLimitField(), before);
     // Contract: if `toBin` throws, the header stays in the stream, and programs see an invalid
     // stream.
     writePos_ += headerSize;

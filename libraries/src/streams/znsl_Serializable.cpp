@@ -29,7 +29,8 @@ static_assert(payloadOffset >= headerSize);
 /// Reads a payload of `length` bytes. Returns null if the file ends before that.
 ///
 /// The length field alone never causes a large allocation. For a regular file, it is first compared
-/// with the file's size. For a pipe or a device, the buffer grows with the bytes that arrive.
+/// with the file's size. For a pipe, the buffer grows with the bytes that arrive. A character
+/// device has the size 0, so only its header is read.
 std::unique_ptr<unsigned char[]> readPayload(znst::File& file, LengthField length) {
     // Equivalent: other sizes are only slower
     constexpr std::uint64_t firstBlock = 65536;

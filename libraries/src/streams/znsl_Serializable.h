@@ -60,10 +60,10 @@ public:
 
     /// Reads a typed file that `toFile` wrote. Ignores bytes after the payload.
     ///
-    /// Returns false if the file cannot be read, is a directory, has another type id or is shorter
-    /// than its length field requires, or if an allocation fails; the object is then unchanged.
-    /// Also returns false if `fromBin` throws or does not consume the whole payload; the object may
-    /// then have changed.
+    /// Returns false if the file cannot be read, is a directory or a character device, has another
+    /// type id or is shorter than its length field requires, or if an allocation fails; the object
+    /// is then unchanged. Also returns false if `fromBin` throws or does not consume the whole
+    /// payload; the object may then have changed.
     ///
     /// Never throws. Safe on any file if the class's `fromBin` stays within its length. For String
     /// and MemIOStream, which trust their bytes, this function checks the bytes first.

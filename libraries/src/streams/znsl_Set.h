@@ -56,13 +56,15 @@ public:
 
     /// Replaces the content with the elements that `T` reads from the children of the root element.
     /// Skips children for which `T::fromXML` returns false. Does not check the name of the root.
-    /// Returns false, with the set unchanged, if there is no root element or it has no children.
+    /// All children are read with one object, so what a child does not set is as in the child
+    /// before. Returns false, with the set unchanged, if there is no root element or it has no
+    /// children.
     bool fromXML(char const* xml) override {
         auto const root = znxml::DomIterator::parse(xml);
         if (root.atEnd() || !root.hasChildren())
             return false;
         this->clear();
-        T element;
+        T element; // Contract: one for all children, because programs may depend on what it keeps
         for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
             if (element.fromXML(child.toXML().c_str()))
                 this->insert(this->end(), element);

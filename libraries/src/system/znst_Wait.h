@@ -20,8 +20,8 @@ public:
     virtual unsigned int waitExclusive(unsigned int timeout) const;
 };
 
-/// Sleeps for the given number of milliseconds. The number of microseconds wraps at 32 bits, so
-/// waits of 4294968 ms (about 72 minutes) or more are too short.
+/// Sleeps for the given number of milliseconds, or until a signal handler runs. The number of
+/// microseconds wraps at 32 bits, so waits of 4294968 ms (about 72 minutes) or more are too short.
 void Wait(unsigned int milliseconds);
 
 /// Polls `objects` in order until one is ready or `timeout` milliseconds have passed (0xFFFFFFFF
@@ -29,8 +29,9 @@ void Wait(unsigned int milliseconds);
 /// `index`. Returns 0, with `index` unchanged, if the time passed first. Skips null entries.
 ///
 /// Polls at least once, even with a `timeout` of 0, and sleeps for a millisecond after each pass
-/// that found no ready object. The objects must stay alive during the call. Entries that are added
-/// during the call are not polled. Without objects and without a limit, it never returns.
+/// that found no ready object. The objects must stay alive, and no entry may be removed, during the
+/// call. Entries that are added are not polled. Without objects and without a limit, it never
+/// returns.
 unsigned int Wait(std::vector<WaitObject*> const& objects, unsigned int timeout,
                   unsigned int& index);
 

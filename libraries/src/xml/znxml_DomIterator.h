@@ -33,7 +33,8 @@ public:
     DomIterator(DomIterator const& other);
     /// Copies the other's position. Without zn::xml: no effect.
     DomIterator& operator=(DomIterator const& other);
-    /// Releases the document if this was its last iterator.
+    /// Releases the document if this was its last iterator. A document that another thread's last
+    /// `toXML` came from stays until that thread ends or calls `toXML` on another one.
     virtual ~DomIterator();
 
     /// Parses a document and returns an iterator on its root element, or one at its end if the
@@ -69,7 +70,8 @@ public:
     /// The number of children whose `getName()` is `name`. Without zn::xml: 0.
     unsigned int numChildren(zntl::String const& name) const;
     /// Whether both are at the same position of the same document, or both have no document. Two
-    /// documents parsed from the same text are different documents. Without zn::xml: false.
+    /// documents parsed from the same text are different documents, unless `parse` shared an
+    /// earlier one. Without zn::xml: false.
     bool isEqual(DomIterator const& other) const;
     /// Whether this position comes before the other's in the document. An element comes before its
     /// descendants, and the position past its children comes after them. The order of different
@@ -99,8 +101,9 @@ public:
     zntl::String getAttribute(zntl::String const& name) const;
     /// The element's XML text in UTF-8, as the document contains it, with additions that make it
     /// complete on its own: declarations of the namespaces that it uses but that outer elements
-    /// declare, and default attributes from the document type. Takes time in proportion to that
-    /// text. Without zn::xml: empty.
+    /// declare, and default attributes from the document type. The types of attributes are not
+    /// added, so blanks that they removed from values appear again. Takes time in proportion to
+    /// that text. Without zn::xml: empty.
     zntl::String toXML() const;
 
     /// Moves to the next sibling, or to the end if there is none; stays at the end. Takes
