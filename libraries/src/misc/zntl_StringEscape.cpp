@@ -62,7 +62,7 @@ bool encodeBlock(std::string_view& text, std::string& encoded) {
         out += encoding.length;
     }
     text.remove_prefix(size);
-    encoded.append(block, out);
+    encoded.append(block, static_cast<std::size_t>(out - block));
     // Equivalent: false only causes another search
     return out > block + size;
 }

@@ -15,7 +15,7 @@ namespace zntl {
 namespace {
 
 /// Formats with printf. A result that does not fit in the buffer is formatted twice.
-String formatWithPrintf(char const* format, void* args) {
+void assignPrinted(String& text, char const* format, void* args) {
     std::va_list values;
     va_copy(values, *static_cast<std::va_list*>(args));
     // Equivalent: other sizes are only slower
@@ -23,15 +23,16 @@ String formatWithPrintf(char const* format, void* args) {
     int const length = std::vsnprintf(buffer, sizeof buffer, format, values);
     va_end(values);
     // Equivalent: formatting twice is only slower
-    if (length < static_cast<int>(sizeof buffer))
-        return length > 0 ? buffer : "";
-    String text(static_cast<std::size_t>(length), '\0');
+    if (length < static_cast<int>(sizeof buffer)) {
+        text = length > 0 ? buffer : "";
+        return;
+    }
+    text.resize(static_cast<std::size_t>(length));
     va_copy(values, *static_cast<std::va_list*>(args));
     // Equivalent: a larger limit is not reached
     std::vsnprintf(text.data(), text.size() + 1, format, values);
     va_end(values);
     text.resize(std::strlen(text.c_str()));
-    return text;
 }
 
 /// Formats strings and integers faster than printf, and everything else with printf. Most formats
@@ -48,7 +49,7 @@ String formatArguments(char const* format, void* args) {
     for (char const* at = format ? format : ""; *at != '\0'; ++at) {
         // Equivalent: flushing earlier is only slower
         if (end - out < static_cast<std::ptrdiff_t>(maxDecimalLength)) {
-            text.append(buffer, out);
+            text.append(buffer, static_cast<std::size_t>(out - buffer));
             out = buffer;
         }
         if (*at != '%') {
@@ -77,18 +78,19 @@ String formatArguments(char const* format, void* args) {
             // Room for one more buffer, so appending the rest does not copy a long piece again.
             // Equivalent: growing later is only slower
             text.reserve(text.size() + piece.size() + 2 * sizeof buffer);
-            text.append(buffer, out);
+            text.append(buffer, static_cast<std::size_t>(out - buffer));
             text += piece;
             out = buffer;
             break;
         }
         default:
             va_end(values);
-            return formatWithPrintf(format, args);
+            assignPrinted(text, format, args);
+            return text;
         }
     }
     va_end(values);
-    text.append(buffer, out);
+    text.append(buffer, static_cast<std::size_t>(out - buffer));
     return text;
 }
 
