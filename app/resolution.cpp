@@ -3,7 +3,7 @@
 
 #include "csdk.h"
 #include "streams/znsl_Set.h"
-#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
+#include "system/znml_constants.h" // Contract: this file has its own copy, though nothing reads it
 #include "video/znvl_Resolution.h"
 
 #include <cstdio>

@@ -4,7 +4,8 @@
 #include "misc/internal/zntl_decimal.h"
 #include "misc/zntl_Exception.h"
 #include "misc/zntl_Markup.h"
-#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
+#include "streams/internal/znsl_readWithin.h"
+#include "system/znml_constants.h" // Contract: this file has its own copy, though nothing reads it
 #include "xml/znxml_DomIterator.h"
 
 namespace zntl {
@@ -36,7 +37,7 @@ unsigned int Integer::toBin(unsigned char* out) const {
 
 unsigned int Integer::fromBin(unsigned char const* data, unsigned int length) {
     if (length < sizeof value_)
-        throw Exception("znsl::Serializable::fromBin() - Failed!");
+        throw Exception(znsl::unreadable);
     value_ = loadNative<int>(data);
     return sizeof value_;
 }

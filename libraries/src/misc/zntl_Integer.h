@@ -30,7 +30,8 @@ public:
     /// empty name.
     std::string toXML(char const* name) const override;
     /// Assigns the number at the start of the root element's value, parsed like strtol in base 10.
-    /// Without digits, it is 0. Numbers saturate at 32 bits.
+    /// Without digits, it is 0. Numbers saturate at 32 bits. Without zn::xml: always assigns 0 and
+    /// returns true.
     bool fromXML(char const* xml) override;
     /// Returns 4.
     unsigned int getBinLength() const override;

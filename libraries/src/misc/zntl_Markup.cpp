@@ -52,9 +52,9 @@ private:
 };
 
 bool TagScan::nextOpening(std::size_t limit, Tag& tag) {
-    // A name that contains "<" can start before the limit and end after it. The search must find
-    // it, because otherwise it continues at the limit. Equivalent: at the limit the text ends or a
-    // closing tag starts, so no opening tag starts next to it
+    // Shows all matches that start before the limit, because the end of this function skips the
+    // text up to there. If the name contains "<", a match can end after the limit. Equivalent: the
+    // text ends or a closing tag starts at the limit, so no opening tag starts there
     std::string_view const shown = text_.substr(0, limit + opening_.size() - 1);
     while ((tag.start = findPattern(shown, opening_, opensFrom_)) != npos) {
         tag.end = tag.start + opening_.size();
@@ -64,7 +64,7 @@ bool TagScan::nextOpening(std::size_t limit, Tag& tag) {
             tag.end = text_.find('>', tag.end);
             tag.selfClosing = tag.end != npos && text_[tag.end - 1] == '/';
         } else if (next != '>') {
-            // Contract: misses a tag that starts inside the name.
+            // Contract: misses a tag that overlaps this match: "<a<a>" in "<a<a<a>".
             opensFrom_ = tag.end;
             continue;
         }

@@ -22,7 +22,8 @@ std::string renderElement(char const* name);
 ///
 /// Returns true if it finds one, with `start` at its "<", `end` at its ">", and `selfClosing` true
 /// if the tag ends in "/>". Otherwise returns false, and the values of the three are unspecified.
-/// Malformed markup is not an error.
+/// Malformed markup is not an error. The positions have 32 bits, as in `findCloseTag`, so the text
+/// must be shorter than 4 GiB.
 bool findOpenTag(String const& text, unsigned int from, String const& name, unsigned int& start,
                  unsigned int& end, bool& selfClosing);
 

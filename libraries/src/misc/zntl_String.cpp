@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <strings.h>
 
 namespace zntl {
@@ -35,8 +36,23 @@ String String::fromEnvVarible(char const* name) { return {name ? std::getenv(nam
 
 int String::iCompare(String const& other) const { return strcasecmp(c_str(), other.c_str()); }
 
+bool String::toBool() const {
+    for (char const* const word : {"true", "t", "yes", "y", "on"}) {
+        if (zn_stricmp(c_str(), word) == 0)
+            return true;
+    }
+    return parseDecimal(c_str()).value != 0;
+}
+
 unsigned int String::toUnsignedInt() const {
     return static_cast<unsigned int>(std::max(parseDecimal(c_str()).value, 0));
+}
+
+String::operator SmartArray<char>() const {
+    std::size_t const count = size() + 1;
+    std::unique_ptr<char[]> buffer(new char[count]);
+    std::memcpy(buffer.get(), c_str(), std::strlen(c_str()) + 1);
+    return {buffer.release(), static_cast<unsigned int>(count)};
 }
 
 unsigned int String::copyString(char* out, unsigned int max) const {

@@ -13,13 +13,14 @@ namespace zntl {
 /// search and split.
 ///
 /// It has all operations of std::string and can be passed wherever a std::string is expected.
-/// Where this class declares a `char const*`, null counts as the empty string; the operations of
-/// std::string do not accept null.
+/// Where this class declares a `char const*`, null counts as the empty string, except as the name
+/// for `toXML`; the operations of std::string do not accept null.
 ///
 /// Unless its comment says otherwise, an operation does not change the string and takes time
 /// proportional to the lengths of the strings involved. It throws std::bad_alloc if an allocation
 /// fails, and std::length_error if a length would exceed max_size(), which is possible on 32-bit
-/// machines.
+/// machines. Positions and array sizes have 32 bits: `findAll`, `tokenize` and the conversion to
+/// SmartArray are for strings shorter than 4 GiB.
 class String : public std::string, public znsl::Serializable {
 public:
     using std::string::string;
@@ -136,8 +137,8 @@ public:
     String extract(String const& begin, String const& end) const;
 
     /// Truncates a copy of the string to `length` characters, the last three of which are "...":
-    /// `abbreviate(5)` of "abcdefgh" returns "ab...". A string that is not longer than `length` is
-    /// returned unchanged. Returns the empty string if `length` is less than 3.
+    /// `abbreviate(5)` of "abcdefgh" returns "ab...". Returns the empty string if `length` is less
+    /// than 3, and otherwise an unchanged copy if the string is not longer than `length`.
     String abbreviate(unsigned int length) const;
 
     // Finding and tokenizing
@@ -211,7 +212,8 @@ public:
     /// Returns "<name>value</name>", with the value encoded by `encodeHtml`; "<name/>" for the
     /// empty string; the empty string if `name` is null.
     std::string toXML(char const* name) const override;
-    /// Assigns the value of the root element.
+    /// Assigns the value of the root element. Without zn::xml: assigns the empty string to any
+    /// string, and returns true.
     bool fromXML(char const* xml) override;
     /// Returns the string's length + 5. Throws std::length_error if that does not fit in 32 bits.
     unsigned int getBinLength() const override;

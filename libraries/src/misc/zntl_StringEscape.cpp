@@ -77,7 +77,7 @@ String String::encodeHtml(String const& text) {
     String encoded;
     std::string_view rest = text;
     while (!rest.empty()) {
-        // The C library searches for each of the five, up to the first one found so far.
+        // One search of the C library for each of the five, up to the first one found so far.
         std::string_view clean = rest.substr(0, searchRange);
         for (Escape const& escape : escapes)
             clean = clean.substr(0, clean.find(escape.character));

@@ -4,8 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <memory>
 
 namespace zntl {
 
@@ -51,13 +49,6 @@ bool String::fromFile(char const* path) {
     }
     clear();
     return false;
-}
-
-String::operator SmartArray<char>() const {
-    std::size_t const count = size() + 1;
-    std::unique_ptr<char[]> buffer(new char[count]);
-    std::memcpy(buffer.get(), c_str(), std::strlen(c_str()) + 1);
-    return {buffer.release(), static_cast<unsigned int>(count)};
 }
 
 } // namespace zntl

@@ -97,7 +97,7 @@ String formatArguments(char const* format, void* args) {
 } // namespace
 
 String String::fromVAList(char const* format, void* args) {
-    // No argument is read without a list; the null avoids a warning of the compiler.
+    // Without a list, the format takes no arguments. The null only prevents a compiler warning.
     return args ? formatArguments(format, args) : fromFormat(format, nullptr);
 }
 

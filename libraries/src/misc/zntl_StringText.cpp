@@ -1,9 +1,7 @@
 #include "misc/zntl_String.h"
 
 #include "misc/internal/zntl_blank.h"
-#include "misc/internal/zntl_decimal.h"
 #include "misc/internal/zntl_findPattern.h"
-#include "system/zn_portability.h"
 
 #include <algorithm>
 #include <array>
@@ -67,14 +65,6 @@ String String::sanitize(String const& text, char const* allowed) {
     }
     result.resize(static_cast<std::size_t>(out - result.data()));
     return result.trim();
-}
-
-bool String::toBool() const {
-    for (char const* const word : {"true", "t", "yes", "y", "on"}) {
-        if (zn_stricmp(c_str(), word) == 0)
-            return true;
-    }
-    return parseDecimal(c_str()).value != 0;
 }
 
 String String::extract(String const& begin, String const& end) const {

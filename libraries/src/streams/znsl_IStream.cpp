@@ -11,20 +11,14 @@ namespace znsl {
 bool IStream::wait(unsigned int timeout) const {
     constexpr unsigned int withoutLimit = 0xFFFFFFFF;
     std::uint32_t const start = zn_tickcount();
-    if (timeout == withoutLimit) {
-        while (isEmpty())
-            znst::Wait(1);
-        return true;
-    }
-    while (true) {
-        // Contract: the deadline is checked before the stream, so wait(0) is always false. Programs
-        // on cameras may depend on it.
-        if (zn_tickcount() - start >= timeout)
-            return false;
+    // Contract: the deadline is checked before the stream, so wait(0) is always false. Programs on
+    // cameras may depend on it.
+    while (timeout == withoutLimit || zn_tickcount() - start < timeout) {
         if (!isEmpty())
             return true;
         znst::Wait(1);
     }
+    return false;
 }
 
 bool IStream::isEOF() const { return !isEmpty() && getNextType() == EndOfFile::typeId; }

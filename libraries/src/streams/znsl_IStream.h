@@ -44,6 +44,7 @@ public:
 
     /// Removes the next object from the stream as a raw record (header and payload). If it returns
     /// true, the caller owns `data`, an array of `length` bytes, and must release it with delete[].
+    /// Returns false if there is no object.
     virtual bool readNextObject(unsigned char*& data, unsigned int& length) = 0;
 };
 

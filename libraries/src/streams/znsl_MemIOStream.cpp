@@ -6,7 +6,7 @@
 #include "streams/internal/znsl_readWithin.h"
 #include "streams/znsl_EndOfFile.h"
 #include "system/internal/zn_File.h"
-#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
+#include "system/znml_constants.h" // Contract: this file has its own copy, though nothing reads it
 
 #include <algorithm>
 #include <cstdarg>
@@ -196,6 +196,7 @@ unsigned char* MemIOStream::appendRoom(std::uint64_t n) {
     return buffer_.get() + writePos_;
 }
 
+/// The rare part of appendRoom. Adds in 64 bits first, because the sums in checkBuff wrap.
 void MemIOStream::makeRoom(std::uint64_t n) {
     bool const grows = size() + n > capacity_;
     if (grows && std::uint64_t{capacity_} * 2 + n > maxSize)

@@ -18,10 +18,11 @@ namespace znsl {
 /// (N bytes). Writing appends records; reading removes them from the front. A reader can skip
 /// a record whose type it does not know.
 ///
-/// Before the buffer grows, an append reuses the space of records that were already read, so the
-/// buffer of a steady queue stops growing. Appending takes amortised constant time per byte if the
-/// buffer has room for one more record than the queue holds; `reserve` that room, because otherwise
-/// each append moves the unread bytes.
+/// If there is too little room at the end of the buffer, an append first reuses the space of
+/// records that were already read: it moves the unread bytes to the start. The buffer of a steady
+/// queue therefore stops growing. Appending takes amortised constant time per byte while the
+/// capacity is at least twice the number of unread bytes. In a fuller buffer, up to every append
+/// moves all unread bytes; `reserve` twice the largest size of a queue to avoid that.
 ///
 /// Every operation except a direct call of `fromBin` is safe on any content, wherever it came from:
 /// it stays within the buffer if the `fromBin` of the objects read stays within the length that it
@@ -29,8 +30,8 @@ namespace znsl {
 ///
 /// Errors are reported as zntl::Exception, whose message contains a source location; the comments
 /// below name the line. If an operation throws std::bad_alloc, or std::length_error because the
-/// content would exceed 32 bits, the stream is unchanged unless its comment says otherwise. Only
-/// one thread at a time may use a stream.
+/// capacity, which doubles, would exceed 32 bits, the stream is unchanged unless its comment says
+/// otherwise. Only one thread at a time may use a stream.
 class MemIOStream : public Serializable, public IOStream {
 public:
     /// The value of `getTypeId`.
@@ -95,9 +96,10 @@ public:
     /// of `getBinLength`, `getTypeId` and the allocation propagate, with the content unchanged; the
     /// buffer may have grown or been compacted.
     ///
-    /// While `toBin` runs, operations that would replace this stream's buffer throw
-    /// zntl::Exception. If `toBin` itself appends so much to this stream that its payload no longer
-    /// fits, throws the exception of line 262, too.
+    /// While `toBin` runs, operations that would replace this stream's buffer throw zntl::Exception
+    /// "znsl::MemIOStream - an object replaces the buffer it is written to". If `toBin` itself
+    /// appends so much to this stream that its payload no longer fits, throws the exception of line
+    /// 262, too.
     unsigned int write(Serializable const& object) override;
     OStream& operator<<(Serializable const& object) override;
 
@@ -129,7 +131,7 @@ public:
     /// If `fromBin` threw, the object may be partly changed.
     ///
     /// If the content ends inside the record, `object` reads the bytes that are present. The stream
-    /// is then empty, and the returned size is the one that the header announced.
+    /// is then empty, and the returned size is the one that the header announced, modulo 2^32.
     unsigned int read(Serializable& object) override;
 
     /// As `read`, but leaves the record in the stream. Throws the corresponding messages, which
@@ -152,7 +154,7 @@ public:
     virtual unsigned int count() const;
 
     /// Removes the next record, which may be a marker, and returns the size that its header
-    /// announces. If the content ends inside the record, removes the rest. Throws
+    /// announces, modulo 2^32. If the content ends inside the record, removes the rest. Throws
     /// "skip() - no data" (line 485) if there are fewer than 8 unread bytes.
     unsigned int skip() override;
 
@@ -163,7 +165,8 @@ public:
     bool readNextObject(unsigned char*& data, unsigned int& length) override;
 
     /// Appends the raw record that `getNextObject(source)` returns, and releases it. Appends
-    /// nothing if that returns false. Does not check that the record is whole.
+    /// nothing if that returns false. Does not check that the record is whole. If appending throws,
+    /// the record is lost.
     OStream& operator<<(IStream& source) override;
 
     /// The size of the buffer in bytes.

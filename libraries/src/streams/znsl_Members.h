@@ -22,8 +22,8 @@ namespace znsl {
 ///
 /// `fillSerializable` appends pointers to the members of the binary form to the list, in the order
 /// in which they are written, and adds those of the XML form to the table, by element name. If the
-/// table does not have as many entries as the list, the class has no XML form. Construct a Members
-/// for each call; the members must outlive it.
+/// table does not have as many entries as the list, the class has no XML form. The list must not
+/// contain null pointers. Construct a Members for each call; the members must outlive it.
 class Members {
 public:
     /// The source location in the exception of a class without an XML form.
@@ -59,8 +59,9 @@ public:
     /// XML form.
     std::string toXML(char const* element, Place const& place) const;
 
-    /// Lets each member read the child of the root element that has its name. Skips other children.
-    /// Returns false if there is no root element or it has no children. Throws zntl::Exception
+    /// Lets each member read the children of the root element that have its name, in document
+    /// order, and ignores what its `fromXML` returns. Skips other children. Returns false if there
+    /// is no root element or it has no children. Throws zntl::Exception
     /// "fromXML() - Not implemented", located at `place`, if the class has no XML form.
     bool fromXML(char const* xml, Place const& place);
 

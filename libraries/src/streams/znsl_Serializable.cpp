@@ -75,9 +75,9 @@ bool Serializable::toFile(char const* path) const {
             return false;
 
         unsigned char* const header = payload - headerSize;
-        unsigned char* const behindType =
+        unsigned char* const afterType =
             zntl::storeNative(header, static_cast<TypeField>(getTypeId()));
-        zntl::storeNative(behindType, LengthField{length});
+        zntl::storeNative(afterType, LengthField{length});
         return file.write(header, headerSize + length);
     } catch (...) {
         return false;

@@ -48,11 +48,13 @@ public:
     virtual unsigned int fromBin(unsigned char const* data, unsigned int length) = 0;
 
     /// Writes a typed file: the low 16 bits of the type id, the payload length N (32 bits), and the
-    /// N bytes of `toBin`. Creates the file or truncates it first.
+    /// N bytes of `toBin`. Creates or truncates the file.
     ///
     /// Returns true if the system accepted every byte. Returns false if:
-    /// - `getBinLength()` throws, an allocation fails, or the file cannot be opened;
-    /// - `toBin` throws, or returns a number other than `getBinLength()` (the file is then empty);
+    /// - `getBinLength()` throws, the buffer cannot be allocated, or the file cannot be opened (an
+    ///   existing file is then unchanged);
+    /// - `toBin` or `getTypeId()` throws, or `toBin` returns a number other than `getBinLength()`
+    ///   (the file is then empty);
     /// - a write fails, for example on a full disk (the file may then be partly written).
     ///
     /// Never throws.

@@ -64,7 +64,8 @@ public:
         if (root.atEnd() || !root.hasChildren())
             return false;
         this->clear();
-        T element; // Contract: one for all children, because programs may depend on what it keeps
+        // Contract: one object reads all children, so it keeps what a child does not set.
+        T element;
         for (auto child = root.childrenBegin(); !child.atEnd(); child.nextSibling()) {
             if (element.fromXML(child.toXML().c_str()))
                 this->insert(this->end(), element);
@@ -73,8 +74,9 @@ public:
     }
 
     /// Returns the number of bytes that `toBin` writes; 0 if an element throws. Builds the binary
-    /// form to measure it; if an allocation fails, adds up the elements' lengths instead. Throws
-    /// std::length_error if the length does not fit in 32 bits.
+    /// form to measure it. If an allocation fails, adds up the elements' lengths instead, and
+    /// throws what their `getBinLength` throws. Throws std::length_error if a length does not fit
+    /// in 32 bits.
     unsigned int getBinLength() const override {
         try {
             MemIOStream record;
@@ -197,6 +199,7 @@ private:
         if (field.getValue() != elementTypeId())
             return false;
         record >> field;
+        // Contract: without elements, none is constructed.
         if (field.getValue() <= 0)
             return true;
         T element;

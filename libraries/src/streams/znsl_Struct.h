@@ -143,15 +143,16 @@ constexpr std::size_t rankOf(char const* name, Names const& names) {
     return rank;
 }
 
-/// Whether a name is used twice. Different names have the ranks 0, 1, 2 and so on, whose sum is
-/// count * (count - 1) / 2. A repeated name makes the sum smaller.
+/// Whether a name is used twice.
 template <class Names>
 constexpr bool repeatsName(Names const& names) {
-    std::size_t ranks = 0;
-    for (char const* const name : names)
-        ranks += name ? rankOf(name, names) : 0;
-    std::size_t const count = countNames(names);
-    return count > 0 && ranks != count * (count - 1) / 2;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (names[i] && names[j] && !isLess(names[i], names[j]) && !isLess(names[j], names[i]))
+                return true;
+        }
+    }
+    return false;
 }
 
 /// Whether XML elements can have all these names. Null pointers are skipped.
@@ -178,7 +179,8 @@ constexpr bool areXmlNames(Names const& names) {
 ///                                                     znsl::member(&Place::name, "name"));
 ///     };
 ///
-/// The stored forms are the same, byte by byte, as those of Members for the same members. The
+/// The stored forms are the same, byte by byte, as those of Members for the same members; only
+/// a Struct has an XML form if some of its members have no name. The
 /// operations of the binary form do not allocate. A Struct has no data of its own, so copying and
 /// moving an object copies and moves its members. Elements of a Set also need an `operator<`.
 ///

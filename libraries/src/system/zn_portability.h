@@ -20,7 +20,8 @@ char* zn_strdup(char const* s);
 
 /// Copies `src` to the `size` bytes at `dst` and returns dst. Truncates a source of `size`
 /// characters or more to size - 1, and fills the rest of the buffer with zeros. The last byte is
-/// always zero. Do not pass a size of 0: it writes a zero to the byte before dst.
+/// always zero. The two must not overlap. Do not pass a size of 0: it writes a zero to the byte
+/// before dst.
 char* zn_strcpy(char* dst, unsigned int size, char const* src);
 
 /// Compares two strings without regard to letter case. Returns a negative number, zero or
@@ -34,8 +35,8 @@ char* zn_strlwr(char* s);
 char* zn_strupr(char* s);
 
 /// Returns the number of characters, without the terminating zero, that formatting would produce;
-/// negative if the C library rejects the format. As after vsnprintf(), the value of `args` is then
-/// indeterminate.
+/// negative if the C library rejects the format, or if the number exceeds INT_MAX. As after
+/// vsnprintf(), the value of `args` is then indeterminate.
 int zn_vscprintf(char const* format, va_list args);
 
 /// The decimal value of s, as strtoll() reads it.

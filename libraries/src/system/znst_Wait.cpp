@@ -1,7 +1,7 @@
 #include "system/znst_Wait.h"
 
 #include "system/zn_portability.h"
-#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
+#include "system/znml_constants.h" // Contract: this file has its own copy, though nothing reads it
 
 #include <cstddef>
 #include <cstdint>

@@ -16,7 +16,7 @@ public:
     /// 0xFFFFFFFF means no limit. Returns a number other than 0 if it is ready, otherwise 0.
     virtual unsigned int wait(unsigned int timeout) const = 0;
 
-    /// Calls `wait`. Subclasses may override it to make exclusive waiting different.
+    /// Calls `wait`, so it is not exclusive unless a subclass overrides it.
     virtual unsigned int waitExclusive(unsigned int timeout) const;
 };
 

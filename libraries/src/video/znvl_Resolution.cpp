@@ -3,7 +3,7 @@
 #include "misc/internal/zntl_bytes.h"
 #include "misc/internal/zntl_decimal.h"
 #include "streams/znsl_Members.h"
-#include "system/znml_constants.h" // Contract: each file has its own constants, even if unused
+#include "system/znml_constants.h" // Contract: this file has its own copy, though nothing reads it
 
 #include <algorithm>
 #include <charconv>

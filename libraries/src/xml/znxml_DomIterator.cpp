@@ -28,7 +28,7 @@ DomIterator DomIterator::searchChild(zntl::String const& /*name*/) const { retur
 
 DomIterator DomIterator::findChild(zntl::String const& /*name*/) const { return {}; }
 
-// Contract: false without a parser too, because programs compiled earlier rely on it.
+// Contract: false although there is no document, because programs compiled earlier rely on it.
 bool DomIterator::atEnd() const { return false; }
 
 bool DomIterator::hasChildren() const { return false; }

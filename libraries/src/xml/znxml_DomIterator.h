@@ -124,7 +124,7 @@ public:
     static zntl::String addDTD(zntl::String const& document, zntl::String const& dtd);
 
 private:
-    zntl::String text_;
+    zntl::String text_; // zn::xml keeps the position in it
 };
 
 /// A no-op, with and without zn::xml. A program may call it before it uses XML, any number of

@@ -7,7 +7,7 @@
 
 namespace zntl {
 
-/// The digits of any 32-bit number, and a sign.
+/// The length of the longest 32-bit number: ten digits and a sign.
 // Equivalent: a larger number only takes memory
 constexpr std::size_t maxDecimalLength = sizeof "-2147483648" - 1;
 

@@ -15,6 +15,9 @@
 // range of pointers, in the order in which the members are written. For the XML form, it is any
 // range of pairs of a name and a pointer.
 
+// Hidden, because exports.map exports every visible name of this namespace from the shared library.
+#pragma GCC visibility push(hidden)
+
 namespace znsl {
 
 /// Throws std::length_error if the sum does not fit in 32 bits.
@@ -43,7 +46,7 @@ unsigned int readMembers(Members const& members, unsigned char const* data, unsi
     for (Serializable* const member : members) {
         unsigned int const consumed = readWithin(*member, data + offset, length - offset);
         if (consumed > length - offset)
-            throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
+            throw zntl::Exception(unreadable);
         offset += consumed;
     }
     return offset;
@@ -82,3 +85,5 @@ bool parseMembers(char const* xml, Find find) {
 }
 
 } // namespace znsl
+
+#pragma GCC visibility pop

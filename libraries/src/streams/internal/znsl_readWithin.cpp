@@ -27,7 +27,7 @@ void requireWithin(Serializable const& object, unsigned char const* data, unsign
     if (isCertainlyWithin(data, length) || isKnownCautious(object))
         return;
     if (!staysWithin(object, data, length))
-        throw zntl::Exception("znsl::Serializable::fromBin() - Failed!");
+        throw zntl::Exception(unreadable);
 }
 
 unsigned int readWithin(Serializable& object, unsigned char const* data, unsigned int length) {

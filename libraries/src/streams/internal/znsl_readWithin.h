@@ -15,6 +15,10 @@ namespace znsl {
 // The `fromBin` of String, of MemIOStream and of classes derived from them trusts its bytes. The
 // library calls it only after these checks.
 
+/// Contract: the message of every `fromBin` that refuses its bytes, because programs may compare
+/// it.
+constexpr char const* unreadable = "znsl::Serializable::fromBin() - Failed!";
+
 /// The number of zero bytes after every payload that the library reads an object from. A class's
 /// `fromBin` may call String::fromBin, which needs a NUL after a 4-byte length, even if the payload
 /// is empty.
@@ -22,7 +26,8 @@ namespace znsl {
 constexpr unsigned int zerosAfterPayload = sizeof(std::uint32_t) + 1;
 
 /// The entry for a class in a cache of classes that are neither a String nor a MemIOStream. The
-/// cache saves two dynamic casts, which take longer than reading a small object.
+/// cache saves two dynamic casts, which take longer than reading a small object. It assumes that no
+/// plugin is unloaded and replaced by another one with a class at the same address.
 inline std::atomic<std::type_info const*>& cautiousClass(std::type_info const& type) {
     static std::atomic<std::type_info const*> cache[16];
     // Equivalent: another entry only takes time
