@@ -20,8 +20,8 @@ from pathlib import Path
 START_LIMITS = {'instructions': 1.15, 'KiB of memory': 1.10}
 
 # Thousands of instructions for using each feature a hundred times. The C library is excluded, because
-# its code depends on the processor. Each limit is a tenth above the count with GCC 12: a patch release
-# of the compiler stays below it; a second pass, copy or allocation does not.
+# its code depends on the processor. Each limit is up to a tenth above the count with GCC 12: a patch
+# release of the compiler stays below it; a second pass, copy or allocation does not.
 LIMITS = {'array': 20, 'format': 28, 'text': 254, 'markup': 252, 'resolution': 45, 'stream': 1362,
           'set': 3430}
 

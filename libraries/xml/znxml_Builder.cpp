@@ -2,6 +2,7 @@
 
 #include "znxml_names.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace znxml {
@@ -62,7 +63,7 @@ void Builder::addAttribute(std::string_view name, std::string_view value) {
 
 bool Builder::addDefaultAttribute(std::string_view name, std::string_view value) {
     // A document type can add long attributes to every short element, so the growth is limited.
-    constexpr std::size_t mostForEachByte = 16;
+    constexpr std::uint64_t mostForEachByte = 16; // the product has more than 32 bits
     addAttribute(name, value);
     copySource(openNameEnd_);
     std::size_t const before = document_.text.size();
@@ -87,7 +88,7 @@ bool Builder::resolveNames() {
     element.nameSpace = use(nameSpaceOf(prefixOf(openName())));
     // Document::xml repeats such declarations for each child, so a long one could make many short
     // children long.
-    constexpr std::size_t mostForEachByte = 64;
+    constexpr std::uint64_t mostForEachByte = 64; // the product has more than 32 bits
     return repeated_ <= mostForEachByte * source_.size();
 }
 

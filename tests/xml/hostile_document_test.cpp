@@ -225,6 +225,14 @@ TEST(Namespaces, CannotMultiply) {
     EXPECT_TRUE(read(10'000, 10'000, "<a xmlns=''/>")) << "uses no outer declaration";
 }
 
+TEST(Namespaces, AreReadInALargeDocument) {
+    std::string const start = "<p:r xmlns:p='u'><!--";
+    std::string const end = "--><p:a/></p:r>";
+    // 64 times this size is 2^32.
+    std::size_t const size = std::size_t{64} << 20;
+    EXPECT_TRUE(isRead(start + std::string(size - start.size() - end.size(), ' ') + end));
+}
+
 TEST(DeepDocument, IsReadWalkedAndReleasedOnASmallStack) {
     constexpr int depth = 100'000;
     for (char const* const tag : {"<a>", "<a b='1'>", "<p:a xmlns:p='q'>"}) {

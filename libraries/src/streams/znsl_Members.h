@@ -60,8 +60,8 @@ public:
     std::string toXML(char const* element, Place const& place) const;
 
     /// Lets each member read the children of the root element that have its name, in document
-    /// order, and ignores what its `fromXML` returns. Skips other children. Returns false if there
-    /// is no root element or it has no children. Throws zntl::Exception
+    /// order, and ignores what the member's `fromXML` returns. Skips other children. Returns false
+    /// if there is no root element or it has no children. Throws zntl::Exception
     /// "fromXML() - Not implemented", located at `place`, if the class has no XML form.
     bool fromXML(char const* xml, Place const& place);
 

@@ -218,9 +218,10 @@ public:
     }
 
     /// Lets each member read the children of the root element that have its name, in document
-    /// order. Skips other children. Members without a child keep their values. Returns false if
-    /// there is no root element or it has no children. Throws zntl::Exception
-    /// "Place::fromXML() - Not implemented" if the class has no XML form.
+    /// order, and ignores what the member's `fromXML` returns. Skips other children. Members
+    /// without a child keep their values. Returns false if there is no root element or it has no
+    /// children. Throws zntl::Exception "Place::fromXML() - Not implemented" if the class has no
+    /// XML form.
     bool fromXML(char const* xml) override {
         if constexpr (!hasXML())
             structs::refuseXML(checkedSchema().typeName, "fromXML()");

@@ -23,9 +23,9 @@ public:
     /// Whether the file could be opened.
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
-    /// Returns the size in bytes; 0 for a character device such as /dev/null. Returns nothing for
-    /// a directory, a pipe, and a file as in /proc that has content but reports a size of 0, and on
-    /// an error.
+    /// Returns the size in bytes; 0 for a character device such as /dev/null. Returns nothing on an
+    /// error, and for a directory, a pipe, or a file as in /proc that has content but reports a
+    /// size of 0.
     std::optional<std::uint64_t> size() noexcept;
 
     /// Reads up to `count` bytes. Returns their number, 0 at the end of the file, or a negative
